@@ -1,0 +1,6 @@
+/* qor/qor.h: the whole library. */
+#ifndef QOR_QOR_H
+#define QOR_QOR_H
+#include "qor/rng.h"
+#include "qor/tfn.h"
+#endif

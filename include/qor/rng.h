@@ -1,0 +1,186 @@
+/* qor/rng.h: random streams, basic generators (engines) and variates of distributions.
+
+   A stream is an opaque block that holds the state of one engine and a list of chunks, small tagged data blocks that
+   travel with it. Streams are created and deleted here; everything is drawn from them.
+
+   Results. Every function returns a status: 0 is success, a negative value one of the codes below.
+   Sequences. A stream's sequence depends on its seed alone: n elements followed by m elements are the n + m elements of
+   one request, for every engine and every split. Engines give the same bits in every release.
+   Arrays may start at any address that is a multiple of 4, doubles included. Nothing is written past n elements.
+   Threads. A stream is used by one thread at a time; distinct streams are independent. Registration must be finished
+   before other threads use the registry. */
+#ifndef QOR_RNG_H
+#define QOR_RNG_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct qor_stream qor_stream;
+
+/* ---- statuses ---------------------------------------------------------------------------------------------------- */
+
+#define QOR_RNG_OK 0
+#define QOR_RNG_BAD_METHOD (-2)            /* an engine's initialisation method is not 0, 1 or 2 */
+#define QOR_RNG_BAD_ARGUMENT (-3)          /* null pointer or bad argument of an abstract stream's constructor */
+#define QOR_RNG_NO_MEMORY (-4)
+#define QOR_RNG_NULL_SLOT (-5)             /* a function of a record to be registered is null */
+#define QOR_RNG_BAD_BRNG (-1000)           /* unknown generator identifier */
+#define QOR_RNG_NO_LEAPFROG (-1002)        /* the engine can't leapfrog */
+#define QOR_RNG_NO_SKIP_AHEAD (-1003)      /* the engine can't skip ahead */
+#define QOR_RNG_INCOMPATIBLE (-1005)       /* the two streams have different generators */
+#define QOR_RNG_BAD_STATE_BYTES (-1008)    /* record: stateBytes < 0 */
+#define QOR_RNG_BAD_WORD_BYTES (-1009)     /* record: wordBytes not 4, 8 or 16 */
+#define QOR_RNG_BAD_SEED_WORDS (-1010)     /* record: seedWords < 1 */
+#define QOR_RNG_BAD_BITS (-1011)           /* record: bitsPerWord < 1 */
+#define QOR_RNG_REGISTRY_FULL (-1012)      /* 512 generators are registered */
+
+/* ---- generators -------------------------------------------------------------------------------------------------- */
+
+/* Identifiers: (registry entry + 1) * 2^20 + member. */
+#define QOR_BRNG_MCG31M1 0x100000
+#define QOR_BRNG_R250 0x200000
+#define QOR_BRNG_MRG32K3A 0x300000
+#define QOR_BRNG_MCG59 0x400000
+#define QOR_BRNG_WH 0x500000 /* + 0 .. 272 */
+#define QOR_BRNG_SOBOL 0x600000
+#define QOR_BRNG_NIEDERR 0x700000
+#define QOR_BRNG_MT19937 0x800000
+#define QOR_BRNG_MT2203 0x900000 /* + 0 .. 1023 */
+#define QOR_BRNG_IABSTRACT 0xA00000
+#define QOR_BRNG_DABSTRACT 0xB00000
+#define QOR_BRNG_SABSTRACT 0xC00000
+
+/* The functions of an engine, as a registered generator must provide them.
+   Initialisation: method 0 seeds from n 32-bit words at params (n may be 0); method 1 leapfrogs, n streams of which this
+   one is number *(const int*)params; method 2 skips n elements, params null. Any other method: -2.
+   Output: n elements uniform on [a, b), or n raw words of wordBytes each. Each returns a status.
+   A stream's header is 16 bytes; an engine's own state follows it. */
+typedef int (*qor_init_stream)(int method, qor_stream* stream, int n, const unsigned* params);
+typedef int (*qor_s_out)(qor_stream* stream, int n, float* r, float a, float b);
+typedef int (*qor_d_out)(qor_stream* stream, int n, double* r, double a, double b);
+typedef int (*qor_i_out)(qor_stream* stream, int n, unsigned* r);
+
+typedef struct BrngRecord {
+  int stateBytes;   /* the whole stream block, header included */
+  int seedWords;    /* state words that can be seeded, of wordBytes each */
+  int zeroPossible; /* 1 when a raw word can be zero */
+  int wordBytes;    /* 4, 8 or 16 */
+  int bitsPerWord;  /* significant bits of a raw word */
+  qor_init_stream initStream;
+  qor_s_out sOut;
+  qor_d_out dOut;
+  qor_i_out iOut;
+} BrngRecord;
+
+/* The registry: 12 predefined generators, then registered ones, 512 at most. __RegBrngs is the same under the numbering
+   of old (identifiers 0 .. 278, of which 4 .. 276 are the 273 Wichmann-Hill members). */
+extern BrngRecord __RegBrngs[512];
+extern BrngRecord __RegBrngsNew[512];
+extern int NRegBrngsNew;    /* records in use in __RegBrngsNew */
+extern int NumOffsets[512]; /* members of each family */
+
+/* Adds a generator: returns its identifier (positive), 0xD00000 for the first. Checked in this order: stateBytes < 0
+   (-1008), wordBytes (-1009), seedWords < 1 (-1010), bitsPerWord < 1 (-1011), dOut, sOut, iOut, initStream null (-5),
+   registry full (-1012). A stream of the generator is a block of stateBytes bytes, 16 at least. */
+int __wxrRegisterBrng(const BrngRecord* record);
+int __wxrGetNumRegBrngs(void);
+/* Copies a generator's record: 0 or -1000. */
+int __wxrGetBrngProperties(int brng, BrngRecord* record);
+/* The table, entry and member that an identifier means; never fails. */
+BrngRecord* __wxrGetBrngBaseOffset(int brng, int* entry, int* member);
+/* 0, or -1000 when there is no such generator. */
+int __wxrIsBrngValid(const BrngRecord* table, int entry, int member);
+
+/* ---- streams ----------------------------------------------------------------------------------------------------- */
+
+/* Creates a stream of generator brng, seeded from n words; words beyond what the engine takes are ignored.
+   -1000: no such generator, or an abstract one (slot untouched); -4: no memory (slot null); otherwise what the engine's
+   initialisation returns. When that fails the stream exists all the same and must be deleted. */
+int __wxrNewStreamEx(qor_stream** slot, int brng, int n, const unsigned* seeds);
+/* Allocates a stream without initialising its engine: 0, -1000, or -4 (slot null). */
+int __wxrAllocateStream(qor_stream** slot, const BrngRecord* table, int brng, int entry, int member);
+/* A copy with its own chunks, in the same order; on -4 there is no copy and the slot is null. */
+int __wxrCopyStream(qor_stream** slot, const qor_stream* source);
+/* Copies the seedable state (wordBytes * seedWords bytes of the source's generator, never beyond either stream's own
+   state). -1005 when the generators differ; the bytes are copied even then. */
+int __wxrCopyStreamState(qor_stream* destination, const qor_stream* source);
+/* Makes the stream number k of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its sequence.
+   -1002 when the engine can't. */
+int __wxrLeapfrogStream(qor_stream* stream, int k, int nstreams);
+/* Skips nskip elements of the sequence in a time that hardly depends on nskip. -1003 when the engine can't. */
+int __wxrSkipAheadStream(qor_stream* stream, int nskip);
+/* Frees the stream and its chunks and sets the slot to null. */
+int __wxrDeleteStream(qor_stream** slot);
+int __wxrGetStreamStateBrng(const qor_stream* stream);
+
+/* Chunks. AddChunk gives `data` (from malloc) to the stream: 0 or -4, after which data is still the caller's.
+   SearchChunk finds the chunk added last under a key, null when there is none. */
+int __wxrAddChunk(qor_stream* stream, unsigned key, void* data, unsigned size);
+void* __wxrSearchChunk(const qor_stream* stream, unsigned key);
+int __wxrGetNumChunks(const qor_stream* stream);
+int __wxrDeleteChunks(qor_stream* stream);
+
+/* ---- engines ----------------------------------------------------------------------------------------------------- */
+
+/* The functions that the predefined records hold; each checks nothing.
+
+   MCG31M1: x' = 1132489760 x mod 2^31 - 1 (P. L'Ecuyer, Math. Comp. 68, 1999). Leapfrogs and skips ahead.
+   R250: x[k] = x[k-250] xor x[k-103] (S. Kirkpatrick and E. Stoll, J. Comput. Phys. 40, 1981).
+   MRG32K3A: two recurrences of order three (P. L'Ecuyer, Operations Research 47, 1999). Skips ahead.
+   MCG59: x' = 13^13 x mod 2^59. Leapfrogs and skips ahead; raw words are 64 bits, low half first.
+   MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998). */
+#define QOR_ENGINE(tag)                                                                              \
+  int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params);     \
+  int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b);                        \
+  int __wxrdBRng##tag(qor_stream* stream, int n, double* r, double a, double b);                     \
+  int __wxriBRng##tag(qor_stream* stream, int n, unsigned* r);
+QOR_ENGINE(MCG31M1)
+QOR_ENGINE(R250)
+QOR_ENGINE(MRG32K3A)
+QOR_ENGINE(MCG59)
+QOR_ENGINE(MT19937)
+#undef QOR_ENGINE
+
+/* Modular powers, the arithmetic of leapfrog and skip-ahead. Matrices are by rows. */
+unsigned __wxriPowMod(unsigned a, int n, unsigned m);
+unsigned __wxriPowMod2P31M1(unsigned a, int n);
+unsigned long long __wxriPowMod2P59(unsigned low, unsigned high, int n);
+void __wxriVect3PowMod(unsigned* v, const unsigned* row, unsigned m, int n);
+void __wxriMatr3x3PowMod(const unsigned* a, unsigned* result, unsigned m, int n);
+void __wxriMatr3x3MulMod(const unsigned* a, const unsigned* b, unsigned* result, unsigned m);
+void __wxriMatr3x3VectMulMod(const unsigned* a, const unsigned* v, unsigned* result, unsigned m);
+
+/* ---- distributions ----------------------------------------------------------------------------------------------- */
+
+/* Bit of the method word: continuous uniform results are forced into [a, b]. */
+#define QOR_RNG_METHOD_ACCURATE 0x40000000u
+
+/* Uniform on [a, b): a + (b - a) u with u the engine's number. Rounding can deliver b itself, and with the accurate bit
+   nothing outside [a, b]. */
+int _wxrdRngUniform(unsigned method, qor_stream* stream, int n, double* r, double a, double b);
+int _wxrsRngUniform(unsigned method, qor_stream* stream, int n, float* r, float a, float b);
+/* Integers uniform on a .. b - 1: floor of the double generator's numbers, 1024 at a time. n < 1 returns 0. */
+int _wxriRngUniform(unsigned method, qor_stream* stream, int n, int* r, int a, int b);
+/* The engine's raw words; r has n * wordBytes bytes. */
+int _wxriRngUniformBits(unsigned method, qor_stream* stream, int n, unsigned* r);
+
+/* Gaussian of mean a and deviation sigma (G. E. P. Box and M. E. Muller, Ann. Math. Stat. 29, 1958).
+   Method 0: sqrt(-2 ln u1) sin(2 pi u2), two uniform numbers a variate. Method 1: the sine and then the cosine of each
+   pair; an odd request leaves its pair's other half on the stream (chunk 2 in double, 1 in single precision) for the next
+   one. ln 0 counts as the logarithm of the smallest subnormal number, so that all results are finite.
+   Method 1: splits give the same sequence but for the last bits of halves that were kept. n < 1 returns 0. */
+#define QOR_RNG_GAUSSIAN_BOXMULLER 0
+#define QOR_RNG_GAUSSIAN_BOXMULLER2 1
+int _wxrdRngGaussian(int method, qor_stream* stream, int n, double* r, double a, double sigma);
+int _wxrsRngGaussian(int method, qor_stream* stream, int n, float* r, float a, float sigma);
+/* The two methods by themselves. */
+int _vdRngGaussianBoxMuller(qor_stream* stream, int n, double* r, double a, double sigma);
+int _vdRngGaussianBoxMuller2(qor_stream* stream, int n, double* r, double a, double sigma);
+int _vsRngGaussianBoxMuller(qor_stream* stream, int n, float* r, float a, float sigma);
+int _vsRngGaussianBoxMuller2(qor_stream* stream, int n, float* r, float a, float sigma);
+
+#ifdef __cplusplus
+}
+#endif
+#endif

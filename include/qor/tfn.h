@@ -1,0 +1,149 @@
+/* qor/tfn.h: vector mathematics. Elementwise functions over arrays, their per-thread mode, status and error callback.
+
+   Arrays. n is the element count; n <= 0 returns at once. Arrays are contiguous and may start at any address that is a
+   multiple of 4, doubles included. An output may be the same array as an input (in place); partial overlap is not
+   allowed. Nothing outside the n elements is read or written.
+
+   Results. An element's result depends on its argument alone: not on its index, on n, on alignment or on being in place,
+   nor on the caller's rounding mode, flush-to-zero setting or exception masks, which are set aside during the work.
+
+   Accuracy, in units in the last place of the exact result over the whole domain, subnormals included:
+     _HA  at most 0.55 (double), 0.51 (single);  _50 (double) and _21 (single)  at most 2.0.
+   docs/accuracy.md has the measured figures.
+
+   Bad elements never stop a function. It stores the conventional special result, reports the element (below) and goes
+   on. NaN arguments give NaN without a report.
+
+   Threads. All functions may be called from any number of threads at once. Mode, status, callback and base pointer are
+   per thread; a new thread starts with TFN_MODE_DEFAULT, status 0 and no callback. */
+#ifndef QOR_TFN_H
+#define QOR_TFN_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- mode ---------------------------------------------------------------------------------------------------- */
+
+/* Accuracy, bits 0-3: 1 or 2. Functions don't read it; with TFN_FPU_MODE1 it selects the x87 precision. */
+#define TFN_ACCURACY_MASK 0x0000000Fu
+/* x87 control, bits 4-7. MODE1 asks for a 53-bit significand (with accuracy 1 or 2), MODE2 for 64 bits; both set
+   rounding to nearest when they rewrite the control word. RESTORE loads the word saved before the first of them. */
+#define TFN_FPU_MASK 0x000000F0u
+#define TFN_FPU_MODE1 0x00000010u
+#define TFN_FPU_MODE2 0x00000020u
+#define TFN_FPU_RESTORE 0x00000030u
+/* Error handling, bits 8-15. IGNORE counts only when it is the whole field. */
+#define TFN_ERR_MASK 0x0000FF00u
+#define TFN_ERR_IGNORE 0x00000100u
+#define TFN_ERR_ERRNO 0x00000200u
+#define TFN_ERR_STDERR 0x00000400u
+#define TFN_ERR_EXCEPT 0x00000800u
+#define TFN_ERR_CALLBACK 0x00001000u
+/* Bits 16-17 are stored and returned, nothing more. */
+#define TFN_EXTRA_MASK 0x00030000u
+/* Accuracy 2, errno, exception and callback handling. */
+#define TFN_MODE_DEFAULT 0x00001A02u
+
+/* Sets the fields that are not zero in `mode` and keeps the others; so a field can't be set to zero. Returns the mode
+   before the call. */
+unsigned _tfnSetMode(unsigned mode);
+unsigned _tfnGetMode(void);
+
+/* ---- status and errors ----------------------------------------------------------------------------------------- */
+
+#define TFN_STATUS_OK 0
+#define TFN_STATUS_BADSIZE (-1)  /* errno EINVAL */
+#define TFN_STATUS_BADMEM (-2)   /* errno EACCES */
+#define TFN_STATUS_ERRDOM 1      /* argument out of domain; errno EDOM, raises invalid operation */
+#define TFN_STATUS_SING 2        /* pole; errno ERANGE, raises division by zero */
+#define TFN_STATUS_OVERFLOW 3    /* errno ERANGE, raises nothing */
+#define TFN_STATUS_UNDERFLOW 4   /* errno ERANGE, raises underflow */
+
+/* The status is that of the last reported element; success never clears it. */
+int _tfnGetErrStatus(void);
+int _tfnSetErrStatus(int status); /* returns the previous status */
+int _tfnClearErrStatus(void);     /* returns the previous status */
+
+/* One failing element, as callbacks and handlers see it. Singles are widened to double. For BADSIZE and BADMEM the four
+   values are not filled in. The record lives only during the call. */
+typedef struct TfnErrorContext {
+  int code;          /* TFN_STATUS_... */
+  int index;         /* the element, counted from the base pointer when one is set; the length for BADSIZE */
+  double arg1, arg2; /* arguments as the arrays hold them now: in place, that is the special result already */
+  double res1, res2; /* results; one-result functions have both equal */
+  char funcName[64]; /* the function's name; not terminated when it has 64 characters */
+  int funcNameLen;
+} TfnErrorContext;
+
+/* Called for each failing element, in index order, when the mode has TFN_ERR_CALLBACK. Returning 0 lets the other
+   handlers of the mode run and stores res1 and res2, changed or not, as the element's results; any other value ends the
+   report there. A callback must return: it may not throw or jump out. */
+typedef int (*TfnErrorCallBack)(TfnErrorContext* context);
+TfnErrorCallBack _tfnSetErrorCallBack(TfnErrorCallBack callback); /* returns the previous one */
+TfnErrorCallBack _tfnGetErrorCallBack(void);
+TfnErrorCallBack _tfnClearErrorCallBack(void); /* returns the previous one */
+
+/* While not null, reported indices count from `base`: for callers that pass a large array piece by piece. */
+void _tfnSetInterfInputVectorPointer(const void* base);
+
+/* ---- the error path, for functions outside the library that report the same way -------------------------------- */
+
+/* Reports element `index` of the arrays a, b (arguments) and y, z (results) under `name`: stores the status, then calls
+   the callback and handlers that the mode asks for, and stores res1 and res2 back into y and z. */
+void _tfndError(int code, int index, const double* a, const double* b, double* y, double* z, const char* name);
+void _tfnsError(int code, int index, const float* a, const float* b, float* y, float* z, const char* name);
+/* The standard handlers: errno, one message on standard error, an IEEE exception; the first runs those the mode has. */
+void _tfnStdErrorHandler(const TfnErrorContext* context);
+void _tfnStdErrorHandlerErrno(const TfnErrorContext* context);
+void _tfnStdErrorHandlerStderr(const TfnErrorContext* context);
+void _tfnStdErrorHandlerExcept(const TfnErrorContext* context);
+/* Joins at most 8, 64 and 8 characters and a terminator into `out` (81 bytes); returns the length. */
+int _tfnCreateFuncNameStr(const char* prefix, const char* name, const char* suffix, char* out);
+
+/* Addresses of the calling thread's mode, status, callback and base pointer; null when there is no memory for them
+   (everything else then works with the initial values and forgets what it is set to). */
+unsigned* _GetMode(void);
+int* _GetErrStatus(void);
+TfnErrorCallBack* _GetCallBack(void);
+const void** _GetInputVectorPointer(void);
+
+/* ---- functions ------------------------------------------------------------------------------------------------- */
+
+/* r[i] = ln a[i]. Ln(1) = +0, Ln(+inf) = +inf. Reports: SING for a zero (-inf), ERRDOM for a negative argument or -inf
+   (NaN). Table of ln(1 + j/256) with a short polynomial, after P. T. P. Tang, ACM TOMS 16 (1990). */
+void _tfndLn_HA(int n, const double* a, double* r);
+void _tfndLn_50(int n, const double* a, double* r);
+void _tfnsLn_HA(int n, const float* a, float* r);
+void _tfnsLn_21(int n, const float* a, float* r);
+
+/* r[i] = square root of a[i]. Sqrt(-0) = -0, Sqrt(+inf) = +inf. Reports: ERRDOM for a negative argument or -inf (NaN).
+   _HA and _tfnsSqrt_21 round correctly. _tfndSqrt_50 refines the processor's reciprocal estimate, so its last bit may
+   differ between makes of processor. */
+void _tfndSqrt_HA(int n, const double* a, double* r);
+void _tfndSqrt_50(int n, const double* a, double* r);
+void _tfnsSqrt_HA(int n, const float* a, float* r);
+void _tfnsSqrt_21(int n, const float* a, float* r);
+
+/* r[i] = sine, cosine of a[i] in radians, for every finite argument with exact reduction (M. Payne and R. Hanek, ACM
+   SIGNUM 18, 1983, beyond the range of a two-part reduction). Sin(-x) = -Sin(x) and Cos(-x) = Cos(x) in every bit.
+   Reports: ERRDOM for an infinity (NaN). */
+void _tfndSin_HA(int n, const double* a, double* r);
+void _tfndSin_50(int n, const double* a, double* r);
+void _tfnsSin_HA(int n, const float* a, float* r);
+void _tfnsSin_21(int n, const float* a, float* r);
+void _tfndCos_HA(int n, const double* a, double* r);
+void _tfndCos_50(int n, const double* a, double* r);
+void _tfnsCos_HA(int n, const float* a, float* r);
+void _tfnsCos_21(int n, const float* a, float* r);
+
+/* r1[i] = sine, r2[i] = cosine of a[i]; the bits of Sin and Cos of the same suffix. a may be r1 or r2. */
+void _tfndSinCos_HA(int n, const double* a, double* r1, double* r2);
+void _tfndSinCos_50(int n, const double* a, double* r1, double* r2);
+void _tfnsSinCos_HA(int n, const float* a, float* r1, float* r2);
+void _tfnsSinCos_21(int n, const float* a, float* r1, float* r2);
+
+#ifdef __cplusplus
+}
+#endif
+#endif
