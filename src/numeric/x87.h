@@ -21,22 +21,27 @@ QOR_INLINE void set_x87_control(std::uint32_t word) {
   asm volatile("fldcw %0" : : "m"(cw));
 }
 
-// ln 2 * log2(x) with a 64-bit significand, stored as a double: the caller's precision, rounding and exception masks are
-// set aside and its control word and exception flags come back as they were.
+// ln 2 * log2(x) with a 64-bit significand, stored as a double. The unit's whole state is set aside meanwhile, values on
+// its stack included; only the flags invalid and division by zero, where masked, are left raised for the caller to see.
 QOR_INLINE double x87_ln(double x) {
   double r;
-  char environment[28];
+  struct {
+    std::uint32_t control, status, tag, pointers[4];
+    std::uint8_t registers[80];
+  } saved;
+  std::uint16_t raised;
   asm volatile(
-      "fnstenv %[env]\n\t"  // also masks all exceptions
-      "fninit\n\t"          // 64 bits, to nearest, registers empty: the ABI has none in use at a call
+      "fnsave %[saved]\n\t"  // and initialises: 64 bits, to nearest, all masked, registers empty
       "fldln2\n\t"
       "fldl %[x]\n\t"
       "fyl2x\n\t"
       "fstpl %[r]\n\t"
-      "fldenv %[env]"
-      : [r] "=m"(r), [env] "=m"(environment)
-      : [x] "m"(x)
-      : "st", "st(1)");
+      "fnstsw %[raised]"
+      : [r] "=m"(r), [saved] "=m"(saved), [raised] "=m"(raised)
+      : [x] "m"(x));
+  constexpr std::uint32_t invalid_and_zero_divide = 5;
+  saved.status |= raised & saved.control & invalid_and_zero_divide;
+  asm volatile("frstor %0" : : "m"(saved));
   return r;
 }
 

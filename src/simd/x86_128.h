@@ -67,25 +67,37 @@ QOR_INLINE unsigned low_half(VecU32 v) {
   return static_cast<unsigned>(_mm_extract_epi16(as<__m128i>(v), 2 * Lane));
 }
 
-// Table rows of doubles, one a lane, transposed into columns. `offset` holds, in the low 16 bits of each 64-bit lane,
-// the row's offset from `table` in bytes. Rows are 16-byte aligned.
+// Table rows of doubles, one a lane, transposed into columns. Offsets are in bytes from `table` and below 2^16; rows are
+// 16-byte aligned.
 template <int Columns>
 struct DoubleColumns {
   VecD column[Columns];
 };
 template <int Columns>
-QOR_INLINE DoubleColumns<Columns> gather_rows(const double* table, VecU64 offset) {
-  const auto row = [&](unsigned bytes) { return reinterpret_cast<const char*>(table) + bytes; };
-  const char* r0 = row(low_half<0>(as<VecU32>(offset)));
-  const char* r1 = row(low_half<2>(as<VecU32>(offset)));
+QOR_INLINE DoubleColumns<Columns> transpose_rows(const double* table, unsigned offset0, unsigned offset1) {
+  const auto pair = [&](unsigned offset, int c) {
+    return as<VecD>(_mm_load_pd(reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + offset) + c));
+  };
   DoubleColumns<Columns> out;
   for (int c = 0; c < Columns; c += 2) {
-    const VecD a = as<VecD>(_mm_load_pd(reinterpret_cast<const double*>(r0) + c));
-    const VecD b = as<VecD>(_mm_load_pd(reinterpret_cast<const double*>(r1) + c));
+    const VecD a = pair(offset0, c), b = pair(offset1, c);
     out.column[c] = zip_low(a, b);
-    out.column[c + 1 < Columns ? c + 1 : c] = c + 1 < Columns ? zip_high(a, b) : zip_low(a, b);
+    if (c + 1 < Columns) out.column[c + 1] = zip_high(a, b);
   }
   return out;
+}
+// Offsets in the low half of each 64-bit lane; or, for singles, of the two low or the two high 32-bit lanes.
+template <int Columns>
+QOR_INLINE DoubleColumns<Columns> gather_rows(const double* table, VecU64 offset) {
+  return transpose_rows<Columns>(table, low_half<0>(as<VecU32>(offset)), low_half<2>(as<VecU32>(offset)));
+}
+template <int Columns>
+QOR_INLINE DoubleColumns<Columns> gather_rows_low(const double* table, VecU32 offset) {
+  return transpose_rows<Columns>(table, low_half<0>(offset), low_half<1>(offset));
+}
+template <int Columns>
+QOR_INLINE DoubleColumns<Columns> gather_rows_high(const double* table, VecU32 offset) {
+  return transpose_rows<Columns>(table, low_half<2>(offset), low_half<3>(offset));
 }
 
 }  // namespace qor::simd

@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <cstdlib>
+#include <initializer_list>
 
 #include "base/errno_guard.h"
 #include "numeric/x87.h"

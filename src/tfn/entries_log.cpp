@@ -1,0 +1,5 @@
+#include "tfn/ln.h"
+
+#include "tfn/entry_macros.h"
+
+TFN_LOG(TFN_MEMBERS)

@@ -1,0 +1,68 @@
+// Tables of the logarithm, made at compile time.
+#pragma once
+
+#include <array>
+
+#include "numeric/pair.h"
+
+namespace qor::tfn {
+
+using numeric::Pair;
+
+// ln(p/q) = 2 atanh(z), z = (p - q)/(p + q) <= 1/3 for 1 <= p/q <= 2. The series stops before z^73/73 < 2^-121, well
+// below the 2^-104 or so that a Pair carries.
+constexpr Pair<double> ln_ratio(double p, double q) {
+  const Pair<double> z = Pair<double>{p - q, 0} / Pair<double>{p + q, 0}, z2 = z * z;
+  Pair<double> sum{0, 0};
+  for (int k = 71; k >= 1; k -= 2) sum = sum * z2 + Pair<double>{1, 0} / Pair<double>{double(k), 0};
+  return Pair<double>{2, 0} * z * sum;
+}
+
+// A row is {hi, lo, c, 0}: hi + lo = the logarithm of 1/c, or of what c approximates the reciprocal of. hi is a multiple
+// of 2^-40 so that hi plus any exponent times the hi of ln 2 is exact: 11 + 40 bits fit in 53.
+struct alignas(32) LnRow {
+  double hi, lo, c, zero;
+};
+constexpr LnRow ln_row(Pair<double> l, double c) {
+  const double hi = 0x1p-40 * double(static_cast<long long>(l.hi * 0x1p40 + 0.5));
+  return {hi, (l.hi - hi) + l.lo, c, 0};
+}
+
+// Row j: ln(1 + j/256) and c = 1/(1 + j/256) rounded.
+inline constexpr auto ln_table = [] {
+  std::array<LnRow, 257> rows{};
+  for (int j = 0; j <= 256; ++j) rows[j] = ln_row(ln_ratio(256 + j, 256), 256.0 / (256 + j));
+  return rows;
+}();
+inline constexpr double ln2_hi = ln_table[256].hi, ln2_lo = ln_table[256].lo;
+
+// Callers compare results bit for bit across releases: first and last row, pinned.
+static_assert(ln_table[0].hi == 0 && ln_table[0].lo == 0 && ln_table[0].c == 1);
+static_assert(ln_table[1].hi == 0.003898640416082344 && ln_table[1].lo == -4.250210039855352e-13);
+static_assert(ln_table[128].c == 0.6666666666666666);
+static_assert(ln2_hi == 0.6931471805601177 && ln2_lo == -1.7239444525614835e-13);
+
+// Row j for the high accuracy: c is 1/(1 + j/256) rounded to a multiple of 2^-9, hi + lo = -ln c. With so short a c the
+// reduced argument m c - 1 is exact in 53 bits.
+inline constexpr auto ln_exact_table = [] {
+  std::array<LnRow, 257> rows{};
+  for (int j = 0; j <= 256; ++j) {
+    const int c = int(512.0 * 256 / (256 + j) + 0.5);
+    rows[j] = ln_row(ln_ratio(512, c), c / 512.0);
+  }
+  return rows;
+}();
+
+// Row j for singles computed in double precision: {c, ln(1/c)}, c = 1/(1 + j/256) rounded. Rows 0 and 256 are exact, so
+// that results near ln 1 keep their relative accuracy from both sides.
+struct alignas(16) LnShortRow {
+  double c, l;
+};
+inline constexpr auto ln_short_table = [] {
+  std::array<LnShortRow, 257> rows{};
+  for (int j = 0; j <= 256; ++j) rows[j] = {ln_table[j].c, ln_table[j].hi + ln_table[j].lo};
+  return rows;
+}();
+inline constexpr double ln2 = ln_short_table[256].l;
+
+}  // namespace qor::tfn

@@ -1,0 +1,82 @@
+// The loop around a kernel: r[i] = K(a[i]) over an array, bad elements reported in index order.
+//
+// A kernel K provides
+//   results                    1 or 2 results an element
+//   fast(x, y, rare)           y[0 .. results) for a vector x, right in every lane but those it marks in `rare`
+//   element(x, y) -> status    y[0 .. results) for any single x, and what to report
+//   filler                     an argument that is never rare, for the lanes past the end
+#pragma once
+
+#include "numeric/mxcsr.h"
+#include "simd/vec.h"
+#include "tfn/report.h"
+
+namespace qor::tfn {
+
+template <class K, class T>
+struct Map {
+  using V = simd::Vec<T>;
+  static constexpr int width = simd::lanes<V>;
+
+  const char* name;
+  const T* a;
+  T* r[2];  // equal for one result: a report names both
+
+  // The elements i + lane of the lanes set. x is what a held there: in place, a has been overwritten by now.
+  QOR_COLD void repair(unsigned set, const T* x, int i, numeric::MxcsrGuard& guard) const {
+    for (int lane = 0; set != 0; ++lane, set >>= 1) {
+      if ((set & 1) == 0) continue;
+      const int at = i + lane;
+      T y[K::results];
+      const int status = K::element(x[lane], y);
+      for (int k = 0; k < K::results; ++k) r[k][at] = y[k];
+      if (status != TFN_STATUS_OK) guard.outside([&] { report(status, at, a, a, r[0], r[1], name); });
+    }
+  }
+
+  void run(int n) const {
+    if (n <= 0) return;
+    numeric::MxcsrGuard guard;
+    int i = 0;
+    for (; i <= n - width; i += width) {
+      const V x = simd::load<V>(a + i);
+      V y[K::results];
+      simd::Bits<V> rare;
+      K::fast(x, y, rare);
+      for (int k = 0; k < K::results; ++k) simd::store(r[k] + i, y[k]);
+      if (const unsigned set = simd::lanes_set(rare); set != 0) [[unlikely]] {
+        T copy[width];
+        simd::store(copy, x);
+        repair(set, copy, i, guard);
+      }
+    }
+    if (i < n) tail(i, n - i, guard);
+  }
+
+  // The last few elements go through the same code in a block of their own.
+  [[gnu::noinline]] void tail(int i, int count, numeric::MxcsrGuard& guard) const {
+    T block[width], out[2][width];
+    for (int l = 0; l < width; ++l) block[l] = l < count ? a[i + l] : T(K::filler);
+    V y[K::results];
+    simd::Bits<V> rare;
+    K::fast(simd::load<V>(block), y, rare);
+    for (int k = 0; k < K::results; ++k) {
+      simd::store(out[k], y[k]);
+      for (int l = 0; l < count; ++l) r[k][i + l] = out[k][l];
+    }
+    if (const unsigned set = simd::lanes_set(rare) & ((1u << count) - 1); set != 0) repair(set, block, i, guard);
+  }
+};
+
+template <class K, class T>
+QOR_INLINE void map(const char* name, int n, const T* a, T* r) {
+  static_assert(K::results == 1);
+  Map<K, T>{name, a, {r, r}}.run(n);
+}
+template <class K, class T>
+QOR_INLINE void map(const char* name, int n, const T* a, T* r1, T* r2) {
+  static_assert(K::results == 2);
+  Map<K, T>{name, a, {r1, r2}}.run(n);
+}
+
+}  // namespace qor::tfn
