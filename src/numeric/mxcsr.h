@@ -1,7 +1,7 @@
 // The SSE control and status register around a kernel. A kernel computes to nearest with subnormals and without traps,
-// whatever the caller has set. Raised inside, the flags invalid, division by zero, overflow and underflow are by-products
-// of the vector code and don't reach the caller; those that an error handler raises on purpose do, because handlers and
-// callbacks run under the caller's own register.
+// whatever the caller has set. Raised inside, the flags invalid, division by zero, overflow and underflow are
+// by-products of the vector code and don't reach the caller; those that an error handler raises on purpose do, because
+// handlers and callbacks run under the caller's own register.
 #pragma once
 
 #include <xmmintrin.h>
@@ -39,12 +39,14 @@ class MxcsrGuard {
     asm volatile("" ::: "memory");
   }
   QOR_INLINE void enter() const {
-    if ((caller_ & control_bits) != standard) [[unlikely]] write(standard | (caller_ & 0x3F));
+    if ((caller_ & control_bits) != standard) [[unlikely]]
+      write(standard | (caller_ & 0x3F));
   }
   QOR_INLINE void leave() const {
     const unsigned now = read();
     constexpr unsigned compared = control_bits | reported_flags;
-    if ((now & compared) != (caller_ & compared)) [[unlikely]] write(caller_ | (now & 0x22));
+    if ((now & compared) != (caller_ & compared)) [[unlikely]]
+      write(caller_ | (now & 0x22));
   }
 
   unsigned caller_;

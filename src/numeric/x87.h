@@ -21,9 +21,10 @@ QOR_INLINE void set_x87_control(std::uint32_t word) {
   asm volatile("fldcw %0" : : "m"(cw));
 }
 
-// ln 2 * log2(x) with a 64-bit significand, stored as a double. The unit's whole state is set aside meanwhile, values on
-// its stack included; only the flags invalid and division by zero, where masked, are left raised for the caller to see.
-QOR_INLINE double x87_ln(double x) {
+// ln 2 * log2(x) with a 64-bit significand, stored as a double. The unit's whole state is set aside meanwhile, values
+// on its stack included; only the flags invalid and division by zero, where masked, are left raised for the caller to
+// see.
+[[gnu::noinline]] inline void x87_ln(double x, double* result) {
   double r;
   struct {
     std::uint32_t control, status, tag, pointers[4];
@@ -42,7 +43,7 @@ QOR_INLINE double x87_ln(double x) {
   constexpr std::uint32_t invalid_and_zero_divide = 5;
   saved.status |= raised & saved.control & invalid_and_zero_divide;
   asm volatile("frstor %0" : : "m"(saved));
-  return r;
+  *result = r;
 }
 
 }  // namespace qor::numeric

@@ -1,5 +1,6 @@
 // The one vector type: a thin layer over the compiler's vector extensions. Vec<T> fills one register of the processor;
-// kernels take any such type V and ask lanes<V> for its width. Operators + - * / on V are the compiler's own, lane by lane.
+// kernels take any such type V and ask lanes<V> for its width. Operators + - * / on V are the compiler's own, lane by
+// lane.
 #pragma once
 
 #include <bit>
@@ -30,9 +31,11 @@ template <class V>
 inline constexpr int lanes = sizeof(V) / sizeof(lane_t<V>);
 // The same shape with unsigned, or signed, integer lanes. A mask is Bits<V>: a lane is all ones or all zeros.
 template <class V>
-using Bits = typename vector_of<std::conditional_t<sizeof(lane_t<V>) == 8, std::uint64_t, std::uint32_t>, sizeof(V)>::type;
+using Bits =
+    typename vector_of<std::conditional_t<sizeof(lane_t<V>) == 8, std::uint64_t, std::uint32_t>, sizeof(V)>::type;
 template <class V>
-using Ints = typename vector_of<std::conditional_t<sizeof(lane_t<V>) == 8, std::int64_t, std::int32_t>, sizeof(V)>::type;
+using Ints =
+    typename vector_of<std::conditional_t<sizeof(lane_t<V>) == 8, std::int64_t, std::int32_t>, sizeof(V)>::type;
 
 using VecF = Vec<float>;
 using VecD = Vec<double>;

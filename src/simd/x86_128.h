@@ -17,6 +17,9 @@ QOR_INLINE unsigned lanes_set(V mask) {
   }
 }
 
+template <class V>
+inline constexpr unsigned all_lanes = (1u << lanes<V>)-1;
+
 QOR_INLINE VecD sqrt(VecD v) { return as<VecD>(_mm_sqrt_pd(as<__m128d>(v))); }
 QOR_INLINE VecF sqrt(VecF v) { return as<VecF>(_mm_sqrt_ps(as<__m128>(v))); }
 // The processor's estimate of 1/sqrt, some 12 bits.
@@ -30,9 +33,7 @@ QOR_INLINE VecF min(VecF a, VecF b) { return as<VecF>(_mm_min_ps(as<__m128>(a), 
 
 // Low and high half of four singles as doubles, and back with rounding.
 QOR_INLINE VecD widen_low(VecF v) { return as<VecD>(_mm_cvtps_pd(as<__m128>(v))); }
-QOR_INLINE VecD widen_high(VecF v) {
-  return as<VecD>(_mm_cvtps_pd(_mm_movehl_ps(as<__m128>(v), as<__m128>(v))));
-}
+QOR_INLINE VecD widen_high(VecF v) { return as<VecD>(_mm_cvtps_pd(_mm_movehl_ps(as<__m128>(v), as<__m128>(v)))); }
 QOR_INLINE VecF narrow(VecD low, VecD high) {
   return as<VecF>(_mm_movelh_ps(_mm_cvtpd_ps(as<__m128d>(low)), _mm_cvtpd_ps(as<__m128d>(high))));
 }
@@ -53,7 +54,9 @@ QOR_INLINE VecD zip_high(VecD a, VecD b) { return as<VecD>(_mm_unpackhi_pd(as<__
 QOR_INLINE VecF zip_low(VecF a, VecF b) { return as<VecF>(_mm_unpacklo_ps(as<__m128>(a), as<__m128>(b))); }
 QOR_INLINE VecF zip_high(VecF a, VecF b) { return as<VecF>(_mm_unpackhi_ps(as<__m128>(a), as<__m128>(b))); }
 QOR_INLINE VecU32 zip_low(VecU32 a, VecU32 b) { return as<VecU32>(_mm_unpacklo_epi32(as<__m128i>(a), as<__m128i>(b))); }
-QOR_INLINE VecU32 zip_high(VecU32 a, VecU32 b) { return as<VecU32>(_mm_unpackhi_epi32(as<__m128i>(a), as<__m128i>(b))); }
+QOR_INLINE VecU32 zip_high(VecU32 a, VecU32 b) {
+  return as<VecU32>(_mm_unpackhi_epi32(as<__m128i>(a), as<__m128i>(b)));
+}
 
 // The even and the odd elements of {a, b}.
 QOR_INLINE VecD evens(VecD a, VecD b) { return zip_low(a, b); }
@@ -61,43 +64,52 @@ QOR_INLINE VecD odds(VecD a, VecD b) { return zip_high(a, b); }
 QOR_INLINE VecF evens(VecF a, VecF b) { return as<VecF>(_mm_shuffle_ps(as<__m128>(a), as<__m128>(b), 0x88)); }
 QOR_INLINE VecF odds(VecF a, VecF b) { return as<VecF>(_mm_shuffle_ps(as<__m128>(a), as<__m128>(b), 0xDD)); }
 
-// The low 16 bits of 32-bit lane `Lane`, as an index.
-template <int Lane>
-QOR_INLINE unsigned low_half(VecU32 v) {
-  return static_cast<unsigned>(_mm_extract_epi16(as<__m128i>(v), 2 * Lane));
-}
+// The lowest byte of each lane, through memory: a store and a byte load are cheaper than shifting, masking and
+// extracting.
+template <class V>
+class LowBytes {
+ public:
+  QOR_INLINE explicit LowBytes(V v) { store(lane_, v); }
+  QOR_INLINE unsigned operator()(int lane) const { return *reinterpret_cast<const unsigned char*>(lane_ + lane); }
 
-// Table rows of doubles, one a lane, transposed into columns. Offsets are in bytes from `table` and below 2^16; rows are
-// 16-byte aligned.
-template <int Columns>
-struct DoubleColumns {
-  VecD column[Columns];
+ private:
+  alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
 };
-template <int Columns>
-QOR_INLINE DoubleColumns<Columns> transpose_rows(const double* table, unsigned offset0, unsigned offset1) {
-  const auto pair = [&](unsigned offset, int c) {
-    return as<VecD>(_mm_load_pd(reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + offset) + c));
-  };
-  DoubleColumns<Columns> out;
-  for (int c = 0; c < Columns; c += 2) {
-    const VecD a = pair(offset0, c), b = pair(offset1, c);
+
+// One table row a lane, transposed into columns. `offset(lane)` is the row's offset from `table` in bytes; rows are
+// aligned to 16 bytes.
+template <class V, int N>
+struct Columns {
+  V column[N];
+};
+template <int N, class Offset>
+QOR_INLINE Columns<VecD, N> gather_rows(const double* table, Offset offset) {
+  const char* const base = reinterpret_cast<const char*>(table);
+  const double* const r0 = reinterpret_cast<const double*>(base + offset(0));
+  const double* const r1 = reinterpret_cast<const double*>(base + offset(1));
+  Columns<VecD, N> out;
+  for (int c = 0; c + 1 < N; c += 2) {
+    const VecD a = as<VecD>(_mm_load_pd(r0 + c)), b = as<VecD>(_mm_load_pd(r1 + c));
     out.column[c] = zip_low(a, b);
-    if (c + 1 < Columns) out.column[c + 1] = zip_high(a, b);
+    out.column[c + 1] = zip_high(a, b);
   }
+  if constexpr (N % 2 == 1) out.column[N - 1] = as<VecD>(_mm_loadh_pd(_mm_load_sd(r0 + N - 1), r1 + N - 1));
   return out;
 }
-// Offsets in the low half of each 64-bit lane; or, for singles, of the two low or the two high 32-bit lanes.
-template <int Columns>
-QOR_INLINE DoubleColumns<Columns> gather_rows(const double* table, VecU64 offset) {
-  return transpose_rows<Columns>(table, low_half<0>(as<VecU32>(offset)), low_half<2>(as<VecU32>(offset)));
-}
-template <int Columns>
-QOR_INLINE DoubleColumns<Columns> gather_rows_low(const double* table, VecU32 offset) {
-  return transpose_rows<Columns>(table, low_half<0>(offset), low_half<1>(offset));
-}
-template <int Columns>
-QOR_INLINE DoubleColumns<Columns> gather_rows_high(const double* table, VecU32 offset) {
-  return transpose_rows<Columns>(table, low_half<2>(offset), low_half<3>(offset));
+// Three columns of rows of four singles.
+template <class Offset>
+QOR_INLINE Columns<VecF, 3> gather_rows3(const float* table, Offset offset) {
+  const char* const base = reinterpret_cast<const char*>(table);
+  const auto row = [&](int lane) { return reinterpret_cast<const float*>(base + offset(lane)); };
+  const auto pairs = [&](int lane) {
+    const __m128 low = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(row(lane)));
+    return _mm_loadh_pi(low, reinterpret_cast<const __m64*>(row(lane + 1)));
+  };
+  const __m128 p01 = pairs(0), p23 = pairs(2);
+  const __m128 c01 = _mm_unpacklo_ps(_mm_load_ss(row(0) + 2), _mm_load_ss(row(1) + 2));
+  const __m128 c23 = _mm_unpacklo_ps(_mm_load_ss(row(2) + 2), _mm_load_ss(row(3) + 2));
+  return {{as<VecF>(_mm_shuffle_ps(p01, p23, 0x88)), as<VecF>(_mm_shuffle_ps(p01, p23, 0xDD)),
+           as<VecF>(_mm_movelh_ps(c01, c23))}};
 }
 
 }  // namespace qor::simd

@@ -5,7 +5,8 @@ namespace qor::tfn {
 
 enum class Accuracy { high, low };
 
-// Largest error in units in the last place of the exact result, over the whole domain; the sweeps enforce these figures.
+// Largest error in units in the last place of the exact result, over the whole domain; the sweeps enforce these
+// figures.
 template <class T>
 constexpr double max_ulp(Accuracy a) {
   if (a == Accuracy::low) return 2.0;

@@ -1,5 +1,4 @@
-#include "tfn/ln.h"
-
 #include "tfn/entry_macros.h"
+#include "tfn/ln.h"
 
 TFN_LOG(TFN_MEMBERS)

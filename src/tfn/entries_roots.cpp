@@ -1,5 +1,4 @@
-#include "tfn/sqrt.h"
-
 #include "tfn/entry_macros.h"
+#include "tfn/sqrt.h"
 
 TFN_ROOTS(TFN_MEMBERS)

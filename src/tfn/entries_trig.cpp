@@ -1,6 +1,5 @@
-#include "tfn/trig.h"
-
 #include "tfn/entry_macros.h"
+#include "tfn/trig.h"
 
 TFN_TRIG(TFN_MEMBERS)
 TFN_TWO_RESULTS(TFN_MEMBERS2)

@@ -8,25 +8,23 @@
 #include "tfn/map.h"
 
 // A member of one result, and of two.
-#define TFN_MEMBER(letter, T, Name, suffix, level)                                                   \
-  void qor::tfn::letter##Name##_##suffix(int n, const T* a, T* r) {                                  \
-    map<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, r);                           \
-  }                                                                                                  \
-  QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T* r) {                            \
-    qor::tfn::letter##Name##_##suffix(n, a, r);                                                      \
-  }
-#define TFN_MEMBER2(letter, T, Name, suffix, level)                                                  \
-  void qor::tfn::letter##Name##_##suffix(int n, const T* a, T* r1, T* r2) {                          \
-    map<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, r1, r2);                      \
-  }                                                                                                  \
-  QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T* r1, T* r2) {                    \
-    qor::tfn::letter##Name##_##suffix(n, a, r1, r2);                                                 \
+#define TFN_MEMBER(letter, T, Name, suffix, level)                         \
+  void qor::tfn::letter##Name##_##suffix(int n, const T* a, T* r) {        \
+    map<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, r); \
+  }                                                                        \
+  QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T* r) { qor::tfn::letter##Name##_##suffix(n, a, r); }
+#define TFN_MEMBER2(letter, T, Name, suffix, level)                               \
+  void qor::tfn::letter##Name##_##suffix(int n, const T* a, T* r1, T* r2) {       \
+    map<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, r1, r2);   \
+  }                                                                               \
+  QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T* r1, T* r2) { \
+    qor::tfn::letter##Name##_##suffix(n, a, r1, r2);                              \
   }
 
-#define TFN_MEMBERS_WITH(MEMBER, Name)    \
-  MEMBER(d, double, Name, HA, high)       \
-  MEMBER(d, double, Name, 50, low)        \
-  MEMBER(s, float, Name, HA, high)        \
+#define TFN_MEMBERS_WITH(MEMBER, Name) \
+  MEMBER(d, double, Name, HA, high)    \
+  MEMBER(d, double, Name, 50, low)     \
+  MEMBER(s, float, Name, HA, high)     \
   MEMBER(s, float, Name, 21, low)
 #define TFN_MEMBERS(Name) TFN_MEMBERS_WITH(TFN_MEMBER, Name)
 #define TFN_MEMBERS2(Name) TFN_MEMBERS_WITH(TFN_MEMBER2, Name)

@@ -5,14 +5,14 @@
 
 namespace qor::tfn {
 
-#define TFN_DECLARE(Name)                        \
+#define TFN_DECLARE(Name)                               \
   void d##Name##_HA(int n, const double* a, double* r); \
   void d##Name##_50(int n, const double* a, double* r); \
   void s##Name##_HA(int n, const float* a, float* r);   \
   void s##Name##_21(int n, const float* a, float* r);
 TFN_ONE_RESULT(TFN_DECLARE)
 #undef TFN_DECLARE
-#define TFN_DECLARE(Name)                                    \
+#define TFN_DECLARE(Name)                                            \
   void d##Name##_HA(int n, const double* a, double* r1, double* r2); \
   void d##Name##_50(int n, const double* a, double* r1, double* r2); \
   void s##Name##_HA(int n, const float* a, float* r1, float* r2);    \

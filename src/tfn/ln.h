@@ -2,15 +2,15 @@
 //   ln x = k ln 2 - ln c + ln(1 + u), |u| about 2^-9,
 // after P. T. P. Tang, Table-driven implementation of the logarithm function, ACM TOMS 16 (1990). Rows 0 and 256 have
 // c = 1 and 1/2 exactly, and so results close to ln 1 come from u alone.
-//   double _50: c rounded; u from m - (1 + j/256), which is exact, times c. 1.1 ulp at the worst, next to 1.
-//   double _HA: c has 9 bits, so that u is exact; the sum is carried in two parts: 0.5 ulp and a rounding of 2^-9 of one.
-//   single _HA: in double precision.  single _21: no table (eight rows by name cost more than five more terms).
+//   double _50: c rounded; u from m - (1 + j/256), which is exact, times c: 0.55 ulp, but 3.1 for x next to 1.
+//   double _HA: c has 9 bits, so that u is exact; the sum is carried in two parts: 0.5 ulp and a rounding of 2^-9 of
+//   one. single _HA: the same in single precision: 0.507 ulp.  single _21: a longer polynomial and no table.
 #pragma once
 
 #include <limits>
 
+#include "numeric/float_parts.h"
 #include "numeric/pair.h"
-
 #include "numeric/x87.h"
 #include "qor/tfn.h"
 #include "simd/vec.h"
@@ -24,31 +24,24 @@ struct Ln {
   static constexpr int results = 1;
   static constexpr double filler = 1;
 
-  // Positive, normal and finite; a NaN fails both comparisons.
-  template <class V>
-  QOR_INLINE static simd::Bits<V> outside_normal_range(V x) {
-    using L = std::numeric_limits<simd::lane_t<V>>;
-    return ~(simd::le(simd::splat<V>(L::min()), x) & simd::le(x, simd::splat<V>(L::max())));
+  QOR_INLINE static void fast(simd::VecD x, const double* at, simd::VecD* y, simd::VecU64& usual) {
+    usual = numeric::normal_range(x);
+    y[0] = core(x, at, simd::splat<simd::VecD>(0x1p52 + 1023));
   }
 
-  QOR_INLINE static void fast(simd::VecD x, simd::VecD* y, simd::VecU64& rare) {
-    using namespace simd;
-    rare = outside_normal_range(x);
-    y[0] = core(x, splat<VecD>(0x1p52 + 1023));
-  }
-
-  // ln x for normal positive x. The exponent field, read as an integer above 2^52, less `bias` is k.
-  QOR_INLINE static simd::VecD core(simd::VecD x, simd::VecD bias) {
+  // ln x for normal positive x; `at` holds x. The exponent field, read as an integer above 2^52, less `bias` is k.
+  QOR_INLINE static simd::VecD core(simd::VecD x, const double* at, simd::VecD bias) {
     using namespace simd;
     const VecU64 b = bits(x);
     const VecD k = as<VecD>((b >> 52) | splat<VecU64>(0x4330000000000000)) - bias;
     const VecD m = as<VecD>((b & splat<VecU64>(0x000FFFFFFFFFFFFF)) | splat<VecU64>(0x3FF0000000000000));
     // The top nine fraction bits, rounded to eight, times the 32 bytes of a row.
-    const VecU64 row = ((((b >> 43) & splat<VecU64>(0x1FF)) + splat<VecU64>(1)) << 4) & splat<VecU64>(0x3FE0);
+    const auto row = [at](int lane) { return (((numeric::high_word(at + lane) >> 7) & 0x1FF0) + 16) & 0x3FE0; };
     if constexpr (A == Accuracy::low) {
       const auto [hi, lo, c] = gather_rows<3>(&ln_table[0].hi, row).column;
       // m rounded to 8 fraction bits; ties go up, as in the row's number.
-      const VecD m1 = (as<VecD>(bits(m) | splat<VecU64>(0x000003FF000003FF)) + splat<VecD>(0x1p44)) - splat<VecD>(0x1p44);
+      const VecD m1 =
+          (as<VecD>(bits(m) | splat<VecU64>(0x000003FF000003FF)) + splat<VecD>(0x1p44)) - splat<VecD>(0x1p44);
       const VecD u = (m - m1) * c;
       // ln(1 + u) - u, minimax on |u| <= 2^-9, error below 2^-56.
       const VecD p =
@@ -59,30 +52,38 @@ struct Ln {
       // The halves of m have 26 and 27 bits and c has 9: both products, and their sum less one, are exact.
       const VecD head = as<VecD>(bits(m) & splat<VecU64>(0xFFFFFFFFF8000000));
       const VecD u = (head * c - 1.0) + (m - head) * c;
-      // Taylor: the first dropped term, u^8/8 at |u| <= 2^-8, is below 2^-66.
-      const VecD p = horner(u, 1.0 / 7, -1.0 / 6, 1.0 / 5, -1.0 / 4, 1.0 / 3, -1.0 / 2) * u * u;
+      const VecD p = horner(u, -1.0 / 6, ln_fit_5, -1.0 / 4, ln_fit_3, -1.0 / 2) * u * u;
       const auto [s, e] = numeric::quick_two_sum(k * ln2_hi + hi, u);
       return s + (e + ((k * ln2_lo + lo) + p));
     }
   }
 
-  QOR_INLINE static void fast(simd::VecF x, simd::VecF* y, simd::VecU32& rare) {
+  // ln(1 + u) - u for |u| <= U = 2^-9 and a little (in rows far from 1, where results are larger, up to 2^-8.4): the
+  // series, with its first dropped term put into the others. With t = u^2 <= T = U^2 and h = T/(1 + sqrt(3)/2), the
+  // Chebyshev polynomial of degree 3, moved so that a zero falls on t = 0, gives t^3 = (3 sqrt(3)/2) h t^2 - (3/2) h^2
+  // t within h^3/4, so u^7/7 costs 2^-61 of u; that of degree 2 gives t^2 = 2 (sqrt 2 - 1) T t within 0.172 T^2, so
+  // u^4/4 costs 2^-31 of u, for singles.
+  static constexpr double fit_t = 0x1p-18 * 1.01, fit_h = fit_t / 1.8660254037844386;
+  static constexpr double ln_fit_5 = 1.0 / 5 + 2.598076211353316 * fit_h / 7;
+  static constexpr double ln_fit_3 = 1.0 / 3 - 1.5 * fit_h * fit_h / 7;
+  static constexpr float ln_fit_2 = float(-1.0 / 2 - 0.8284271247461901 * fit_t / 4);
+
+  QOR_INLINE static void fast(simd::VecF x, const float* at, simd::VecF* y, simd::VecU32& usual) {
     using namespace simd;
-    rare = outside_normal_range(x);
+    usual = numeric::normal_range(x);
     if constexpr (A == Accuracy::high) {
       const VecU32 b = bits(x);
-      const VecU32 k = (b >> 23) - splat<VecU32>(127);
+      const VecF k = to_float(b >> 23) - 127.0f;
       const VecF m = as<VecF>((b & splat<VecU32>(0x007FFFFF)) | splat<VecU32>(0x3F800000));
-      // The top eight fraction bits, rounded, times the 16 bytes of a row.
-      const VecU32 row = (((b & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x4000)) >> 11) & splat<VecU32>(0x1FF0);
-      const auto half = [](VecD w, VecD e, DoubleColumns<2> t) {
-        const VecD u = w * t.column[0] - 1.0;
-        // ln(1 + u) - u, Taylor: the first dropped term, u^5/5 at |u| <= 2^-9, is 2^-38 of u.
-        const VecD p = horner(u, -1.0 / 4, 1.0 / 3, -1.0 / 2) * u * u;
-        return (e * ln2 + t.column[1]) + (u + p);
-      };
-      y[0] = narrow(half(widen_low(m), to_double_low(k), gather_rows_low<2>(&ln_short_table[0].c, row)),
-                    half(widen_high(m), to_double_high(k), gather_rows_high<2>(&ln_short_table[0].c, row)));
+      const auto row = [at](int lane) { return (((numeric::high_word(at + lane) >> 10) & 0x1FF0) + 16) >> 1 & 0x1FF0; };
+      const auto [hi, lo, c] = gather_rows3(&ln_single_table[0].hi, row).column;
+      // As in double precision: halves of 12 bits times 9 bits.
+      const VecF head = as<VecF>(bits(m) & splat<VecU32>(0xFFFFF000));
+      const VecF u = (head * c - 1.0f) + (m - head) * c;
+      const VecF p = horner(u, float(1.0 / 3), ln_fit_2) * u * u;
+      constexpr float ln2_first = ln_single_table[256].hi, ln2_second = ln_single_table[256].lo;
+      const auto [s, e] = numeric::quick_two_sum(k * ln2_first + hi, u);
+      y[0] = s + (e + ((k * ln2_second + lo) + p));
     } else {
       // m in [sqrt(1/2), sqrt 2), r = m - 1: ln(1 + r) = r - r^2/2 + r^3 p(r).
       const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
@@ -102,28 +103,31 @@ struct Ln {
                                          0x1.98d7f2p-3f, -0x1.000382p-2f, 0x1.5556d8p-2f};
 
   static int element(double x, double* y) {
-    using L = std::numeric_limits<double>;
-    if (x > 0 && x < L::min() && A == Accuracy::high) {
-      y[0] = core(simd::splat<simd::VecD>(x * 0x1p54), simd::splat<simd::VecD>(0x1p52 + 1023 + 54))[0];
+    if (A == Accuracy::high && x > 0 && x <= std::numeric_limits<double>::max()) {
+      y[0] = single_lane(x * 0x1p54, 54);  // subnormal
       return TFN_STATUS_OK;
     }
     // Zeros, negatives, infinities and NaNs, and the subnormals of the low accuracy, through the extended precision.
-    y[0] = numeric::x87_ln(x);
+    numeric::x87_ln(x, y);
     return x == 0 ? TFN_STATUS_SING : x < 0 ? TFN_STATUS_ERRDOM : TFN_STATUS_OK;
   }
   static int element(float x, float* y) {
     double wide;
-    const int status = Ln<Accuracy::high>::wide_element(x, wide);
+    int status = TFN_STATUS_OK;
+    if (x > 0 && x <= std::numeric_limits<float>::max()) {
+      wide = Ln<Accuracy::high>::single_lane(x, 0);  // a subnormal single is a normal double
+    } else {
+      status = Ln<Accuracy::high>::element(static_cast<double>(x), &wide);
+    }
     y[0] = static_cast<float>(wide);
     return status;
   }
-  // Singles that are subnormal are normal doubles.
-  static int wide_element(double x, double& y) {
-    if (x > 0 && x <= std::numeric_limits<double>::max()) {
-      y = core(simd::splat<simd::VecD>(x), simd::splat<simd::VecD>(0x1p52 + 1023))[0];
-      return TFN_STATUS_OK;
-    }
-    return element(x, &y);
+  // ln(x / 2^scaled), x normal.
+  QOR_INLINE static double single_lane(double x, int scaled) {
+    using namespace simd;
+    double block[lanes<VecD>];
+    store(block, splat<VecD>(x));
+    return core(splat<VecD>(x), block, splat<VecD>(0x1p52 + 1023 + scaled))[0];
   }
 };
 

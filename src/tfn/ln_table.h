@@ -18,8 +18,8 @@ constexpr Pair<double> ln_ratio(double p, double q) {
   return Pair<double>{2, 0} * z * sum;
 }
 
-// A row is {hi, lo, c, 0}: hi + lo = the logarithm of 1/c, or of what c approximates the reciprocal of. hi is a multiple
-// of 2^-40 so that hi plus any exponent times the hi of ln 2 is exact: 11 + 40 bits fit in 53.
+// A row is {hi, lo, c, 0}: hi + lo = the logarithm of 1/c, or of what c approximates the reciprocal of. hi is a
+// multiple of 2^-40 so that hi plus any exponent times the hi of ln 2 is exact: 11 + 40 bits fit in 53.
 struct alignas(32) LnRow {
   double hi, lo, c, zero;
 };
@@ -42,27 +42,33 @@ static_assert(ln_table[1].hi == 0.003898640416082344 && ln_table[1].lo == -4.250
 static_assert(ln_table[128].c == 0.6666666666666666);
 static_assert(ln2_hi == 0.6931471805601177 && ln2_lo == -1.7239444525614835e-13);
 
-// Row j for the high accuracy: c is 1/(1 + j/256) rounded to a multiple of 2^-9, hi + lo = -ln c. With so short a c the
-// reduced argument m c - 1 is exact in 53 bits.
+// Row j for the high accuracy: c is 1/(1 + j/256) rounded so short that u = m c - 1 is exact in 53 bits (24 for
+// singles): to 10 bits where |u| stays below 2^-9 in the whole interval of the row, as it does towards both ends of the
+// table, else to 9 bits, where |u| stays below 2^-8. hi + lo = -ln c.
+constexpr double short_reciprocal(int j) {
+  const double least = (511 + 2 * j) / 512.0, most = (513 + 2 * j) / 512.0;
+  const double c = int(1024.0 * 256 / (256 + j) + 0.5) / 1024.0;
+  if (most * c - 1 < 0x1p-9 && 1 - least * c < 0x1p-9) return c;
+  return int(512.0 * 256 / (256 + j) + 0.5) / 512.0;
+}
 inline constexpr auto ln_exact_table = [] {
   std::array<LnRow, 257> rows{};
-  for (int j = 0; j <= 256; ++j) {
-    const int c = int(512.0 * 256 / (256 + j) + 0.5);
-    rows[j] = ln_row(ln_ratio(512, c), c / 512.0);
-  }
+  for (int j = 0; j <= 256; ++j) rows[j] = ln_row(ln_ratio(1, short_reciprocal(j)), short_reciprocal(j));
   return rows;
 }();
 
-// Row j for singles computed in double precision: {c, ln(1/c)}, c = 1/(1 + j/256) rounded. Rows 0 and 256 are exact, so
-// that results near ln 1 keep their relative accuracy from both sides.
-struct alignas(16) LnShortRow {
-  double c, l;
+// The same for singles: hi is a multiple of 2^-17, exact with 7 bits of exponent in 24.
+struct alignas(16) LnSingleRow {
+  float hi, lo, c, zero;
 };
-inline constexpr auto ln_short_table = [] {
-  std::array<LnShortRow, 257> rows{};
-  for (int j = 0; j <= 256; ++j) rows[j] = {ln_table[j].c, ln_table[j].hi + ln_table[j].lo};
+inline constexpr auto ln_single_table = [] {
+  std::array<LnSingleRow, 257> rows{};
+  for (int j = 0; j <= 256; ++j) {
+    const LnRow& l = ln_exact_table[j];
+    const double hi = 0x1p-17 * double(static_cast<long long>(l.hi * 0x1p17 + 0.5));
+    rows[j] = {float(hi), float((l.hi - hi) + l.lo), float(l.c), 0};
+  }
   return rows;
 }();
-inline constexpr double ln2 = ln_short_table[256].l;
 
 }  // namespace qor::tfn

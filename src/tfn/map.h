@@ -2,9 +2,10 @@
 //
 // A kernel K provides
 //   results                    1 or 2 results an element
-//   fast(x, y, rare)           y[0 .. results) for a vector x, right in every lane but those it marks in `rare`
+//   fast(x, at, y, usual)      y[0 .. results) for a vector x, right in the lanes it marks in `usual`; `at` is where x
+//                              was loaded from, for those who want its bits as integers too
 //   element(x, y) -> status    y[0 .. results) for any single x, and what to report
-//   filler                     an argument that is never rare, for the lanes past the end
+//   filler                     an argument that is always usual, for the lanes past the end
 #pragma once
 
 #include "numeric/mxcsr.h"
@@ -41,13 +42,13 @@ struct Map {
     for (; i <= n - width; i += width) {
       const V x = simd::load<V>(a + i);
       V y[K::results];
-      simd::Bits<V> rare;
-      K::fast(x, y, rare);
+      simd::Bits<V> usual;
+      K::fast(x, a + i, y, usual);
       for (int k = 0; k < K::results; ++k) simd::store(r[k] + i, y[k]);
-      if (const unsigned set = simd::lanes_set(rare); set != 0) [[unlikely]] {
+      if (const unsigned set = simd::lanes_set(usual); set != simd::all_lanes<V>) [[unlikely]] {
         T copy[width];
         simd::store(copy, x);
-        repair(set, copy, i, guard);
+        repair(~set & simd::all_lanes<V>, copy, i, guard);
       }
     }
     if (i < n) tail(i, n - i, guard);
@@ -58,13 +59,13 @@ struct Map {
     T block[width], out[2][width];
     for (int l = 0; l < width; ++l) block[l] = l < count ? a[i + l] : T(K::filler);
     V y[K::results];
-    simd::Bits<V> rare;
-    K::fast(simd::load<V>(block), y, rare);
+    simd::Bits<V> usual;
+    K::fast(simd::load<V>(block), block, y, usual);
     for (int k = 0; k < K::results; ++k) {
       simd::store(out[k], y[k]);
       for (int l = 0; l < count; ++l) r[k][i + l] = out[k][l];
     }
-    if (const unsigned set = simd::lanes_set(rare) & ((1u << count) - 1); set != 0) repair(set, block, i, guard);
+    if (const unsigned set = ~simd::lanes_set(usual) & ((1u << count) - 1); set != 0) repair(set, block, i, guard);
   }
 };
 

@@ -1,5 +1,6 @@
-// The calling thread's four slots (mode word, status word, error callback, input-vector base pointer) and the operations
-// on them. A slot's cell is created on first use; without memory for it, reads give the initial value and writes are lost.
+// The calling thread's four slots (mode word, status word, error callback, input-vector base pointer) and the
+// operations on them. A slot's cell is created on first use; without memory for it, reads give the initial value and
+// writes are lost.
 #pragma once
 
 #include <cstdint>

@@ -6,26 +6,27 @@
 #include <cstdint>
 #include <limits>
 
+#include "numeric/float_parts.h"
 #include "qor/tfn.h"
 #include "simd/vec.h"
 #include "tfn/accuracy.h"
 
 namespace qor::tfn {
 
+using numeric::normal_range;
+
 // sqrt(x) in two factors for x = s^2 x', x' normal: the result is (reciprocal_root(x') x) s.
-// The estimate works on [1, 4): the fraction's leading bits and the exponent's parity; the exponent's half is put back
-// into the high word with integer arithmetic.
+// The estimate works on [1, 4): the fraction's leading bits and the exponent's parity, in the low words; the exponent's
+// half is put back with integer arithmetic in the high words.
 QOR_INLINE simd::VecD reciprocal_root(simd::VecD scaled) {
   using namespace simd;
+  const auto low = [](std::uint32_t w) { return as<VecU32>(splat<VecU64>(w)); };
+  const auto high = [](std::uint32_t w) { return as<VecU32>(splat<VecU64>(std::uint64_t{w} << 32)); };
   const VecU64 b = bits(scaled);
-  const VecU32 reduced =
-      as<VecU32>((((b >> 29) & splat<VecU64>(0xFFFFFF)) ^ splat<VecU64>(0x800000)) + splat<VecU64>(0x3F800000));
-  const VecU32 estimate = as<VecU32>(rsqrt_estimate(as<VecF>(reduced)));
-  // High words, in the low half of each 64-bit lane.
-  const VecU64 high = b >> 32;
-  const VecU64 half_exponent = ((high - splat<VecU64>(0x100000)) & splat<VecU64>(0xFFE00000)) >> 1;
-  const VecU64 word = ((as<VecU64>(estimate) & splat<VecU64>(0xFFFFFFFF)) >> 3) + splat<VecU64>(0x57F00000) - half_exponent;
-  const VecD y = as<VecD>(word << 32);
+  const VecU32 reduced = ((as<VecU32>(b >> 29) & low(0xFFFFFF)) ^ low(0x800000)) + low(0x3F800000);
+  const VecU32 estimate = as<VecU32>(rsqrt_estimate(as<VecF>(reduced))) >> 3;
+  const VecU32 half_exponent = ((as<VecU32>(b) - high(0x100000)) & high(0xFFE00000)) >> 1;
+  const VecD y = as<VecD>(as<VecU32>(as<VecU64>(estimate) << 32) + high(0x57F00000) - half_exponent);
   const VecD e = scaled * (y * y) - 1.0;
   // (1 + e)^(-1/2) - 1: 35/128, -5/16, 3/8, -1/2.
   return y + y * (horner(e, 0.2734375, -0.3125, 0.375, -0.5) * e);
@@ -36,19 +37,18 @@ struct Sqrt {
   static constexpr int results = 1;
   static constexpr double filler = 1;
 
-  QOR_INLINE static void fast(simd::VecD x, simd::VecD* y, simd::VecU64& rare) {
+  QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     if constexpr (A == Accuracy::low) {
-      using L = std::numeric_limits<double>;
-      rare = ~(le(splat<VecD>(L::min()), x) & le(x, splat<VecD>(L::max())));
+      usual = normal_range(x);
       y[0] = reciprocal_root(x) * x;
     } else {
-      rare = lt(x, VecD{});
+      usual = ~lt(x, VecD{});
       y[0] = sqrt(x);
     }
   }
-  QOR_INLINE static void fast(simd::VecF x, simd::VecF* y, simd::VecU32& rare) {
-    rare = simd::lt(x, simd::VecF{});
+  QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
+    usual = ~simd::lt(x, simd::VecF{});
     y[0] = simd::sqrt(x);
   }
 

@@ -1,5 +1,5 @@
-// Tables of the trigonometric functions, made at compile time: sines and cosines at the multiples of pi/128, and 1/(2 pi)
-// to as many bits as the largest argument needs.
+// Tables of the trigonometric functions, made at compile time: sines and cosines at the multiples of pi/128, and 1/(2
+// pi) to as many bits as the largest argument needs.
 #pragma once
 
 #include <array>
@@ -45,7 +45,7 @@ constexpr SineCosine sine_cosine_at(int j) {
   return {octant >= 4 ? -s : s, octant >= 2 && octant < 6 ? -c : c};
 }
 
-// Row j: sine and cosine at j pi/128, rounded.
+// Row j: sine and cosine at j pi/128, rounded. The sine of row 0 is -0.
 struct alignas(16) TrigRow {
   double sine, cosine;
 };
@@ -55,6 +55,7 @@ inline constexpr auto trig_table = [] {
     const SineCosine a = sine_cosine_at(j);
     rows[j] = {a.sine.hi, a.cosine.hi};
   }
+  rows[0].sine = -0.0;
   return rows;
 }();
 // Row j in two parts each, the first of at most 26 bits (a multiple of 2^-26 or, below 1/2, finer), so that its product

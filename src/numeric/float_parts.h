@@ -1,0 +1,29 @@
+// The parts of floating-point numbers, as integers.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "simd/vec.h"
+
+namespace qor::numeric {
+
+// The word with sign, exponent and leading fraction bits of a number in memory.
+template <class T>
+QOR_INLINE std::uint32_t high_word(const T* p) {
+  std::uint32_t h;
+  std::memcpy(&h, reinterpret_cast<const char*>(p) + sizeof(T) - 4, sizeof h);
+  return h;
+}
+
+// The lanes that are positive, normal and finite, by their high words as signed integers: adding one exponent step
+// turns infinities and NaNs negative, and what is subnormal or negative stays below two steps.
+template <class V>
+QOR_INLINE simd::Bits<V> normal_range(V x) {
+  using namespace simd;
+  using Words = Ints<VecF>;
+  constexpr int step = sizeof(lane_t<V>) == 8 ? 0x00100000 : 0x00800000;
+  return as<Bits<V>>(as<Words>(as<VecU32>(x) + splat<VecU32>(step)) > splat<Words>(2 * step - 1));
+}
+
+}  // namespace qor::numeric
