@@ -2,7 +2,6 @@
 
 #include <iterator>
 
-#include "base/target.h"
 #include "rng/engines/engines.def"
 #include "rng/streams/status.h"
 
@@ -33,21 +32,20 @@ static_assert(std::size(predefined) == predefined_generators);
 }  // namespace
 }  // namespace qor::rng
 
-using namespace qor;
-using rng::predefined;
+using namespace qor::rng;
 
 // 273 copies for the members of the legacy Wichmann-Hill family: 4 * 64 + 16 + 1.
 #define QOR_WH predefined[4]
 #define QOR_WH_4 QOR_WH, QOR_WH, QOR_WH, QOR_WH
 #define QOR_WH_16 QOR_WH_4, QOR_WH_4, QOR_WH_4, QOR_WH_4
 #define QOR_WH_64 QOR_WH_16, QOR_WH_16, QOR_WH_16, QOR_WH_16
-constinit BrngRecord __RegBrngs[rng::registry_capacity] = {
+[[gnu::visibility("default")]] constinit BrngRecord __RegBrngs[registry_capacity] = {
     predefined[0], predefined[1], predefined[2], predefined[3], QOR_WH_64,     QOR_WH_64,    QOR_WH_64,
     QOR_WH_64,     QOR_WH_16,     QOR_WH,        predefined[5], predefined[6],
 };
-constinit BrngRecord __RegBrngsNew[rng::registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_RECORD_ROW)};
-constinit int NRegBrngsNew = rng::predefined_generators;
-constinit int NumOffsets[rng::registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
+[[gnu::visibility("default")]] constinit BrngRecord __RegBrngsNew[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_RECORD_ROW)};
+[[gnu::visibility("default")]] constinit int NRegBrngsNew = predefined_generators;
+[[gnu::visibility("default")]] constinit int NumOffsets[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
 
 namespace qor::rng {
 
