@@ -112,4 +112,24 @@ QOR_INLINE Columns<VecF, 3> gather_rows3(const float* table, Offset offset) {
            as<VecF>(_mm_movelh_ps(c01, c23))}};
 }
 
+// The even and the odd words of {a, b}.
+QOR_INLINE VecU32 evens(VecU32 a, VecU32 b) { return as<VecU32>(evens(as<VecF>(a), as<VecF>(b))); }
+QOR_INLINE VecU32 odds(VecU32 a, VecU32 b) { return as<VecU32>(odds(as<VecF>(a), as<VecF>(b))); }
+// Four vectors of four words as the rows of a matrix, transposed.
+QOR_INLINE void transpose(VecU32& a, VecU32& b, VecU32& c, VecU32& d) {
+  const VecU32 ac = zip_low(a, c), bd = zip_low(b, d), ac_high = zip_high(a, c), bd_high = zip_high(b, d);
+  a = zip_low(ac, bd);
+  b = zip_high(ac, bd);
+  c = zip_low(ac_high, bd_high);
+  d = zip_high(ac_high, bd_high);
+}
+// Each lane all ones when negative as a signed word.
+QOR_INLINE VecU32 sign_mask(VecU32 v) { return as<VecU32>(_mm_srai_epi32(as<__m128i>(v), 31)); }
+// b without the bits of a.
+QOR_INLINE VecU32 and_not(VecU32 a, VecU32 b) { return as<VecU32>(_mm_andnot_si128(as<__m128i>(a), as<__m128i>(b))); }
+// Doubles to signed words, towards zero; 0x80000000 when that doesn't fit.
+QOR_INLINE VecU32 truncate(VecD low, VecD high) {
+  return as<VecU32>(_mm_unpacklo_epi64(_mm_cvttpd_epi32(as<__m128d>(low)), _mm_cvttpd_epi32(as<__m128d>(high))));
+}
+
 }  // namespace qor::simd
