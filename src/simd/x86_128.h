@@ -115,6 +115,8 @@ QOR_INLINE Columns<VecF, 3> gather_rows3(const float* table, Offset offset) {
 // The even and the odd words of {a, b}.
 QOR_INLINE VecU32 evens(VecU32 a, VecU32 b) { return as<VecU32>(evens(as<VecF>(a), as<VecF>(b))); }
 QOR_INLINE VecU32 odds(VecU32 a, VecU32 b) { return as<VecU32>(odds(as<VecF>(a), as<VecF>(b))); }
+// The odd words, each in both places of its pair.
+QOR_INLINE VecU32 spread_odds(VecU32 v) { return as<VecU32>(_mm_shuffle_epi32(as<__m128i>(v), 0xF5)); }
 // Four vectors of four words as the rows of a matrix, transposed.
 QOR_INLINE void transpose(VecU32& a, VecU32& b, VecU32& c, VecU32& d) {
   const VecU32 ac = zip_low(a, c), bd = zip_low(b, d), ac_high = zip_high(a, c), bd_high = zip_high(b, d);

@@ -82,7 +82,7 @@ TEST_P(Engines, DeliverThePlainSequenceForEverySizeAndAlignmentAndLeaveThePlainS
       for (int i = 0; i < before; ++i) seq->next();
 
       const std::size_t bytes = std::size_t(delivered) * element_bytes(e, kind), shift = std::size_t(n) % 4 * 4;
-      std::vector<char> expected(bytes);
+      std::vector<char> expected(bytes + 1);
       plain_draw(e, *seq, kind, delivered, expected.data(), a, b);
       char* const r = room.end() - shift - bytes;
       std::memset(room.begin(), 0x5A, GuardedRoom::bytes);

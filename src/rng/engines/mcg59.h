@@ -41,25 +41,30 @@ struct Mcg59 {
       for (int i = 0; i < n; ++i, x = numeric::mul_mod_2_59(x, mult)) sink.put(i, splat<VecU64>(x), 1);
       return;
     }
+    // The vectors hold 32 x modulo 2^64, which needs no reduction.
     VecU64 v[chains];
     std::uint64_t power = 1;
-    for (int lane = 0; lane < lanes; ++lane, power *= mult) v[0][lane] = numeric::mul_mod_2_59(x, power);
+    for (int lane = 0; lane < lanes; ++lane, power *= mult) v[0][lane] = x * power << spare;
     for (int c = 1; c < chains; ++c) v[c] = times(v[c - 1], Factor(power));
     const Factor round(numeric::pow_mod_2_59(power, chains));
-    x = draw_chains(v, n, [&](VecU64 w) { return times(w, round); }, sink);
+    x = draw_chains(v, n, [](VecU64 w) { return w >> spare; }, [&](VecU64 w) { return times(w, round); }, sink);
   }
 
  private:
+  static constexpr int chains = 3;  // the fastest count by measurement
+
+  static constexpr int spare = 64 - 59;
+
   struct Factor {
     VecU32 low, high;
     explicit Factor(std::uint64_t f)
         : low(splat<VecU32>(static_cast<std::uint32_t>(f))), high(splat<VecU32>(static_cast<std::uint32_t>(f >> 32))) {}
   };
-  // The products of the high halves lie above 2^59.
+  // The products of the high halves lie above 2^64.
   QOR_INLINE static VecU64 times(VecU64 v, const Factor& f) {
-    const VecU32 low = as<VecU32>(v), high = as<VecU32>(v >> 32);
+    const VecU32 low = as<VecU32>(v), high = simd::spread_odds(low);
     const VecU64 cross = simd::mul_even(low, f.high) + simd::mul_even(high, f.low);
-    return (simd::mul_even(low, f.low) + (cross << 32)) & splat<VecU64>(numeric::mask59);
+    return simd::mul_even(low, f.low) + (cross << 32);
   }
 };
 
