@@ -108,12 +108,12 @@ struct Residues {
     return x[K % 3][v] = reduce<R>(u);
   }
 
-  // The words of the last stretch after k steps.
-  void take_last(int k, std::uint32_t* word) const {
+  // The words of one stretch's state after k steps.
+  void take(int stretch, int k, std::uint32_t* word) const {
     for (int j = 0; j < 3; ++j) {
-      const double last = x[(k + j) % 3][vectors - 1][simd::lanes<VecD> - 1];
-      const std::uint32_t w = static_cast<std::uint32_t>(static_cast<std::int32_t>(last));
-      word[j] = last < 0 ? w + R::modulus : w;
+      const double residue = x[(k + j) % 3][stretch / simd::lanes<VecD>][stretch % simd::lanes<VecD>];
+      const std::uint32_t w = static_cast<std::uint32_t>(static_cast<std::int32_t>(residue));
+      word[j] = residue < 0 ? w + R::modulus : w;
     }
   }
 };
@@ -163,12 +163,17 @@ struct Mrg32k3a {
     for (; i <= n - mrg32k3a::stretches * short_stretch; i += mrg32k3a::stretches * short_stretch) {
       draw_block<short_stretch>(i, sink);
     }
+    if (n - i >= worth_a_block) {
+      draw_start(i, n - i, sink);
+      return;
+    }
     for (; i < n; ++i) sink.put(i, splat<VecU32>(next()), 1);
   }
 
  private:
   // 1024 elements, the block size of the distributions, and 128.
   static constexpr int long_stretch = 128, short_stretch = 16;
+  static constexpr int worth_a_block = 32;  // a short block takes about as long as so many elements one by one
 
   template <class R>
   static void settle(std::uint32_t* x) {
@@ -193,14 +198,20 @@ struct Mrg32k3a {
     return p >= q ? p - q : p - q + First::modulus;
   }
 
-  // L rows of the eight stretches' words.
+  // L rows of the eight stretches' words. The state moves on by n elements of the block.
   template <int L>
-  [[gnu::noinline]] void generate(std::uint32_t (*z)[mrg32k3a::stretches]) {
+  [[gnu::noinline]] void generate(int n, std::uint32_t (*z)[mrg32k3a::stretches]) {
     using namespace mrg32k3a;
     Residues<First> p;
     Residues<Second> q;
     p.template fan_out<L>(s);
     q.template fan_out<L>(t);
+    const bool whole = n == stretches * L;
+    if (!whole) {
+      p.take(n / L, 0, s);
+      q.take(n / L, 0, t);
+      for (int k = 0; k < n % L; ++k) next();
+    }
     const auto row = [&]<int K>(std::uint32_t* words) {
       for (int v = 0; v < vectors; v += 2) {
         const VecD p0 = p.template step<K>(v), p1 = p.template step<K>(v + 1);
@@ -209,30 +220,48 @@ struct Mrg32k3a {
         simd::store(words + simd::lanes<VecD> * v, w);
       }
     };
-    int k = 0;
-    for (; k + 3 <= L; k += 3) {
+    for (int k = 0; k + 3 <= L; k += 3) {
       row.template operator()<0>(z[k]);
       row.template operator()<1>(z[k + 1]);
       row.template operator()<2>(z[k + 2]);
     }
     if constexpr (L % 3 > 0) row.template operator()<0>(z[L / 3 * 3]);
     if constexpr (L % 3 > 1) row.template operator()<1>(z[L / 3 * 3 + 1]);
-    p.take_last(L, s);
-    q.take_last(L, t);
+    if (whole) {
+      p.take(stretches - 1, L, s);
+      q.take(stretches - 1, L, t);
+    }
   }
+
+  static constexpr int lanes = simd::lanes<VecU32>;
 
   template <int L, class Sink>
   void draw_block(int i, Sink sink) {
-    constexpr int lanes = simd::lanes<VecU32>;
     static_assert(L % lanes == 0);
     std::uint32_t z[L][mrg32k3a::stretches];
-    generate<L>(z);
+    generate<L>(mrg32k3a::stretches * L, z);
     for (int stretch = 0; stretch < mrg32k3a::stretches; stretch += lanes) {
       for (int k = 0; k < L; k += lanes) {
         VecU32 w[lanes];
         for (int j = 0; j < lanes; ++j) w[j] = simd::load<VecU32>(&z[k + j][stretch]);
         simd::transpose(w[0], w[1], w[2], w[3]);
         for (int j = 0; j < lanes; ++j) sink.put(i + (stretch + j) * L + k, w[j]);
+      }
+    }
+  }
+
+  // The first n elements of a short block.
+  template <class Sink>
+  void draw_start(int i, int n, Sink sink) {
+    std::uint32_t z[short_stretch][mrg32k3a::stretches];
+    generate<short_stretch>(n, z);
+    for (int k = 0; k < n; k += lanes) {
+      VecU32 w;
+      for (int j = 0; j < lanes; ++j) w[j] = z[k % short_stretch + j][k / short_stretch];
+      if (k + lanes <= n) {
+        sink.put(i + k, w);
+      } else {
+        sink.put(i + k, w, n - k);
       }
     }
   }

@@ -35,7 +35,10 @@ class Slots {
     }
   }
 
-  static int words(Stream* stream, int n, std::uint32_t* r) { return draw(stream, n, r, AsWords{}); }
+  static int words(Stream* stream, int n, std::uint32_t* r) {
+    const numeric::MxcsrGuard nearest;
+    return draw(stream, n, r, AsWords{});
+  }
   static int doubles(Stream* stream, int n, double* r, double a, double b) {
     return on_interval<AsDoubles>(stream, n, r, AsDoubles<Scaled<unit_log2>>{}, a, b);
   }
@@ -53,10 +56,9 @@ class Slots {
   static constexpr bool power_of_two = unit_bits << 12 == 0;
   static constexpr int unit_log2 = static_cast<int>(unit_bits >> 52) - 1023;
 
-  // The engines' arithmetic, not only the conversion, rests on rounding to nearest.
+  // The engines' arithmetic, not only the conversion, may rest on rounding to nearest: callers hold the guard.
   template <class Form>
   static int draw(Stream* stream, int n, typename Form::T* r, Form form) {
-    const numeric::MxcsrGuard nearest;
     stream->state<Engine>().draw(std::max(n, Engine::least), Sink<Form>(r, form));
     return status::ok;
   }
