@@ -5,7 +5,8 @@
 
    Results. Every function returns a status: 0 is success, a negative value one of the codes below.
    Sequences. A stream's sequence depends on its seed alone: n elements followed by m elements are the n + m elements of
-   one request, for every engine and every split. Engines give the same bits in every release.
+   one request, for every engine and every split. Engines give the same bits in every release, whatever the caller's
+   rounding mode, flush-to-zero setting or exception masks.
    Arrays may start at any address that is a multiple of 4, doubles included. Nothing is written past n elements.
    Threads. A stream is used by one thread at a time; distinct streams are independent. Registration must be finished
    before other threads use the registry. */
@@ -21,23 +22,26 @@ typedef struct qor_stream qor_stream;
 /* ---- statuses ---------------------------------------------------------------------------------------------------- */
 
 #define QOR_RNG_OK 0
-#define QOR_RNG_BAD_METHOD (-2)            /* an engine's initialisation method is not 0, 1 or 2 */
-#define QOR_RNG_BAD_ARGUMENT (-3)          /* null pointer or bad argument of an abstract stream's constructor */
+#define QOR_RNG_BAD_METHOD (-2)   /* an engine's initialisation method is not 0, 1 or 2 */
+#define QOR_RNG_BAD_ARGUMENT (-3) /* null pointer or bad argument of an abstract stream's constructor */
 #define QOR_RNG_NO_MEMORY (-4)
-#define QOR_RNG_NULL_SLOT (-5)             /* a function of a record to be registered is null */
-#define QOR_RNG_BAD_BRNG (-1000)           /* unknown generator identifier */
-#define QOR_RNG_NO_LEAPFROG (-1002)        /* the engine can't leapfrog */
-#define QOR_RNG_NO_SKIP_AHEAD (-1003)      /* the engine can't skip ahead */
-#define QOR_RNG_INCOMPATIBLE (-1005)       /* the two streams have different generators */
-#define QOR_RNG_BAD_STATE_BYTES (-1008)    /* record: stateBytes < 0 */
-#define QOR_RNG_BAD_WORD_BYTES (-1009)     /* record: wordBytes not 4, 8 or 16 */
-#define QOR_RNG_BAD_SEED_WORDS (-1010)     /* record: seedWords < 1 */
-#define QOR_RNG_BAD_BITS (-1011)           /* record: bitsPerWord < 1 */
-#define QOR_RNG_REGISTRY_FULL (-1012)      /* 512 generators are registered */
+#define QOR_RNG_NULL_SLOT (-5)          /* a function of a record to be registered is null */
+#define QOR_RNG_BAD_BRNG (-1000)        /* unknown generator identifier */
+#define QOR_RNG_NO_LEAPFROG (-1002)     /* the engine can't leapfrog */
+#define QOR_RNG_NO_SKIP_AHEAD (-1003)   /* the engine can't skip ahead */
+#define QOR_RNG_INCOMPATIBLE (-1005)    /* the two streams have different generators */
+#define QOR_RNG_BAD_STATE_BYTES (-1008) /* record: stateBytes < 0 */
+#define QOR_RNG_BAD_WORD_BYTES (-1009)  /* record: wordBytes not 4, 8 or 16 */
+#define QOR_RNG_BAD_SEED_WORDS (-1010)  /* record: seedWords < 1 */
+#define QOR_RNG_BAD_BITS (-1011)        /* record: bitsPerWord < 1 */
+#define QOR_RNG_REGISTRY_FULL (-1012)   /* 512 generators are registered */
 
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
-/* Identifiers: (registry entry + 1) * 2^20 + member. */
+/* Identifiers: (registry entry + 1) * 2^20 + member.
+   Not available in this release: WH, SOBOL, NIEDERR, MT2203 and the abstract streams. Their records are complete and
+   their identifiers valid, but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be
+   deleted). */
 #define QOR_BRNG_MCG31M1 0x100000
 #define QOR_BRNG_R250 0x200000
 #define QOR_BRNG_MRG32K3A 0x300000
@@ -52,10 +56,12 @@ typedef struct qor_stream qor_stream;
 #define QOR_BRNG_SABSTRACT 0xC00000
 
 /* The functions of an engine, as a registered generator must provide them.
-   Initialisation: method 0 seeds from n 32-bit words at params (n may be 0); method 1 leapfrogs, n streams of which this
-   one is number *(const int*)params; method 2 skips n elements, params null. Any other method: -2.
-   Output: n elements uniform on [a, b), or n raw words of wordBytes each. Each returns a status.
-   A stream's header is 16 bytes; an engine's own state follows it. */
+   - Initialisation: method 0 seeds from n 32-bit words at params (n may be 0); method 1 leapfrogs, n streams of which
+     this one is number *(const int*)params; method 2 skips n elements, params null. Any other method: -2. An engine
+   that can't leapfrog or skip returns -1002 or -1003 and leaves its state alone.
+   - Output: n elements uniform on [a, b), or n raw words of wordBytes each. Returns a status, negative on failure.
+
+   A stream's header is 16 bytes, with the identifier in its first four; an engine's own state follows it. */
 typedef int (*qor_init_stream)(int method, qor_stream* stream, int n, const unsigned* params);
 typedef int (*qor_s_out)(qor_stream* stream, int n, float* r, float a, float b);
 typedef int (*qor_d_out)(qor_stream* stream, int n, double* r, double a, double b);
@@ -82,14 +88,18 @@ extern int NumOffsets[512]; /* members of each family */
 
 /* Adds a generator: returns its identifier (positive), 0xD00000 for the first. Checked in this order: stateBytes < 0
    (-1008), wordBytes (-1009), seedWords < 1 (-1010), bitsPerWord < 1 (-1011), dOut, sOut, iOut, initStream null (-5),
-   registry full (-1012). A stream of the generator is a block of stateBytes bytes, 16 at least. */
+   registry full (-1012). A stream of the generator is a block of stateBytes bytes, 16 at least. A record stays for the
+   life of the process. */
 int __wxrRegisterBrng(const BrngRecord* record);
+/* Generators of the current table: 12 and those registered since. */
 int __wxrGetNumRegBrngs(void);
 /* Copies a generator's record: 0 or -1000. */
 int __wxrGetBrngProperties(int brng, BrngRecord* record);
-/* The table, entry and member that an identifier means; never fails. */
+/* The table, entry and member that an identifier means; never fails, and says nothing about whether it exists:
+   from 0x100000 the current table, entry (brng >> 20) - 1; 4 .. 276 the legacy table, entry 4, member brng - 4; any
+   other the legacy table, entry brng. */
 BrngRecord* __wxrGetBrngBaseOffset(int brng, int* entry, int* member);
-/* 0, or -1000 when there is no such generator. */
+/* 0, or -1000 when there is no such generator: entry or member negative or beyond the table's. */
 int __wxrIsBrngValid(const BrngRecord* table, int entry, int member);
 
 /* ---- streams ----------------------------------------------------------------------------------------------------- */
@@ -98,24 +108,29 @@ int __wxrIsBrngValid(const BrngRecord* table, int entry, int member);
    -1000: no such generator, or an abstract one (slot untouched); -4: no memory (slot null); otherwise what the engine's
    initialisation returns. When that fails the stream exists all the same and must be deleted. */
 int __wxrNewStreamEx(qor_stream** slot, int brng, int n, const unsigned* seeds);
-/* Allocates a stream without initialising its engine: 0, -1000, or -4 (slot null). */
+/* Allocates a stream without initialising its engine: 0, -1000 (slot untouched), or -4 (slot null). */
 int __wxrAllocateStream(qor_stream** slot, const BrngRecord* table, int brng, int entry, int member);
-/* A copy with its own chunks, in the same order; on -4 there is no copy and the slot is null. */
+/* A copy that continues the sequence where the source stands, with chunks of its own in the same order. 0; -1000: the
+   source's generator is unknown (slot untouched); -4: no memory, there is no copy and the slot is null. */
 int __wxrCopyStream(qor_stream** slot, const qor_stream* source);
 /* Copies the seedable state (wordBytes * seedWords bytes of the source's generator, never beyond either stream's own
-   state). -1005 when the generators differ; the bytes are copied even then. */
+   state). 0, or -1005 when the generators differ; the bytes are copied even then. Of the MCG engines it is the current
+   value, not the multiplier that leapfrogging sets. A stream and itself: 0, nothing happens. */
 int __wxrCopyStreamState(qor_stream* destination, const qor_stream* source);
-/* Makes the stream number k of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its sequence.
-   -1002 when the engine can't. */
+/* Makes the stream number k (from 0) of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its
+   sequence. Call it once, on streams that stand at the same place. -1002 when the engine can't. */
 int __wxrLeapfrogStream(qor_stream* stream, int k, int nstreams);
-/* Skips nskip elements of the sequence in a time that hardly depends on nskip. -1003 when the engine can't. */
+/* Skips nskip elements of the sequence (of the leapfrogged one after a leapfrog) in a time that hardly depends on
+   nskip; none when it is negative. -1003 when the engine can't. */
 int __wxrSkipAheadStream(qor_stream* stream, int nskip);
-/* Frees the stream and its chunks and sets the slot to null. */
+/* Frees the stream and its chunks and sets the slot to null. Returns 0. */
 int __wxrDeleteStream(qor_stream** slot);
+/* The identifier that the stream was created with. */
 int __wxrGetStreamStateBrng(const qor_stream* stream);
 
 /* Chunks. AddChunk gives `data` (from malloc) to the stream: 0 or -4, after which data is still the caller's.
-   SearchChunk finds the chunk added last under a key, null when there is none. */
+   SearchChunk returns the data of the chunk added last under a key, null when there is none; the stream keeps it.
+   DeleteChunks frees all chunks with their data and returns 0. size is the byte count of data, which copies rely on. */
 int __wxrAddChunk(qor_stream* stream, unsigned key, void* data, unsigned size);
 void* __wxrSearchChunk(const qor_stream* stream, unsigned key);
 int __wxrGetNumChunks(const qor_stream* stream);
@@ -123,17 +138,25 @@ int __wxrDeleteChunks(qor_stream* stream);
 
 /* ---- engines ----------------------------------------------------------------------------------------------------- */
 
-/* The functions that the predefined records hold; each checks nothing.
+/* The functions that the predefined records hold. Output returns 0 and checks nothing: for n < 1 the MCG engines and
+   MRG32K3A still store one element and go on by one; R250 and MT19937 do nothing. With w a raw word, a number is
+   w * ((b - a) * unit) + a in double precision with these roundings, in the single function rounded once more.
 
-   MCG31M1: x' = 1132489760 x mod 2^31 - 1 (P. L'Ecuyer, Math. Comp. 68, 1999). Leapfrogs and skips ahead.
-   R250: x[k] = x[k-250] xor x[k-103] (S. Kirkpatrick and E. Stoll, J. Comput. Phys. 40, 1981).
-   MRG32K3A: two recurrences of order three (P. L'Ecuyer, Operations Research 47, 1999). Skips ahead.
-   MCG59: x' = 13^13 x mod 2^59. Leapfrogs and skips ahead; raw words are 64 bits, low half first.
-   MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998). */
-#define QOR_ENGINE(tag)                                                                              \
-  int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params);     \
-  int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b);                        \
-  int __wxrdBRng##tag(qor_stream* stream, int n, double* r, double a, double b);                     \
+   - MCG31M1: x' = 1132489760 x mod 2^31 - 1 (P. L'Ecuyer, Math. Comp. 68, 1999). Words x in 1 .. 2^31 - 2, the first is
+     the seed modulo 2^31 - 1 (1 for 0 or none); unit 1/(2^31 - 1). Leapfrogs and skips ahead.
+   - R250: x[k] = x[k-250] xor x[k-103] (S. Kirkpatrick and E. Stoll, J. Comput. Phys. 40, 1981). Seeded with
+     x[0] .. x[249] when n >= 250, else filled from the first word (1 for 0 or none); the first element is x[250]. Words
+     of 32 bits, unit 2^-32.
+   - MRG32K3A: two recurrences of order three (P. L'Ecuyer, Operations Research 47, 1999). Seeded with up to six words,
+     three a recurrence, missing ones 1. Words 0 .. 2^32 - 210, unit 1/(2^32 - 209). Skips ahead.
+   - MCG59: x' = 13^13 x mod 2^59. Words x in 1 .. 2^59 - 1 of 64 bits, low half first; the first is the seed, of up to
+     two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead.
+   - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
+     (none: as by the one word 1). Words of 32 bits, unit 2^-32. */
+#define QOR_ENGINE(tag)                                                                          \
+  int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params); \
+  int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b);                    \
+  int __wxrdBRng##tag(qor_stream* stream, int n, double* r, double a, double b);                 \
   int __wxriBRng##tag(qor_stream* stream, int n, unsigned* r);
 QOR_ENGINE(MCG31M1)
 QOR_ENGINE(R250)
@@ -142,34 +165,39 @@ QOR_ENGINE(MCG59)
 QOR_ENGINE(MT19937)
 #undef QOR_ENGINE
 
-/* Modular powers, the arithmetic of leapfrog and skip-ahead. Matrices are by rows. */
-unsigned __wxriPowMod(unsigned a, int n, unsigned m);
-unsigned __wxriPowMod2P31M1(unsigned a, int n);
-unsigned long long __wxriPowMod2P59(unsigned low, unsigned high, int n);
+/* Modular powers, the arithmetic of leapfrog and skip-ahead. m > 0; exponents n below 1 give the identity; matrices are
+   nine words by rows; a result may be one of the arguments. */
+unsigned __wxriPowMod(unsigned a, int n, unsigned m);                    /* a^n mod m */
+unsigned __wxriPowMod2P31M1(unsigned a, int n);                          /* a^n mod 2^31 - 1, a below that */
+unsigned long long __wxriPowMod2P59(unsigned low, unsigned high, int n); /* (low + 2^32 high)^n mod 2^59 */
+/* v := A^n v mod m, A with the rows (0, 1, 0), (0, 0, 1), (row[2], row[1], row[0]). */
 void __wxriVect3PowMod(unsigned* v, const unsigned* row, unsigned m, int n);
-void __wxriMatr3x3PowMod(const unsigned* a, unsigned* result, unsigned m, int n);
-void __wxriMatr3x3MulMod(const unsigned* a, const unsigned* b, unsigned* result, unsigned m);
-void __wxriMatr3x3VectMulMod(const unsigned* a, const unsigned* v, unsigned* result, unsigned m);
+void __wxriMatr3x3PowMod(const unsigned* a, unsigned* result, unsigned m, int n);                 /* a^n */
+void __wxriMatr3x3MulMod(const unsigned* a, const unsigned* b, unsigned* result, unsigned m);     /* a b */
+void __wxriMatr3x3VectMulMod(const unsigned* a, const unsigned* v, unsigned* result, unsigned m); /* a v */
 
 /* ---- distributions ----------------------------------------------------------------------------------------------- */
 
 /* Bit of the method word: continuous uniform results are forced into [a, b]. */
 #define QOR_RNG_METHOD_ACCURATE 0x40000000u
 
-/* Uniform on [a, b): a + (b - a) u with u the engine's number. Rounding can deliver b itself, and with the accurate bit
-   nothing outside [a, b]. */
+/* Uniform on [a, b): a + (b - a) u with u the engine's number, as the engines' output functions tell. Rounding can
+   deliver b itself or a number beyond an end; with the accurate bit nothing outside [a, b]. Method 0, or that bit;
+   other bits are ignored. Returns the engine's status and checks nothing itself. */
 int _wxrdRngUniform(unsigned method, qor_stream* stream, int n, double* r, double a, double b);
 int _wxrsRngUniform(unsigned method, qor_stream* stream, int n, float* r, float a, float b);
-/* Integers uniform on a .. b - 1: floor of the double generator's numbers, 1024 at a time. n < 1 returns 0. */
+/* Integers uniform on a .. b - 1: floor of the double generator's numbers on [a, b), 1024 at a time. The method is
+   ignored. n < 1 returns 0 and leaves the stream alone. A negative status of the engine ends the work; the integers of
+   the blocks before stay stored. */
 int _wxriRngUniform(unsigned method, qor_stream* stream, int n, int* r, int a, int b);
-/* The engine's raw words; r has n * wordBytes bytes. */
+/* The engine's raw words and its status; r has room for n * wordBytes bytes. The method is ignored. */
 int _wxriRngUniformBits(unsigned method, qor_stream* stream, int n, unsigned* r);
 
 /* Gaussian of mean a and deviation sigma (G. E. P. Box and M. E. Muller, Ann. Math. Stat. 29, 1958).
    Method 0: sqrt(-2 ln u1) sin(2 pi u2), two uniform numbers a variate. Method 1: the sine and then the cosine of each
-   pair; an odd request leaves its pair's other half on the stream (chunk 2 in double, 1 in single precision) for the next
-   one. ln 0 counts as the logarithm of the smallest subnormal number, so that all results are finite.
-   Method 1: splits give the same sequence but for the last bits of halves that were kept. n < 1 returns 0. */
+   pair; an odd request leaves its pair's other half on the stream (chunk 2 in double, 1 in single precision) for the
+   next one. ln 0 counts as the logarithm of the smallest subnormal number, so that all results are finite. Method 1:
+   splits give the same sequence but for the last bits of halves that were kept. n < 1 returns 0. */
 #define QOR_RNG_GAUSSIAN_BOXMULLER 0
 #define QOR_RNG_GAUSSIAN_BOXMULLER2 1
 int _wxrdRngGaussian(int method, qor_stream* stream, int n, double* r, double a, double sigma);

@@ -1,4 +1,5 @@
-// The engines as the tests know them: each one's plain recurrence, a word at a time, and a row for every engine of the list.
+// The engines as the tests know them: each one's plain recurrence, a word at a time, and a row for every engine of the
+// list.
 #pragma once
 
 #include <algorithm>
@@ -150,8 +151,12 @@ struct EngineRow {
 };
 
 inline const std::vector<EngineRow>& engine_rows() {
-#define ENGINE_ROW(tag, engine, bytes, words, zero, width, ...)                   \
-  {#tag,  QOR_BRNG_##tag, plain::tag::unit, plain::tag::least, width,             \
+#define ENGINE_ROW(tag, engine, bytes, words, zero, width, ...) \
+  {#tag,                                                        \
+   QOR_BRNG_##tag,                                              \
+   plain::tag::unit,                                            \
+   plain::tag::least,                                           \
+   width,                                                       \
    [](const plain::Seeds& s) -> std::unique_ptr<plain::Sequence> { return std::make_unique<plain::tag>(s); }},
   static const std::vector<EngineRow> rows = {QOR_ENGINES(ENGINE_ROW)};
 #undef ENGINE_ROW
@@ -161,7 +166,8 @@ inline const std::vector<EngineRow>& engine_rows() {
 // A stream that deletes itself.
 class TestStream {
  public:
-  TestStream(int brng, const plain::Seeds& seeds) : status_(__wxrNewStreamEx(&s_, brng, int(seeds.size()), seeds.data())) {}
+  TestStream(int brng, const plain::Seeds& seeds)
+      : status_(__wxrNewStreamEx(&s_, brng, int(seeds.size()), seeds.data())) {}
   explicit TestStream(qor_stream* s) : s_(s) {}
   TestStream(const TestStream&) = delete;
   TestStream& operator=(const TestStream&) = delete;

@@ -39,7 +39,10 @@ void plain_draw(const EngineRow& e, plain::Sequence& seq, Kind kind, int n, char
     const std::uint64_t w = seq.next();
     const double d = kind == Kind::singles ? number(e, w, float(a), float(b)) : number(e, w, a, b);
     const float f = float(d);
-    std::memcpy(r, kind == Kind::words ? static_cast<const void*>(&w) : kind == Kind::doubles ? static_cast<const void*>(&d) : &f,
+    std::memcpy(r,
+                kind == Kind::words     ? static_cast<const void*>(&w)
+                : kind == Kind::doubles ? static_cast<const void*>(&d)
+                                        : &f,
                 element_bytes(e, kind));
   }
 }
@@ -47,7 +50,9 @@ void plain_draw(const EngineRow& e, plain::Sequence& seq, Kind kind, int n, char
 // Room that ends at a page without access.
 class GuardedRoom {
  public:
-  GuardedRoom() : base_(static_cast<char*>(mmap(nullptr, bytes + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+  GuardedRoom()
+      : base_(static_cast<char*>(
+            mmap(nullptr, bytes + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
     mprotect(base_ + bytes, page, PROT_NONE);
   }
   ~GuardedRoom() { munmap(base_, bytes + page); }
@@ -62,12 +67,14 @@ class GuardedRoom {
 };
 
 class Engines : public testing::TestWithParam<EngineRow> {};
-INSTANTIATE_TEST_SUITE_P(All, Engines, testing::ValuesIn(engine_rows()), [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(All, Engines, testing::ValuesIn(engine_rows()),
+                         [](const auto& row) { return row.param.name; });
 
 TEST_P(Engines, DeliverThePlainSequenceForEverySizeAndAlignmentAndLeaveThePlainState) {
   const EngineRow& e = GetParam();
   const GuardedRoom room;
-  std::vector<int> sizes = {127, 128, 129, 247, 250, 251, 353, 623, 624, 625, 1023, 1024, 1025, 1151, 1247, 1248, 1249, 3000, 6007};
+  std::vector<int> sizes = {127,  128,  129,  247,  250,  251,  353,  623,  624, 625,
+                            1023, 1024, 1025, 1151, 1247, 1248, 1249, 3000, 6007};
   for (int n = 0; n <= 70; ++n) sizes.push_back(n);
   const double intervals[][2] = {{0, 1}, {-3, 2.5}, {0, 4}, {1, 2}};
   for (const int n : sizes) {
@@ -87,9 +94,11 @@ TEST_P(Engines, DeliverThePlainSequenceForEverySizeAndAlignmentAndLeaveThePlainS
       char* const r = room.end() - shift - bytes;
       std::memset(room.begin(), 0x5A, GuardedRoom::bytes);
       ASSERT_EQ(draw(s, kind, n, r, a, b), 0);
-      ASSERT_EQ(std::memcmp(r, expected.data(), bytes), 0) << n << " elements of kind " << int(kind) << " after " << before;
+      ASSERT_EQ(std::memcmp(r, expected.data(), bytes), 0)
+          << n << " elements of kind " << int(kind) << " after " << before;
       ASSERT_EQ(s.state(), seq->state()) << n << " elements after " << before;
-      for (const char* c = r - 64; c != room.end(); c = c + 1 == r ? r + bytes : c + 1) ASSERT_EQ(*c, 0x5A) << n << " elements";
+      for (const char* c = r - 64; c != room.end(); c = c + 1 == r ? r + bytes : c + 1)
+        ASSERT_EQ(*c, 0x5A) << n << " elements";
     }
   }
 }
@@ -133,12 +142,14 @@ TEST_P(Engines, IgnoreTheCallersRoundingAndFlushToZero) {
 
 // R250's first word is the exclusive or of its words 0 and 147, so seeds can plant any word.
 TEST(Conversion, RoundsOnceForHalfwayAndExtremeWords) {
-  plain::Seeds planted = {0, 1, 2, 0xFFFF, 0x10000, 0xFFFFFFFF, 0xFFFFFF80, 0xFFFFFF7F, 0x7FFFFFFF, 0x80000000, 0x80000080,
-                          0x80000180, 0x01000001, 0x01000003, 0x01FFFFFF, 0x00FFFFFF, 0xFFFF0000, 0x00008000, 0x4000003F};
+  plain::Seeds planted = {0,          1,          2,          0xFFFF,     0x10000,    0xFFFFFFFF, 0xFFFFFF80,
+                          0xFFFFFF7F, 0x7FFFFFFF, 0x80000000, 0x80000080, 0x80000180, 0x01000001, 0x01000003,
+                          0x01FFFFFF, 0x00FFFFFF, 0xFFFF0000, 0x00008000, 0x4000003F};
   for (unsigned bit = 0; bit < 32; ++bit) planted.insert(planted.end(), {1u << bit, (3u << bit) + 1});
   plain::Seeds seeds(250);
   for (std::size_t i = 0; i < planted.size(); ++i) seeds[147 + i] = planted[i];
-  for (const auto& [a, b] : {std::pair{0.0, 1.0}, {0.0, 2.0}, {1.0, 2.0}, {-0.0, 1.0}, {1.0, 0.0}, {5.0, 5.0}, {-1e-30, 1e30}}) {
+  for (const auto& [a, b] :
+       {std::pair{0.0, 1.0}, {0.0, 2.0}, {1.0, 2.0}, {-0.0, 1.0}, {1.0, 0.0}, {5.0, 5.0}, {-1e-30, 1e30}}) {
     const TestStream s(QOR_BRNG_R250, seeds), t(QOR_BRNG_R250, seeds);
     double d[83];
     float f[83];
@@ -147,7 +158,8 @@ TEST(Conversion, RoundsOnceForHalfwayAndExtremeWords) {
     for (std::size_t i = 0; i < planted.size(); ++i) {
       const double low = float(a), width = double(float(b)) - low;
       EXPECT_EQ(d[i], planted[i] * ((b - a) * 0x1p-32) + a) << std::hex << planted[i] << " on " << a << ", " << b;
-      EXPECT_EQ(f[i], float(planted[i] * (width * 0x1p-32) + low)) << std::hex << planted[i] << " on " << a << ", " << b;
+      EXPECT_EQ(f[i], float(planted[i] * (width * 0x1p-32) + low))
+          << std::hex << planted[i] << " on " << a << ", " << b;
     }
   }
 }
@@ -164,7 +176,8 @@ TEST(KnownAnswers, OfTheDataFile) {
     plain::Seeds seeds;
     std::istringstream seed_list(seed_field == "-" ? "" : seed_field);
     while (std::getline(seed_list, seed, ',')) seeds.push_back(unsigned(std::stoul(seed, nullptr, 16)));
-    const auto e = std::find_if(engine_rows().begin(), engine_rows().end(), [&](const auto& row) { return row.name == name; });
+    const auto e =
+        std::find_if(engine_rows().begin(), engine_rows().end(), [&](const auto& row) { return row.name == name; });
     ASSERT_NE(e, engine_rows().end()) << line;
     const TestStream s(e->brng, seeds);
     const std::size_t width = std::size_t(e->word_bytes);
@@ -201,7 +214,8 @@ std::vector<std::uint64_t> words(const EngineRow& e, qor_stream* s, int n) {
   draw(s, Kind::words, n, raw.data(), 0, 1);
   std::vector<std::uint64_t> out(std::size_t(n), 0);
   for (std::size_t i = 0; i < out.size(); ++i) {
-    std::memcpy(&out[i], reinterpret_cast<const char*>(raw.data()) + i * std::size_t(e.word_bytes), std::size_t(e.word_bytes));
+    std::memcpy(&out[i], reinterpret_cast<const char*>(raw.data()) + i * std::size_t(e.word_bytes),
+                std::size_t(e.word_bytes));
   }
   return out;
 }
@@ -249,8 +263,11 @@ TEST(Initialisation, RefusesWhatAnEngineCannotDoAndLeavesItsState) {
     const char* name;
     int leapfrog, skip;
   };
-  for (const Refusal& r : {Refusal{"MCG31M1", 0, 0}, {"MCG59", 0, 0}, {"MRG32K3A", QOR_RNG_NO_LEAPFROG, 0},
-                           {"R250", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD}, {"MT19937", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD}}) {
+  for (const Refusal& r : {Refusal{"MCG31M1", 0, 0},
+                           {"MCG59", 0, 0},
+                           {"MRG32K3A", QOR_RNG_NO_LEAPFROG, 0},
+                           {"R250", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD},
+                           {"MT19937", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD}}) {
     const EngineRow& e = engine(r.name);
     const TestStream s(e.brng, usual_seeds);
     const auto before = s.state();

@@ -56,10 +56,18 @@ TEST(Registry, ResolvesIdentifiersOfBothNumberings) {
     const BrngRecord* table;
     int entry, member;
   };
-  for (const Case& c : {Case{0, __RegBrngs, 0, 0}, {3, __RegBrngs, 3, 0}, {4, __RegBrngs, 4, 0}, {276, __RegBrngs, 4, 272},
-                        {277, __RegBrngs, 277, 0}, {278, __RegBrngs, 278, 0}, {0xFFFFF, __RegBrngs, 0xFFFFF, 0},
-                        {0x100000, __RegBrngsNew, 0, 0}, {0x500110, __RegBrngsNew, 4, 272}, {0x9003FF, __RegBrngsNew, 8, 1023},
-                        {0x7FFFFFFF, __RegBrngsNew, 2046, 0xFFFFF}, {-1, __RegBrngs, -1, 0}}) {
+  for (const Case& c : {Case{0, __RegBrngs, 0, 0},
+                        {3, __RegBrngs, 3, 0},
+                        {4, __RegBrngs, 4, 0},
+                        {276, __RegBrngs, 4, 272},
+                        {277, __RegBrngs, 277, 0},
+                        {278, __RegBrngs, 278, 0},
+                        {0xFFFFF, __RegBrngs, 0xFFFFF, 0},
+                        {0x100000, __RegBrngsNew, 0, 0},
+                        {0x500110, __RegBrngsNew, 4, 272},
+                        {0x9003FF, __RegBrngsNew, 8, 1023},
+                        {0x7FFFFFFF, __RegBrngsNew, 2046, 0xFFFFF},
+                        {-1, __RegBrngs, -1, 0}}) {
     int entry, member;
     EXPECT_EQ(__wxrGetBrngBaseOffset(c.brng, &entry, &member), c.table) << c.brng;
     EXPECT_EQ(entry, c.entry) << c.brng;
@@ -68,7 +76,8 @@ TEST(Registry, ResolvesIdentifiersOfBothNumberings) {
 }
 
 TEST(Registry, KnowsWhichIdentifiersExist) {
-  for (const int brng : {0, 3, 4, 276, 277, 278, 0x100000, 0x500000, 0x500110, 0x800000, 0x900000, 0x9003FF, 0xC00000}) {
+  for (const int brng :
+       {0, 3, 4, 276, 277, 278, 0x100000, 0x500000, 0x500110, 0x800000, 0x900000, 0x9003FF, 0xC00000}) {
     EXPECT_EQ(resolved_validity(brng), 0) << std::hex << brng;
   }
   const int next = (__wxrGetNumRegBrngs() + 1) << 20;
@@ -87,12 +96,19 @@ TEST(Registry, HoldsThePredefinedRecordsInBothTables) {
   struct Row {
     int brng, legacy, values[5], members;
   };
-  for (const Row& row : {Row{0x100000, 0, {24, 1, 0, 4, 31}, 1}, {0x200000, 1, {1024, 252, 1, 4, 32}, 1},
-                         {0x300000, 2, {40, 6, 1, 4, 32}, 1}, {0x400000, 3, {32, 1, 0, 8, 59}, 1},
-                         {0x500000, 4, {48, 4, 1, 16, 24}, 273}, {0x500110, 276, {48, 4, 1, 16, 24}, 273},
-                         {0x600000, 277, {5472, 1324, 0, 4, 32}, 1}, {0x700000, 278, {43280, 10498, 0, 4, 32}, 1},
-                         {0x800000, -1, {2516, 625, 1, 4, 32}, 1}, {0x900000, -1, {308, 70, 1, 4, 32}, 1024},
-                         {0xA00000, -1, {36, 0, 1, 4, 32}, 1}, {0xB00000, -1, {52, 0, 1, 4, 32}, 1}, {0xC00000, -1, {44, 0, 1, 4, 32}, 1}}) {
+  for (const Row& row : {Row{0x100000, 0, {24, 1, 0, 4, 31}, 1},
+                         {0x200000, 1, {1024, 252, 1, 4, 32}, 1},
+                         {0x300000, 2, {40, 6, 1, 4, 32}, 1},
+                         {0x400000, 3, {32, 1, 0, 8, 59}, 1},
+                         {0x500000, 4, {48, 4, 1, 16, 24}, 273},
+                         {0x500110, 276, {48, 4, 1, 16, 24}, 273},
+                         {0x600000, 277, {5472, 1324, 0, 4, 32}, 1},
+                         {0x700000, 278, {43280, 10498, 0, 4, 32}, 1},
+                         {0x800000, -1, {2516, 625, 1, 4, 32}, 1},
+                         {0x900000, -1, {308, 70, 1, 4, 32}, 1024},
+                         {0xA00000, -1, {36, 0, 1, 4, 32}, 1},
+                         {0xB00000, -1, {52, 0, 1, 4, 32}, 1},
+                         {0xC00000, -1, {44, 0, 1, 4, 32}, 1}}) {
     BrngRecord r, old;
     ASSERT_EQ(__wxrGetBrngProperties(row.brng, &r), 0);
     const int values[] = {r.stateBytes, r.seedWords, r.zeroPossible, r.wordBytes, r.bitsPerWord};
@@ -127,7 +143,8 @@ TEST(Registry, AnswersForGeneratorsWithoutAnEngine) {
 }
 
 int seven(int, qor_stream* s, int, const unsigned*) {
-  if (BrngRecord r; __wxrGetBrngProperties(__wxrGetStreamStateBrng(s), &r) == 0 && r.stateBytes > 16) std::memset(&header(s) + 1, 7, 4);
+  if (BrngRecord r; __wxrGetBrngProperties(__wxrGetStreamStateBrng(s), &r) == 0 && r.stateBytes > 16)
+    std::memset(&header(s) + 1, 7, 4);
   return 7;
 }
 const BrngRecord registered = {24, 2, 0, 4, 32, seven, __wxrsBRngR250, __wxrdBRngR250, __wxriBRngR250};

@@ -43,9 +43,7 @@ VecU32 floor_words(const double* u) {
   const VecD low = simd::load<VecD>(u), high = simd::load<VecD>(u + simd::lanes<VecD>);
   const VecU32 t = simd::truncate(low, high);
   const VecD one = splat<VecD>(1);
-  const auto lowered = [&](VecD v, VecD whole) {
-    return v - simd::as<VecD>(simd::lt(v, whole) & simd::bits(one));
-  };
+  const auto lowered = [&](VecD v, VecD whole) { return v - simd::as<VecD>(simd::lt(v, whole) & simd::bits(one)); };
   return simd::truncate(lowered(low, simd::to_double_low(t)), lowered(high, simd::to_double_high(t)));
 }
 

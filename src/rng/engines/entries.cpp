@@ -13,19 +13,19 @@
 
 using namespace qor;
 
-#define QOR_ENGINE_ENTRIES(tag, Engine, bytes, ...)                                                          \
-  static_assert(sizeof(rng::Engine) + rng::header_bytes == bytes);                                           \
-  QOR_ENTRY int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params) {  \
-    return rng::Slots<rng::Engine>::init(method, stream, n, params);                                         \
-  }                                                                                                          \
-  QOR_ENTRY int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b) {                     \
-    return rng::Slots<rng::Engine>::singles(stream, n, r, a, b);                                             \
-  }                                                                                                          \
-  QOR_ENTRY int __wxrdBRng##tag(qor_stream* stream, int n, double* r, double a, double b) {                  \
-    return rng::Slots<rng::Engine>::doubles(stream, n, r, a, b);                                             \
-  }                                                                                                          \
-  QOR_ENTRY int __wxriBRng##tag(qor_stream* stream, int n, unsigned* r) {                                    \
-    return rng::Slots<rng::Engine>::words(stream, n, r);                                                     \
+#define QOR_ENGINE_ENTRIES(tag, Engine, bytes, ...)                                                         \
+  static_assert(sizeof(rng::Engine) + rng::header_bytes == bytes);                                          \
+  QOR_ENTRY int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params) { \
+    return rng::Slots<rng::Engine>::init(method, stream, n, params);                                        \
+  }                                                                                                         \
+  QOR_ENTRY int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b) {                    \
+    return rng::Slots<rng::Engine>::singles(stream, n, r, a, b);                                            \
+  }                                                                                                         \
+  QOR_ENTRY int __wxrdBRng##tag(qor_stream* stream, int n, double* r, double a, double b) {                 \
+    return rng::Slots<rng::Engine>::doubles(stream, n, r, a, b);                                            \
+  }                                                                                                         \
+  QOR_ENTRY int __wxriBRng##tag(qor_stream* stream, int n, unsigned* r) {                                   \
+    return rng::Slots<rng::Engine>::words(stream, n, r);                                                    \
   }
 QOR_ENGINES(QOR_ENGINE_ENTRIES)
 

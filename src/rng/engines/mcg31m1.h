@@ -49,7 +49,8 @@ struct Mcg31m1 {
       v[c] = times(v[c - 1], doubled(power));
     }
     const VecU32 round = doubled(numeric::pow_mod_m31(power, chains));
-    x = draw_chains(v, n, [](VecU32 w) { return w; }, [&](VecU32 w) { return times(w, round); }, sink);
+    x = draw_chains(
+        v, n, [](VecU32 w) { return w; }, [&](VecU32 w) { return times(w, round); }, sink);
   }
 
  private:

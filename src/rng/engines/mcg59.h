@@ -47,7 +47,8 @@ struct Mcg59 {
     for (int lane = 0; lane < lanes; ++lane, power *= mult) v[0][lane] = x * power << spare;
     for (int c = 1; c < chains; ++c) v[c] = times(v[c - 1], Factor(power));
     const Factor round(numeric::pow_mod_2_59(power, chains));
-    x = draw_chains(v, n, [](VecU64 w) { return w >> spare; }, [&](VecU64 w) { return times(w, round); }, sink);
+    x = draw_chains(
+        v, n, [](VecU64 w) { return w >> spare; }, [&](VecU64 w) { return times(w, round); }, sink);
   }
 
  private:

@@ -39,8 +39,8 @@ struct Second {
   static_assert(step[6] == 4293573854);
 };
 
-// The next residue, from words of 32 bits. The multiple of m keeps the difference positive; with 2^32 = excess mod m, two
-// folds bring it below 2^32 + 2^18.
+// The next residue, from words of 32 bits. The multiple of m keeps the difference positive; with 2^32 = excess mod m,
+// two folds bring it below 2^32 + 2^18.
 template <class R>
 QOR_INLINE std::uint32_t next(std::uint32_t near, std::uint32_t far) {
   constexpr std::uint64_t lift = (R::b + 8) * std::uint64_t{R::modulus};
@@ -59,8 +59,8 @@ QOR_INLINE VecD reduce(VecD u) {
   return u - quotient * splat<VecD>(double{R::modulus});
 }
 
-// The matrices of 0, L, 2L .. 7L steps side by side, a stretch a lane, their entries in halves of 16 bits: a product with
-// a word of 32 bits is exact, and so is the sum of three.
+// The matrices of 0, L, 2L .. 7L steps side by side, a stretch a lane, their entries in halves of 16 bits: a product
+// with a word of 32 bits is exact, and so is the sum of three.
 struct alignas(16) JumpTable {
   double low[9][stretches], high[9][stretches];
 };

@@ -89,7 +89,8 @@ struct Twister {
 
   VecU32 next_to(int k) const { return simd::load<VecU32>(mt + k + 1); }
 
-  // The next block in place, each vector of it given to out(k, words). Word k comes from the old words k and k + 1 and from word k + M: old below N, then new.
+  // The next block in place, each vector of it given to out(k, words). Word k comes from the old words k and k + 1 and
+  // from word k + M: old below N, then new.
   template <class Out>
   QOR_INLINE void regenerate(std::uint32_t matrix, Out out) {
     const VecU32 a = splat<VecU32>(matrix);

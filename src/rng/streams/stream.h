@@ -1,5 +1,5 @@
-// A stream: one heap block, a header of 16 bytes with the engine's state behind it. Which engine, and how long the block
-// is, says the registry's record of `brng`, looked up anew on every call: a stream stays a plain block of bytes.
+// A stream: one heap block, a header of 16 bytes with the engine's state behind it. Which engine, and how long the
+// block is, says the registry's record of `brng`, looked up anew on every call: a stream stays a plain block of bytes.
 #pragma once
 
 #include <cstdint>
