@@ -57,8 +57,8 @@ typedef struct qor_stream qor_stream;
 
 /* The functions of an engine, as a registered generator must provide them.
    - Initialisation: method 0 seeds from n 32-bit words at params (n may be 0); method 1 leapfrogs, n streams of which
-     this one is number *(const int*)params; method 2 skips n elements, params null. Any other method: -2. An engine
-   that can't leapfrog or skip returns -1002 or -1003 and leaves its state alone.
+     this one is number *(const int*)params; method 2 skips n elements, params null. Any other method: -2. One that
+     can't leapfrog or skip returns -1002 or -1003 and leaves its state alone.
    - Output: n elements uniform on [a, b), or n raw words of wordBytes each. Returns a status, negative on failure.
 
    A stream's header is 16 bytes, with the identifier in its first four; an engine's own state follows it. */
