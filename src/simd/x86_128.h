@@ -18,7 +18,7 @@ QOR_INLINE unsigned lanes_set(V mask) {
 }
 
 template <class V>
-inline constexpr unsigned all_lanes = (1u << lanes<V>)-1;
+inline constexpr unsigned all_lanes = ~(~0u << lanes<V>);
 
 QOR_INLINE VecD sqrt(VecD v) { return as<VecD>(_mm_sqrt_pd(as<__m128d>(v))); }
 QOR_INLINE VecF sqrt(VecF v) { return as<VecF>(_mm_sqrt_ps(as<__m128>(v))); }

@@ -23,6 +23,8 @@ template <Accuracy A>
 struct Ln {
   static constexpr int results = 1;
   static constexpr double filler = 1;
+  template <class T>
+  static constexpr double bound = A == Accuracy::low && sizeof(T) == 8 ? 3.1 : default_bound<T>(A);
 
   QOR_INLINE static void fast(simd::VecD x, const double* at, simd::VecD* y, simd::VecU64& usual) {
     usual = numeric::normal_range(x);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "base/errno_guard.h"
+#include "numeric/mxcsr.h"
 #include "tfn/mode.h"
 
 namespace qor::tfn {
@@ -77,6 +78,8 @@ void report(int code, int index, const T* a, const T* b, T* y, T* z, const char*
   set_status(code);
   if ((mode() & TFN_ERR_MASK) == ignore_field) return;
 
+  // The caller's control register is for the callback and the handlers; copying values must not trap.
+  numeric::MxcsrGuard guard;
   TfnErrorContext context;
   context.code = code;
   context.index = index;
@@ -96,9 +99,13 @@ void report(int code, int index, const T* a, const T* b, T* y, T* z, const char*
 
   // The mode is read anew each time: a callback may change it.
   if ((mode() & callback_field) != 0) {
-    if (const TfnErrorCallBack call = callback(); call != nullptr && call(&context) != 0) return;
+    if (const TfnErrorCallBack call = callback(); call != nullptr) {
+      int answer;
+      guard.outside([&] { answer = call(&context); });
+      if (answer != 0) return;
+    }
   }
-  if ((mode() & handler_field) != 0) standard_handler(&context);
+  if ((mode() & handler_field) != 0) guard.outside([&] { standard_handler(&context); });
   if (has_values(code)) {
     z[index] = static_cast<T>(context.res2);
     y[index] = static_cast<T>(context.res1);

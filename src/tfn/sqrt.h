@@ -36,6 +36,8 @@ template <Accuracy A>
 struct Sqrt {
   static constexpr int results = 1;
   static constexpr double filler = 1;
+  template <class T>
+  static constexpr double bound = A == Accuracy::low && sizeof(T) == 8 ? 2.0 : 0.5;
 
   QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;

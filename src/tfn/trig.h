@@ -149,23 +149,25 @@ struct Trig {
     const VecF least = x * 0x1p-14f, least2 = least * least;
     VecF r2;
     usual = ~VecU32{};
+    VecU32 good[results];
     if constexpr (has_sine) {
       y[sine_at] = single_low_part<true>(x, r2);
-      usual &= lt(least2, r2);
+      good[sine_at] = lt(least2, r2);
     }
     if constexpr (has_cosine) {
       y[cosine_at] = single_low_part<false>(abs(x), r2);
-      usual &= lt(least2, r2);
+      good[cosine_at] = lt(least2, r2);
     }
-    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]]
-      replace_by_high(x, y, usual);
+    usual = good[0] & good[results - 1];
+    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]] replace_by_high(x, y, good, usual);
   }
-  // The lanes that are not usual, by the high accuracy.
-  QOR_COLD static void replace_by_high(const simd::VecF& x, simd::VecF* y, simd::VecU32& usual) {
+  // The outputs that are not good, by the high accuracy.
+  QOR_COLD static void replace_by_high(const simd::VecF& x, simd::VecF* y, const simd::VecU32* good,
+                                       simd::VecU32& usual) {
     simd::VecF better[results];
     simd::VecU32 better_usual;
     single_high(x, better, better_usual);
-    for (int i = 0; i < results; ++i) y[i] = simd::select(usual, y[i], better[i]);
+    for (int i = 0; i < results; ++i) y[i] = simd::select(good[i], y[i], better[i]);
     usual |= better_usual;
   }
 
@@ -249,6 +251,8 @@ struct TrigKernel {
   using Core = Trig<W>;
   static constexpr int results = Core::results;
   static constexpr double filler = 1;
+  template <class T>
+  static constexpr double bound = default_bound<T>(A);
 
   QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
     Core::template reduce_and_combine<A>(x, y, usual);
@@ -264,11 +268,32 @@ struct TrigKernel {
   static int element(float x, float* y) { return Core::single_element(x, y); }
 };
 
+// Both outputs are those of the kernels above: an element that is unusual for the one may be usual for the other.
+template <Accuracy A>
+struct SinCos : TrigKernel<Wanted::both, A> {
+  template <class T>
+  static int element(T x, T* y) {
+    const int status = one_output<TrigKernel<Wanted::sine, A>>(x, y);
+    one_output<TrigKernel<Wanted::cosine, A>>(x, y + 1);
+    return status;
+  }
+
+ private:
+  template <class Kernel, class T>
+  static int one_output(T x, T* y) {
+    using V = simd::Vec<T>;
+    V v;
+    simd::Bits<V> usual;
+    Kernel::fast(simd::splat<V>(x), nullptr, &v, usual);
+    if (simd::lanes_set(usual) == 0) return Kernel::element(x, y);
+    *y = v[0];
+    return TFN_STATUS_OK;
+  }
+};
+
 template <Accuracy A>
 using Sin = TrigKernel<Wanted::sine, A>;
 template <Accuracy A>
 using Cos = TrigKernel<Wanted::cosine, A>;
-template <Accuracy A>
-using SinCos = TrigKernel<Wanted::both, A>;
 
 }  // namespace qor::tfn
