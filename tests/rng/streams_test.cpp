@@ -5,32 +5,7 @@
 #include <cstdlib>
 
 #include "rng/engines.h"
-
-#if !defined(__SANITIZE_ADDRESS__)
-#define COUNTS_ALLOCATIONS 1
-extern "C" void* __libc_malloc(std::size_t);
-extern "C" void __libc_free(void*);
-namespace {
-int until_failure = -1;  // allocations that still succeed; -1: all
-int live_blocks = 0;
-}  // namespace
-extern "C" void* malloc(std::size_t n) {
-  if (until_failure >= 0 && until_failure-- == 0) {
-    until_failure = 0;
-    errno = ENOMEM;
-    return nullptr;
-  }
-  void* p = __libc_malloc(n);
-  live_blocks += p != nullptr;
-  return p;
-}
-extern "C" void free(void* p) {
-  live_blocks -= p != nullptr;
-  __libc_free(p);
-}
-#else
-extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
-#endif
+#include "support/allocations.h"
 
 namespace {
 

@@ -2,3 +2,4 @@
 qor_test(rng_engines_test SOURCES rng/engines_test.cpp)
 qor_test(rng_streams_test SOURCES rng/streams_test.cpp)
 qor_test(rng_uniform_test SOURCES rng/uniform_test.cpp)
+qor_test(rng_gaussian_test SOURCES rng/gaussian_test.cpp)
