@@ -1,0 +1,45 @@
+// Gaussian variates of mean 0 and deviation 1 from MT19937, 10000 a call.
+#include <cstring>
+#include <string>
+
+#include "harness.h"
+#include "qor/rng.h"
+
+namespace bench {
+namespace {
+
+void draw(qor_stream* s, int method, int n, double* r) { _wxrdRngGaussian(method, s, n, r, 0, 1); }
+void draw(qor_stream* s, int method, int n, float* r) { _wxrsRngGaussian(method, s, n, r, 0, 1); }
+
+struct Target {
+  const char* opponent;
+  double ratio;
+};
+
+template <class T>
+void add(std::vector<Work>& works, int method, const char* precision, const std::vector<Target>& targets) {
+  const std::string name = method == 0 ? "Gaussian 0" : "Gaussian 1";
+  Work work{"distributions", name + " " + precision, 10000, {}, {}};
+  const auto ours = [method, stream = static_cast<qor_stream*>(nullptr)](int n) mutable {
+    if (stream == nullptr) __wxrNewStreamEx(&stream, QOR_BRNG_MT19937, 0, nullptr);
+    draw(stream, method, n, output<T>());
+  };
+  work.contenders.push_back({"qor", 0, true, ours});
+  for (const DrawPeer<T>& peer : draw_peers<T>()) {
+    if (peer.work != name && std::strcmp(peer.work, "Gaussian") != 0) continue;
+    work.contenders.push_back({peer.name, 0, false, [peer](int n) { peer.run(n, output<T>()); }});
+  }
+  for (const Target& t : targets) work.claims.push_back({work.name, "qor", {t.opponent}, no_limit, t.ratio, ""});
+  work.claims.push_back({work.name, "qor", {}, no_limit, 0, "all"});
+  works.push_back(work);
+}
+
+}  // namespace
+
+void add_distribution_rows(std::vector<Work>& works) {
+  add<double>(works, 0, "double", {{"boost ziggurat", 0.7}, {"std", 4}});
+  add<double>(works, 1, "double", {{"boost ziggurat", 1.1}, {"std", 4}});
+  for (const int method : {0, 1}) add<float>(works, method, "single", {{"dSFMT + sleef u35", 1.2}});
+}
+
+}  // namespace bench
