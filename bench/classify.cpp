@@ -115,7 +115,7 @@ bool classify(const std::string& filter, const char* precision) {
     }
     const std::vector<Worst> worst = worst_of<T>(range, peers);
     for (std::size_t p = 0; p < peers.size(); ++p) {
-      const bool same = class_of(worst[p].ulp) == class_of(peers[p].ulp) && worst[p].ulp <= peers[p].ulp;
+      const bool same = class_of(worst[p].ulp) == class_of(peers[p].ulp) && worst[p].ulp <= peers[p].ulp + 1e-3;
       right = right && same;
       char ulp[40], at[40], stated[40];
       std::snprintf(ulp, sizeof ulp, "%.4g", worst[p].ulp);
