@@ -1,5 +1,6 @@
 // qor_bench: the library against its peers, as ratios of interleaved rounds. See --help.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -71,6 +72,10 @@ Options parse(int argc, char** argv) {
   return o;
 }
 
+std::regex compiled(const std::string& filter) try { return std::regex(filter); } catch (const std::regex_error&) {
+  fail(filter + " is no regular expression");
+}
+
 std::string number(double x, int decimals) {
   char text[40];
   std::snprintf(text, sizeof text, "%.*f", decimals, x);
@@ -121,7 +126,7 @@ std::string verdict(double ratio, double target) {
 }
 
 void print_claims(const std::vector<Measured>& all, bool markdown) {
-  Table table({"work", "ours ns", "best opponent", "its ns", "ratio min", "ratio median", "target", "met", ""},
+  Table table({"work", "ours ns", "best opponent", "its ns", "ratio min", "ratio median", "target", "met", "note"},
               markdown);
   for (const Measured& m : all) {
     for (const Claim& claim : m.work.claims) {
@@ -205,7 +210,7 @@ int main(int argc, char** argv) {
   add_math_rows(works);
   add_distribution_rows(works);
   add_limit_rows(works);
-  const std::regex filter(o.filter);
+  const std::regex filter = compiled(o.filter);
   for (Work& work : works) {
     if (!std::regex_search(work.group, filter) && !std::regex_search(work.name, filter)) continue;
     if (o.only_opponents) std::erase_if(work.contenders, [](const Contender& c) { return c.ours; });
@@ -224,12 +229,13 @@ int main(int argc, char** argv) {
   char* program[] = {argv[0], nullptr};
   int one = 1;
   benchmark::Initialize(&one, program);
+  const bool terminal = isatty(2) != 0;
   std::vector<Measured> all;
   for (const Work& work : chosen) {
-    std::fprintf(stderr, "\r%-40s", work.name.c_str());
+    if (terminal) std::fprintf(stderr, "\r%-40s", work.name.c_str());
     if (work.check && !o.only_opponents) {
       if (const std::string complaint = work.check(); !complaint.empty()) {
-        std::fprintf(stderr, "\r%s: %s\n", work.name.c_str(), complaint.c_str());
+        std::fprintf(stderr, "%s: %s\n", work.name.c_str(), complaint.c_str());
       }
     }
     Measured m{work, measure(work.contenders, work.elements, o.rounds), {}, {}};
@@ -243,7 +249,7 @@ int main(int argc, char** argv) {
     }
     all.push_back(std::move(m));
   }
-  std::fprintf(stderr, "\r%-40s\r", "");
+  if (terminal) std::fprintf(stderr, "\r%-40s\r", "");
 
   std::printf("%s, 32-bit code, g++ %s, %d rounds; ns per element.\n", processor().c_str(), __VERSION__, o.rounds);
   if (std::strlen(QOR_BENCH_MISSING) != 0) std::printf("Left out, not installed: %s.\n", QOR_BENCH_MISSING);
