@@ -1,4 +1,5 @@
 // Gaussian variates of mean 0 and deviation 1 from MT19937, 10000 a call.
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -12,14 +13,16 @@ namespace {
 void draw(qor_stream* s, int method, int n, double* r) { _wxrdRngGaussian(method, s, n, r, 0, 1); }
 void draw(qor_stream* s, int method, int n, float* r) { _wxrsRngGaussian(method, s, n, r, 0, 1); }
 
-// An opponent whose numbers aren't standard normal would be none: mean, deviation and fourth moment of a million.
+// A contender whose numbers aren't standard normal would be none: mean, deviation and fourth moment of a million. The
+// output starts as zeros, so that one that writes nothing is noticed too.
 template <class T>
-std::string check(const std::vector<DrawPeer<T>>& peers) {
-  for (const DrawPeer<T>& peer : peers) {
+std::string check(const std::vector<Contender>& contenders) {
+  for (const Contender& contender : contenders) {
     double first = 0, second = 0, fourth = 0;
     constexpr int n = 10000, calls = 100;
+    std::fill_n(output<T>(), n, T(0));
     for (int k = 0; k < calls; ++k) {
-      peer.run(n, output<T>());
+      contender.call(n);
       for (int i = 0; i < n; ++i) {
         const double x = output<T>()[i];
         first += x, second += x * x, fourth += x * x * x * x;
@@ -28,7 +31,7 @@ std::string check(const std::vector<DrawPeer<T>>& peers) {
     constexpr double count = 1.0 * n * calls;  // tolerances: six deviations
     if (!(std::abs(first / count) < 0.006 && std::abs(second / count - 1) < 0.0085 &&
           std::abs(fourth / count - 3) < 0.06)) {
-      return std::string(peer.name) + " makes no standard normal numbers";
+      return contender.name + " makes no standard normal numbers";
     }
   }
   return {};
@@ -48,15 +51,13 @@ void add(std::vector<Work>& works, int method, const char* precision, const std:
     draw(stream, method, n, output<T>());
   };
   work.contenders.push_back({"qor", 0, true, ours});
-  std::vector<DrawPeer<T>> peers;
   for (const DrawPeer<T>& peer : draw_peers<T>()) {
     if (peer.work != name && std::strcmp(peer.work, "Gaussian") != 0) continue;
-    peers.push_back(peer);
     work.contenders.push_back({peer.name, 0, false, [peer](int n) { peer.run(n, output<T>()); }});
   }
   for (const Target& t : targets) work.claims.push_back({work.name, "qor", {t.opponent}, no_limit, t.ratio, ""});
   work.claims.push_back({work.name, "qor", {}, no_limit, 0, "all"});
-  work.check = [peers] { return check<T>(peers); };
+  work.check = [all = work.contenders] { return check<T>(all); };
   works.push_back(work);
 }
 
