@@ -37,7 +37,7 @@ struct Work {
   int elements = 1000;
   std::vector<Contender> contenders;
   std::vector<Claim> claims;
-  std::function<std::string()> check = nullptr;  // run once before the timing; returns a complaint or nothing
+  std::function<std::string()> check = nullptr;  // run once before the timing; a complaint makes the row void
 };
 
 inline constexpr int small_size = 8, large_size = 100000;

@@ -24,7 +24,8 @@ FILTER is a regular expression that the work's group or name contains: streams, 
 
   ratio min     the opponent's fastest round / our fastest round; above 1 the library is faster
   ratio median  the median of the rounds' own ratios
-  met           is ratio min at least the target? 'tie' is 0.95 up to a target of 1
+  met           is ratio min at least the target? 'tie' is 0.95 up to a target of 1; 'void': a contender's numbers
+                are wrong, and the exit status is 1
 
   --full            also the library's times at 8 and at 100000 elements a call
   --markdown        tables for the documentation
@@ -98,6 +99,7 @@ bool eligible(const Claim& claim, const Contender& c) {
 
 struct Measured {
   Work work;
+  std::string complaint;      // what the check found
   Times times, small, large;  // small and large: ours alone
 };
 
@@ -144,7 +146,7 @@ void print_claims(const std::vector<Measured>& all, bool markdown) {
           const double ratio = minimum(theirs) / minimum(mine);
           row[4] = number(ratio, 2);
           row[5] = number(median(ratios(theirs, mine)), 2);
-          row[7] = verdict(ratio, claim.target);
+          row[7] = m.complaint.empty() ? verdict(ratio, claim.target) : "void";
         }
       }
       table.add(row);
@@ -233,12 +235,8 @@ int main(int argc, char** argv) {
   std::vector<Measured> all;
   for (const Work& work : chosen) {
     if (terminal) std::fprintf(stderr, "\r%-40s", work.name.c_str());
-    if (work.check && !o.only_opponents) {
-      if (const std::string complaint = work.check(); !complaint.empty()) {
-        std::fprintf(stderr, "%s: %s\n", work.name.c_str(), complaint.c_str());
-      }
-    }
-    Measured m{work, measure(work.contenders, work.elements, o.rounds), {}, {}};
+    const std::string complaint = work.check && !o.only_opponents ? work.check() : "";
+    Measured m{work, complaint, measure(work.contenders, work.elements, o.rounds), {}, {}};
     if (o.full) {
       std::vector<Contender> ours;
       for (const Contender& c : work.contenders) {
@@ -261,5 +259,10 @@ int main(int argc, char** argv) {
     if (o.full) print_sizes(all, o.markdown);
   }
   print_contenders(all, o.markdown);
-  return 0;
+  bool sound = true;
+  for (const Measured& m : all) {
+    if (!m.complaint.empty()) std::printf("%s is void: %s.\n", m.work.name.c_str(), m.complaint.c_str());
+    sound = sound && m.complaint.empty();
+  }
+  return sound ? 0 : 1;
 }

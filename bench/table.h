@@ -24,6 +24,7 @@ class Table {
         line += (i != 0 ? between : "") + cell;
         if (markdown_ || i + 1 < rows_[r].size()) line.append(width[i] - cell.size(), ' ');
       }
+      if (!markdown_) line.erase(line.find_last_not_of(' ') + 1);
       std::printf("%s%s\n", line.c_str(), markdown_ ? " |" : "");
       if (r == 0 && markdown_) {
         for (const std::size_t w : width) std::printf("|%s", std::string(w + 2, '-').c_str());
