@@ -56,6 +56,9 @@ void add(std::vector<Work>& works, int method, const char* precision, const std:
     work.contenders.push_back({peer.name, 0, false, [peer](int n) { peer.run(n, output<T>()); }});
   }
   for (const Target& t : targets) work.claims.push_back({work.name, "qor", {t.opponent}, no_limit, t.ratio, ""});
+  if (method == 0) {
+    work.claims.push_back({work.name, "qor", {"dSFMT + sleef u35, sines only"}, no_limit, 0, "the same method"});
+  }
   work.claims.push_back({work.name, "qor", {}, no_limit, 0, "all"});
   work.check = [all = work.contenders] { return check<T>(all); };
   works.push_back(work);

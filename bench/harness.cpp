@@ -47,6 +47,7 @@ std::int64_t calls_per_slot(const Contender& contender, int elements) {
 // Each pass over the registered benchmarks runs each of them once, in order: a round.
 Times measure(const std::vector<Contender>& contenders, int elements, int rounds) {
   Times times(contenders.size());
+  if (contenders.empty()) return times;
   benchmark::ClearRegisteredBenchmarks();
   for (std::size_t i = 0; i < contenders.size(); ++i) {
     const Contender& contender = contenders[i];
