@@ -81,7 +81,7 @@ std::vector<Worst> worst_of(const Range& range, const std::vector<MathPeer<T>>& 
   std::vector<Worst> worst(peers.size());
   for (int b = 0; b < blocks; ++b) {
     const std::vector<T> x = block<T>(range, b);
-    static Buffer<T> in;
+    static Buffer<T, at_inputs> in;
     std::copy(x.begin(), x.end(), in.data);
     std::vector<wide<T>> want, want2;
     for (const T v : x) want.push_back(exact<T>(range.function, v, false));

@@ -101,9 +101,13 @@ struct Add {
 
 // ---- rows -----------------------------------------------------------------------------------------------------------
 
-// Every array of the benchmarks starts at a multiple of 64 and holds large_size elements at least.
-template <class T>
-struct alignas(64) Buffer {
+// Every array of the benchmarks holds large_size elements at least and starts at a fixed place within its page, inputs
+// half a page away from outputs: a load that seems to overlap an earlier store, for having the same low 12 bits of
+// address, waits for it, and that must not depend on where the arrays happen to be.
+inline constexpr int at_outputs = 0, at_second_outputs = 1024, at_inputs = 2048;
+template <class T, int Place>
+struct alignas(4096) Buffer {
+  alignas(64) char skipped[Place + 64];
   T data[large_size + 64];
 };
 template <class T>

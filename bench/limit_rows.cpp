@@ -11,7 +11,7 @@ constexpr int elements = 1000;
 
 template <class T>
 const T* ones() {
-  static Buffer<T> buffer;
+  static Buffer<T, at_inputs> buffer;
   for (T& x : buffer.data) x = T(1.5);
   return buffer.data;
 }

@@ -75,7 +75,7 @@ const Ours<float> single_functions[] = {
 template <class T>
 const T* arguments(const Range& range) {
   std::mt19937 random(1);
-  auto* buffer = new Buffer<T>;  // lives as long as the program
+  auto* buffer = new Buffer<T, at_inputs>;  // lives as long as the program
   for (T& x : buffer->data) x = sample<T>(range, random() * 0x1p-32);
   return buffer->data;
 }

@@ -19,7 +19,7 @@ dsfmt_t* state() {
   return &s;
 }
 const double* uniforms(int n) {
-  static Buffer<double> b;
+  static Buffer<double, at_inputs> b;
   dsfmt_fill_array_close_open(state(), b.data, n);
   return b.data;
 }
@@ -27,7 +27,7 @@ const double* uniforms(int n) {
 // A word is the low half of a number of [1, 2), as the generator's own integer output has it.
 template <class Word>
 void words(int n, Word* r) {
-  static Buffer<double> b;
+  static Buffer<double, at_inputs> b;
   for (int i = 0; i < n; i += block) {
     const int m = n - i < block ? n - i : block;
     dsfmt_fill_array_close1_open2(state(), b.data, block);
@@ -38,7 +38,7 @@ void words(int n, Word* r) {
 }
 // 64-bit words: the 52 bits that the generator has, and no more.
 void wide_words(int n, std::uint64_t* r) {
-  static Buffer<double> b;
+  static Buffer<double, at_inputs> b;
   dsfmt_fill_array_close1_open2(state(), b.data, n);
   std::memcpy(r, b.data, static_cast<std::size_t>(n) * 8);
 }
