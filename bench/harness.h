@@ -1,0 +1,136 @@
+// The benchmark harness. A work item is one job that several contenders do on the same data: the library's functions
+// and its opponents. All contenders of an item take turns, one short slot each, for many rounds in one process, so that
+// whatever else the machine does falls on all of them alike; only ratios of such rounds mean anything.
+//
+// Rows are added by add_*_rows(); opponents add themselves to the lists of peers below when their file is compiled in.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+constexpr double no_limit = 1e300;
+
+// One implementation. call(n) does the job once on n elements; for opponents n is a multiple of 8. Its largest error in
+// ulp is a measured constant where a comparison is made within a class of accuracy, otherwise 0.
+struct Contender {
+  std::string name;
+  double ulp = 0;
+  bool ours = false;
+  std::function<void(int n)> call;
+};
+
+// One row of the table: one of our functions against the fastest of the opponents that are named (all, when none is)
+// and whose error is within max_ulp. A target of 0 means that none is set.
+struct Claim {
+  std::string label, ours;
+  std::vector<std::string> against;
+  double max_ulp = no_limit, target = 0;
+  std::string note;
+};
+
+struct Work {
+  std::string group, name;
+  int elements = 1000;
+  std::vector<Contender> contenders;
+  std::vector<Claim> claims;
+  std::function<std::string()> check = nullptr;  // run once before the timing; a complaint makes the row void
+};
+
+inline constexpr int small_size = 8, large_size = 100000;
+
+// Nanoseconds per element of each contender, by round.
+using Times = std::vector<std::vector<double>>;
+Times measure(const std::vector<Contender>& contenders, int elements, int rounds);
+
+double minimum(const std::vector<double>& v);
+double median(std::vector<double> v);
+std::vector<double> ratios(const std::vector<double>& a, const std::vector<double>& b);
+
+// ---- opponents ------------------------------------------------------------------------------------------------------
+
+// A function of vector mathematics; r2 is SinCos's second output. ulp: the largest error that --classify has found on
+// the function's range, rounded up.
+template <class T>
+struct MathPeer {
+  const char *function, *name;
+  double ulp;
+  void (*run)(int n, const T* a, T* r, T* r2);
+};
+// A source of random numbers, T = std::uint32_t and std::uint64_t being words. work is "uniform" for one that serves
+// every engine's row, an engine's name for one that makes that engine's numbers (same_sequence: the very same ones,
+// from a stream with no seed), or "Gaussian", "Gaussian 0", "Gaussian 1".
+template <class T>
+struct DrawPeer {
+  const char *work, *name;
+  bool same_sequence;
+  void (*run)(int n, T* r);
+};
+
+template <class T>
+std::vector<MathPeer<T>>& math_peers() {
+  static std::vector<MathPeer<T>> list;
+  return list;
+}
+template <class T>
+std::vector<DrawPeer<T>>& draw_peers() {
+  static std::vector<DrawPeer<T>> list;
+  return list;
+}
+
+// At namespace scope: const Add here{MathPeer<double>{...}, ...}.
+struct Add {
+  template <class... Peer>
+  explicit Add(Peer... peers) {
+    (add(peers), ...);
+  }
+
+ private:
+  template <class T>
+  static void add(const MathPeer<T>& p) {
+    math_peers<T>().push_back(p);
+  }
+  template <class T>
+  static void add(const DrawPeer<T>& p) {
+    draw_peers<T>().push_back(p);
+  }
+};
+
+// ---- rows -----------------------------------------------------------------------------------------------------------
+
+// Every array of the benchmarks holds large_size elements at least and starts at a fixed place within its page, inputs
+// half a page away from outputs: a load that seems to overlap an earlier store, for having the same low 12 bits of
+// address, waits for it, and that must not depend on where the arrays happen to be.
+inline constexpr int at_outputs = 0, at_second_outputs = 1024, at_inputs = 2048;
+template <class T, int Place>
+struct alignas(4096) Buffer {
+  alignas(64) char skipped[Place + 64];
+  T data[large_size + 64];
+};
+template <class T>
+T* output();  // where contenders write
+template <class T>
+T* second_output();
+
+struct Range {
+  const char* function;
+  double from, to;
+  enum Spacing { even, logarithmic, both_signs } spacing;  // both_signs: logarithmic, either sign
+};
+extern const std::vector<Range> math_ranges;
+template <class T>
+T sample(const Range& range, double u);  // u in [0, 1)
+
+void add_rng_rows(std::vector<Work>& works);
+void add_math_rows(std::vector<Work>& works);
+void add_distribution_rows(std::vector<Work>& works);
+void add_limit_rows(std::vector<Work>& works);
+
+// Measures the largest error of every peer whose item's name contains filter and prints it beside the stated constant.
+// Returns false when a peer isn't in the class that its constant puts it in.
+bool classify(const std::string& filter);
+
+}  // namespace bench

@@ -1,0 +1,134 @@
+// What anyone would write: the C library in a loop, and each engine's recurrence in a loop, an element at a time.
+#include <cmath>
+#include <cstdint>
+
+#include "harness.h"
+
+namespace bench {
+namespace {
+
+// ---- the C library ----
+
+template <class T>
+void ln(int n, const T* a, T* r, T*) {
+  for (int i = 0; i < n; ++i) r[i] = std::log(a[i]);
+}
+template <class T>
+void square_root(int n, const T* a, T* r, T*) {
+  for (int i = 0; i < n; ++i) r[i] = std::sqrt(a[i]);
+}
+template <class T>
+void sine(int n, const T* a, T* r, T*) {
+  for (int i = 0; i < n; ++i) r[i] = std::sin(a[i]);
+}
+template <class T>
+void cosine(int n, const T* a, T* r, T*) {
+  for (int i = 0; i < n; ++i) r[i] = std::cos(a[i]);
+}
+void sine_and_cosine(int n, const double* a, double* r, double* r2) {
+  for (int i = 0; i < n; ++i) sincos(a[i], r + i, r2 + i);
+}
+void sine_and_cosine(int n, const float* a, float* r, float* r2) {
+  for (int i = 0; i < n; ++i) sincosf(a[i], r + i, r2 + i);
+}
+template <class T>
+void add_functions() {
+  const char* const name = "C loop";
+  using P = MathPeer<T>;
+  Add{P{"Ln", name, 0.85, ln<T>},     P{"Sqrt", name, 0.5, square_root<T>},    P{"Sin", name, 0.6, sine<T>},
+      P{"Cos", name, 0.6, cosine<T>}, P{"SinCos", name, 0.6, sine_and_cosine}, P{"Sin large", name, 0.6, sine<T>}};
+}
+
+// ---- engines, from the state of a stream without a seed. next() is an element, scale * next() lies in [0, 1) ----
+
+struct Mcg31m1 {
+  using Word = std::uint32_t;
+  static constexpr const char* name = "MCG31M1";
+  static constexpr double scale = 1.0 / 2147483647.0;
+  std::uint32_t x = 1;
+  std::uint32_t next() {
+    const std::uint32_t now = x;
+    x = static_cast<std::uint32_t>(std::uint64_t{1132489760} * x % 2147483647u);
+    return now;
+  }
+};
+struct Mcg59 {
+  using Word = std::uint64_t;
+  static constexpr const char* name = "MCG59";
+  static constexpr double scale = 0x1p-59;
+  std::uint64_t x = 1;
+  std::uint64_t next() {
+    const std::uint64_t now = x;
+    x = (x * 302875106592253u) & ((std::uint64_t{1} << 59) - 1);
+    return now;
+  }
+};
+struct Mrg32k3a {
+  using Word = std::uint32_t;
+  static constexpr const char* name = "MRG32K3A";
+  static constexpr std::int64_t m1 = 4294967087, m2 = 4294944443;
+  static constexpr double scale = 1.0 / 4294967087.0;
+  std::int64_t s0 = 1, s1 = 1, s2 = 1, t0 = 1, t1 = 1, t2 = 1;
+  std::uint32_t next() {
+    std::int64_t p = (1403580 * s1 - 810728 * s0) % m1, q = (527612 * t2 - 1370589 * t0) % m2;
+    if (p < 0) p += m1;
+    if (q < 0) q += m2;
+    s0 = s1, s1 = s2, s2 = p;
+    t0 = t1, t1 = t2, t2 = q;
+    return static_cast<std::uint32_t>(p >= q ? p - q : p - q + m1);
+  }
+};
+struct R250 {
+  using Word = std::uint32_t;
+  static constexpr const char* name = "R250";
+  static constexpr double scale = 0x1p-32;
+  std::uint32_t x[250], now = 0;
+  R250() {
+    std::uint32_t fill = 1;
+    for (std::uint32_t& word : x) word = fill *= 69069;
+    for (int k = 0; k < 32; ++k) {  // 32 words get a leading bit, each another one
+      const std::uint32_t bit = 0x80000000u >> k;
+      x[3 + 7 * k] = (x[3 + 7 * k] & (bit - 1)) | bit;
+    }
+  }
+  std::uint32_t next() {
+    x[now] ^= x[now < 103 ? now + 250 - 103 : now - 103];
+    const std::uint32_t word = x[now];
+    now = now == 249 ? 0 : now + 1;
+    return word;
+  }
+};
+
+template <class Engine, class T>
+void draw(int n, T* r) {
+  static Engine kept;
+  Engine engine = kept;
+  for (int i = 0; i < n; ++i) {
+    if constexpr (std::is_integral_v<T>) {
+      r[i] = engine.next();
+    } else {
+      r[i] = static_cast<T>(static_cast<double>(engine.next()) * Engine::scale);
+    }
+  }
+  kept = engine;
+}
+template <class Engine>
+void add_engine() {
+  using W = typename Engine::Word;
+  Add{DrawPeer<W>{Engine::name, "plain loop", true, draw<Engine, W>},
+      DrawPeer<double>{Engine::name, "plain loop", true, draw<Engine, double>},
+      DrawPeer<float>{Engine::name, "plain loop", true, draw<Engine, float>}};
+}
+
+const bool added = [] {
+  add_functions<double>();
+  add_functions<float>();
+  add_engine<Mcg31m1>();
+  add_engine<Mcg59>();
+  add_engine<Mrg32k3a>();
+  add_engine<R250>();
+  return true;
+}();
+
+}  // namespace
+}  // namespace bench
