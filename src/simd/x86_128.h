@@ -64,13 +64,17 @@ QOR_INLINE VecD odds(VecD a, VecD b) { return zip_high(a, b); }
 QOR_INLINE VecF evens(VecF a, VecF b) { return as<VecF>(_mm_shuffle_ps(as<__m128>(a), as<__m128>(b), 0x88)); }
 QOR_INLINE VecF odds(VecF a, VecF b) { return as<VecF>(_mm_shuffle_ps(as<__m128>(a), as<__m128>(b), 0xDD)); }
 
-// The lowest byte of each lane, through memory: a store and a byte load are cheaper than shifting, masking and
+// The low 16 bits of each lane, through memory: a store and a short load are cheaper than shifting, masking,
 // extracting.
 template <class V>
-class LowBytes {
+class LowHalves {
  public:
-  QOR_INLINE explicit LowBytes(V v) { store(lane_, v); }
-  QOR_INLINE unsigned operator()(int lane) const { return *reinterpret_cast<const unsigned char*>(lane_ + lane); }
+  QOR_INLINE explicit LowHalves(V v) { store(lane_, v); }
+  QOR_INLINE unsigned operator()(int lane) const {
+    std::uint16_t half;
+    std::memcpy(&half, lane_ + lane, sizeof half);
+    return half;
+  }
 
  private:
   alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];

@@ -1,15 +1,14 @@
-// Sine and cosine. x = k pi/128 + r, |r| <= pi/256 and a little; with S, C the sine and cosine of k pi/128 from a
-// table,
+// Sine and cosine. x = k/n of a turn + r, |r| at most half a row and a little; with S, C the sine and cosine of row k,
 //   sin x = S + (C sin r + S (cos r - 1)),  cos x = C + (-S sin r + C (cos r - 1)).
-// Everything works on |x|; the sine gets its sign at the end, so symmetries hold in every bit.
+// Doubles work on |x|; the sine gets its sign at the end, so symmetries hold in every bit.
 //
-// The reduction uses two parts of pi/128. Its absolute error is below |x| 2^-79 (doubles); a result that is not larger
-// than |x| 2^-20 is not counted as usual. This one comparison catches arguments too large for the reduction, results so
-// close to a zero of the function that the error would show, infinities and NaNs. Such elements are reduced with as
-// many bits of 1/(2 pi) as they need (M. Payne and R. Hanek, ACM SIGNUM 18, 1983).
-//   double _HA: table values, and r, in two parts; the leading sum exact (P. T. P. Tang, 1991; S. Gal, 1991): 0.51 ulp.
-//   double _50: the same without the second parts.
-//   single _HA: in double precision.  single _21: multiples of pi and an odd polynomial; its unusual elements as _HA.
+// The reduction uses two parts of a row's width. Its absolute error is below |x| 2^-79 (doubles); a result that is not
+// larger than |x| 2^-20 is not counted as usual. This one comparison catches arguments too large for the reduction,
+// results so close to a zero of the function that the error would show, infinities and NaNs. Such elements are reduced
+// with as many bits of 1/(2 pi) as they need (M. Payne and R. Hanek, ACM SIGNUM 18, 1983).
+//   double _HA: table values, and r, in two parts; the leading sum exact (P. T. P. Tang, 1991; S. Gal, 1991): 0.501
+//   ulp. double _50: the same without the second parts: 1.9 ulp. single _HA: in double precision.  single _21:
+//   multiples of pi and an odd polynomial; its unusual elements as _HA.
 #pragma once
 
 #include <bit>
@@ -30,15 +29,22 @@ enum class Wanted { sine, cosine, both };
 inline constexpr double sin_3 = -1.0 / 6, sin_5 = 1.0 / 120, sin_7 = -1.0 / 5040;
 inline constexpr double cos_2 = -1.0 / 2, cos_4 = 1.0 / 24, cos_6 = -1.0 / 720;
 
-// Economised polynomials for |r| <= pi/256 and a little, t = r^2 <= T. In t^3 + b t^2 + a t the least largest value has
-// the Chebyshev polynomial of degree 3 moved so that a zero falls on t = 0: with half length h = T/(1 + sqrt(3)/2),
+// Economised polynomials in t = r^2 <= T. In t^3 + b t^2 + a t the least largest value has the Chebyshev polynomial of
+// degree 3 moved so that a zero falls on t = 0: with half length h = T/(1 + sqrt(3)/2),
 //   t^3 = (3 sqrt(3)/2) h t^2 - (3/2) h^2 t + error, |error| <= h^3/4;  likewise t^2 = 2 (sqrt 2 - 1) T t + error.
-inline constexpr double fit_t = step * step / 4 * 1.000001;
-inline constexpr double fit_h3 = fit_t / 1.8660254037844386;
-inline constexpr double sin_5_fit = sin_5 + sin_7 * 2.598076211353316 * fit_h3;
-inline constexpr double sin_3_fit = sin_3 - sin_7 * 1.5 * fit_h3 * fit_h3;         // relative error 2^-55
-inline constexpr double sin_3_short = sin_3 + sin_5 * 0.8284271247461901 * fit_t;  // relative error 2^-34
-inline constexpr double cos_2_short = cos_2 + cos_4 * 0.8284271247461901 * fit_t;  // absolute error 2^-32
+struct TrigFit {
+  double sin_5, sin_3, cos_4, cos_2;  // the terms in r^7 and r^6 put into those below
+  double sin_3_alone, cos_2_alone;    // those in r^5 and r^4 put into a single one
+};
+constexpr TrigFit trig_fit(RowStep step) {
+  const double largest = step.whole * step.whole / 4 * 1.000001, h = largest / 1.8660254037844386;
+  const double by_2 = 2.598076211353316 * h, by_1 = -1.5 * h * h, alone = 0.8284271247461901 * largest;
+  return {sin_5 + sin_7 * by_2, sin_3 + sin_7 * by_1,  cos_4 + cos_6 * by_2,
+          cos_2 + cos_6 * by_1, sin_3 + sin_5 * alone, cos_2 + cos_4 * alone};
+}
+// Relative errors of the sine: 2^-55 and 2^-61 of two terms, 2^-34 of one. Absolute errors of the cosine: 2^-59 of two
+// terms with the finer table, 2^-32 of one.
+inline constexpr TrigFit trig_fit_low = trig_fit(trig_step), trig_fit_high = trig_fit(trig_exact_step);
 
 template <Wanted W>
 struct Trig {
@@ -46,38 +52,40 @@ struct Trig {
   static constexpr int sine_at = 0, cosine_at = results - 1;
   static constexpr bool has_sine = W != Wanted::cosine, has_cosine = W != Wanted::sine;
 
+  template <Accuracy A>
+  static constexpr RowStep step = A == Accuracy::low ? trig_step : trig_exact_step;
   // k + 1.5 * 2^52: the low bits hold k.
   static constexpr double shift = 0x1.8p52;
 
-  // y from r (and, in high accuracy, r_lo) at row k mod 256 of the tables.
+  // y from r = whole - tail at row k, modulo the rows of a turn. tail is below |whole| 2^-6, or the result is not
+  // usual.
   template <Accuracy A>
-  QOR_INLINE static void combine(simd::VecU64 k, simd::VecD r, simd::VecD r_lo, simd::VecU64 sign, simd::VecD* y) {
+  QOR_INLINE static void combine(simd::VecU64 k, simd::VecD whole, simd::VecD tail, simd::VecU64 sign, simd::VecD* y) {
     using namespace simd;
-    const LowBytes<VecU64> row(k);
-    const VecD r2 = r * r;
-    const VecD cos_less_1 = horner(r2, cos_6, cos_4, cos_2) * r2;
+    const LowHalves<VecU64> row(k);
+    const VecD r = whole - tail, r2 = r * r;
     if constexpr (A == Accuracy::low) {
-      const auto [s, c] = gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) * sizeof(TrigRow); }).column;
-      const VecD sin_r = r + r * r2 * horner(r2, sin_5_fit, sin_3_fit);
+      constexpr TrigFit fit = trig_fit_low;
+      const auto [s, c] =
+          gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
+      const VecD sin_r = r + r * r2 * horner(r2, fit.sin_5, fit.sin_3);
+      const VecD cos_less_1 = horner(r2, cos_6, cos_4, cos_2) * r2;
       if constexpr (has_sine) y[sine_at] = flip_sign(s + (c * sin_r + s * cos_less_1), sign);
       if constexpr (has_cosine) y[cosine_at] = c + (c * cos_less_1 - s * sin_r);
     } else {
-      const auto [s, s_lo, c, c_lo] =
-          gather_rows<4>(&trig_exact_table[0].sine_hi, [&](int l) { return row(l) * sizeof(TrigExactRow); }).column;
-      const VecD sin_rest = r_lo + r * r2 * horner(r2, sin_7, sin_5, sin_3);    // sin r - r
-      const VecD head = as<VecD>(bits(r) & splat<VecU64>(0xFFFFFFFFF8000000));  // 26 bits
-      const VecD rest = sin_rest + (r - head);
-      const VecD sine = s + s_lo, cosine = c + c_lo;
-      if constexpr (has_sine) {
+      constexpr TrigFit fit = trig_fit_high;
+      const VecD head = as<VecD>(bits(whole) & splat<VecU64>(0xFFFFFFFFF8000000));            // 26 bits
+      const VecD rest = ((whole - head) - tail) + r * r2 * horner(r2, fit.sin_5, fit.sin_3);  // sin r - head
+      const VecD cos_less_1 = horner(r2, fit.cos_4, fit.cos_2) * r2;
+      const auto output = [&](unsigned rows_on) {
+        const auto offset = [&](int l) { return (row(l) + rows_on) % trig_exact_rows * sizeof(TrigExactRow); };
+        const auto [s, s_lo, c, c_lo] = gather_rows<4>(&trig_exact_table[0].sine, offset).column;
         const auto [sum, error] = numeric::quick_two_sum(s, c * head);
-        const VecD low = (s_lo + c_lo * head) + (cosine * rest + sine * cos_less_1);
-        y[sine_at] = flip_sign(sum + (error + low), sign);
-      }
-      if constexpr (has_cosine) {
-        const auto [sum, error] = numeric::quick_two_sum(c, -(s * head));
-        const VecD low = (c_lo - s_lo * head) + (cosine * cos_less_1 - sine * rest);
-        y[cosine_at] = sum + (error + low);
-      }
+        const VecD low = (s_lo + c_lo * head) + ((c + c_lo) * rest + s * cos_less_1);
+        return sum + (error + low);
+      };
+      if constexpr (has_sine) y[sine_at] = flip_sign(output(0), sign);
+      if constexpr (has_cosine) y[cosine_at] = output(trig_exact_rows / 4);
     }
   }
 
@@ -85,11 +93,9 @@ struct Trig {
   QOR_INLINE static void reduce_and_combine(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     const VecD ax = abs(x);
-    const VecD shifted = ax * steps_per_unit + shift;
+    const VecD shifted = ax * step<A>.per_unit + shift;
     const VecD k = shifted - shift;
-    const VecD head = ax - k * step_1, tail = k * step_2;  // head is exact
-    const VecD r = head - tail;
-    combine<A>(bits(shifted), r, (head - r) - tail, simd::sign(x), y);
+    combine<A>(bits(shifted), ax - k * step<A>.head, k * step<A>.tail, simd::sign(x), y);  // the difference is exact
     usual = large_enough(ax * 0x1p-20, y);
   }
 
@@ -104,17 +110,18 @@ struct Trig {
     return usual;
   }
 
-  // Singles in double precision: |x| < 2^20 leaves r right to 2^-59 and results, which singles that small keep away
-  // from zero by 2^-47 at least, to 2^-33 of themselves, the error of the polynomials. Row 0 has the sine -0, and so a
-  // zero keeps its sign: -0 + x.
+  // Singles in double precision: |x| < 2^20 leaves r right to 2^-59, next to zeros of the function to some 2^-31 of
+  // itself. Row 0 has the sine -0, and so a zero keeps its sign: -0 + x.
   QOR_INLINE static void single_half(simd::VecD x, simd::VecD* y) {
     using namespace simd;
-    const VecD shifted = x * steps_per_unit + shift;
+    const VecD shifted = x * trig_step.per_unit + shift;
     const VecD k = shifted - shift;
-    const VecD r = (x - k * step_1) - k * step_2;
-    const LowBytes<VecU64> row(bits(shifted));
-    const auto [s, c] = gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) * sizeof(TrigRow); }).column;
-    const VecD r2 = r * r, sin_r = r * (r2 * sin_3_short + 1.0), cos_r = r2 * cos_2_short + 1.0;
+    const VecD r = (x - k * trig_step.head) - k * trig_step.tail;
+    const LowHalves<VecU64> row(bits(shifted));
+    const auto [s, c] =
+        gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
+    const VecD r2 = r * r;
+    const VecD sin_r = r * (r2 * trig_fit_low.sin_3_alone + 1.0), cos_r = r2 * trig_fit_low.cos_2_alone + 1.0;
     if constexpr (has_sine) y[sine_at] = s * cos_r + c * sin_r;
     if constexpr (has_cosine) y[cosine_at] = c * cos_r - s * sin_r;
   }
@@ -159,7 +166,8 @@ struct Trig {
       good[cosine_at] = lt(least2, r2);
     }
     usual = good[0] & good[results - 1];
-    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]] replace_by_high(x, y, good, usual);
+    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]]
+      replace_by_high(x, y, good, usual);
   }
   // The outputs that are not good, by the high accuracy.
   QOR_COLD static void replace_by_high(const simd::VecF& x, simd::VecF* y, const simd::VecU32* good,
@@ -175,7 +183,8 @@ struct Trig {
   // tools/fit/sin_low.sollya; that error is 9.7e-9.
   static constexpr float sin_low_fit[] = {0x1.5dbdfp-19f, -0x1.9f6ffep-13f, 0x1.110ed4p-7f, -0x1.55554cp-3f};
 
-  // x = k pi/2^7 + r for any finite x: k mod 256 from the fraction of |x|/(2 pi), r in two parts.
+  // |x| = k/2^Bits of a turn + r for any finite x: k mod 2^Bits from the fraction of |x|/(2 pi), r in two parts.
+  template <int Bits>
   static void reduce_exactly(double x, std::uint64_t& k, double& r, double& r_lo) {
     const std::uint64_t b = std::bit_cast<std::uint64_t>(x);
     const std::uint32_t e = static_cast<std::uint32_t>(b >> 52) & 0x7FF;
@@ -202,10 +211,10 @@ struct Trig {
       carry = (p >> 32) + (sum >> 32) + (above >> 32);
       above = q;
     }
-    // k is the nearest multiple of 1/256; what is left, a signed fraction of it, in words below the binary point.
-    k = fraction[0] >> 24;
+    // k is the nearest multiple of 2^-Bits; what is left, a signed fraction of it, in words below the binary point.
+    k = fraction[0] >> (32 - Bits);
     std::uint32_t rest[4];
-    for (int i = 0; i < 4; ++i) rest[i] = fraction[i] << 8 | fraction[i + 1] >> 24;
+    for (int i = 0; i < 4; ++i) rest[i] = fraction[i] << Bits | fraction[i + 1] >> (32 - Bits);
     k += rest[0] >> 31;
     // As doubles: the first word signed, the others added exactly from the top; leading zeros cost nothing.
     double hi = static_cast<std::int32_t>(rest[0]) * 0x1p-32, lo = 0;
@@ -217,7 +226,8 @@ struct Trig {
       hi = all.hi;
       lo = all.lo;
     }
-    const Pair<double> product = Pair<double>{hi, lo} * Pair<double>{pi.hi / 128, pi.lo / 128};
+    constexpr double row = 2.0 / (1 << Bits);
+    const Pair<double> product = Pair<double>{hi, lo} * Pair<double>{pi.hi * row, pi.lo * row};
     r = product.hi;
     r_lo = product.lo;
   }
@@ -232,9 +242,9 @@ struct Trig {
     }
     std::uint64_t k;
     double r, r_lo;
-    reduce_exactly(x, k, r, r_lo);
+    reduce_exactly<A == Accuracy::low ? 8 : 9>(x, k, r, r_lo);
     VecD v[results];
-    combine<A>(splat<VecU64>(k), splat<VecD>(r), splat<VecD>(r_lo), simd::sign(splat<VecD>(x)), v);
+    combine<A>(splat<VecU64>(k), splat<VecD>(r), splat<VecD>(-r_lo), simd::sign(splat<VecD>(x)), v);
     for (int i = 0; i < results; ++i) y[i] = v[i][0];
     return TFN_STATUS_OK;
   }

@@ -11,16 +11,19 @@ namespace qor::tfn {
 
 using numeric::Pair;
 
-// pi/128 in three parts for the reduction x - k pi/128. step_1 has 27 bits, so that k step_1 is exact while
-// k < 2^26 (|x| < 2^20); pi/128 - step_1 - step_2 is below 2^-86.
 inline constexpr Pair<double> pi{3.141592653589793, 1.2246467991473532e-16};  // the nearest double, and of the rest
-inline constexpr double step = pi.hi / 128;
-inline constexpr double step_1 = [] {
-  constexpr double grid = 0x1p-32;  // pi/128 = 0.0245 = 2^-5.3: bits 2^-6 to 2^-32
-  return grid * double(static_cast<long long>(step / grid));
-}();
-inline constexpr double step_2 = ((step - step_1) + pi.lo / 128);
-inline constexpr double steps_per_unit = 128 / pi.hi;
+
+// The distance of two rows, pi/n for n rows a half turn, in two parts for the reduction x - k pi/n: `head` is a
+// multiple of 2^-32, 27 bits for n = 128, so that k head is exact while |x| < 2^20; pi/n - head - tail is below 2^-86.
+struct RowStep {
+  double whole, head, tail, per_unit;
+};
+constexpr RowStep row_step(int n) {
+  const double whole = pi.hi / n, head = 0x1p-32 * double(static_cast<long long>(whole * 0x1p32));
+  return {whole, head, (whole - head) + pi.lo / n, n / pi.hi};
+}
+inline constexpr int trig_rows = 256, trig_exact_rows = 512;  // a full turn
+inline constexpr RowStep trig_step = row_step(trig_rows / 2), trig_exact_step = row_step(trig_exact_rows / 2);
 
 // Sine and cosine of an angle up to pi/4 from their series, the last term x^33/33! below 2^-134.
 struct SineCosine {
@@ -35,40 +38,41 @@ constexpr SineCosine sine_cosine(Pair<double> x) {
   }
   return {x * s, c};
 }
-// At j pi/128, 0 <= j < 256, by symmetry from the first octant, so that equal values are equal bits.
-constexpr SineCosine sine_cosine_at(int j) {
-  const int octant = j / 32, rest = j % 32;
-  const int i = octant % 2 == 0 ? rest : 32 - rest;
-  const SineCosine a = sine_cosine(pi * Pair<double>{i / 128.0, 0});
+// At j/rows of a full turn, by symmetry from the first octant, so that equal values are equal bits.
+constexpr SineCosine sine_cosine_at(int j, int rows) {
+  const int octant = j / (rows / 8), rest = j % (rows / 8);
+  const int i = octant % 2 == 0 ? rest : rows / 8 - rest;
+  const SineCosine a = sine_cosine(pi * Pair<double>{2.0 * i / rows, 0});
   const bool swapped = octant % 4 == 1 || octant % 4 == 2;
   const Pair<double> s = swapped ? a.cosine : a.sine, c = swapped ? a.sine : a.cosine;
   return {octant >= 4 ? -s : s, octant >= 2 && octant < 6 ? -c : c};
 }
 
-// Row j: sine and cosine at j pi/128, rounded. The sine of row 0 is -0.
+// Row j: sine and cosine at j/256 of a turn, rounded. The sine of row 0 is -0.
 struct alignas(16) TrigRow {
   double sine, cosine;
 };
 inline constexpr auto trig_table = [] {
-  std::array<TrigRow, 256> rows{};
-  for (int j = 0; j < 256; ++j) {
-    const SineCosine a = sine_cosine_at(j);
+  std::array<TrigRow, trig_rows> rows{};
+  for (int j = 0; j < trig_rows; ++j) {
+    const SineCosine a = sine_cosine_at(j, trig_rows);
     rows[j] = {a.sine.hi, a.cosine.hi};
   }
   rows[0].sine = -0.0;
   return rows;
 }();
-// Row j in two parts each, the first of at most 26 bits (a multiple of 2^-26 or, below 1/2, finer), so that its product
-// with another number of 26 bits is exact; together they carry some 79 bits.
+// Row j: sine and cosine at j/512 of a turn in two parts each. That of the cosine has 26 bits first, so that its
+// product with another number of 26 bits is exact; the two carry some 79 bits. A quarter turn on stand the rows for the
+// cosine.
 struct alignas(32) TrigExactRow {
-  double sine_hi, sine_lo, cosine_hi, cosine_lo;
+  double sine, sine_lo, cosine, cosine_lo;
 };
 inline constexpr auto trig_exact_table = [] {
-  std::array<TrigExactRow, 256> rows{};
-  for (int j = 0; j < 256; ++j) {
-    const SineCosine a = sine_cosine_at(j);
-    const double s = numeric::halves(a.sine.hi).hi, c = numeric::halves(a.cosine.hi).hi;
-    rows[j] = {s, (a.sine.hi - s) + a.sine.lo, c, (a.cosine.hi - c) + a.cosine.lo};
+  std::array<TrigExactRow, trig_exact_rows> rows{};
+  for (int j = 0; j < trig_exact_rows; ++j) {
+    const SineCosine a = sine_cosine_at(j, trig_exact_rows);
+    const double c = numeric::halves(a.cosine.hi).hi;
+    rows[j] = {a.sine.hi, a.sine.lo, c, (a.cosine.hi - c) + a.cosine.lo};
   }
   return rows;
 }();
