@@ -268,6 +268,18 @@ TEST(SkipAhead, IsDiscardingThatManyElements) {
   }
 }
 
+TEST(MRG32K3A, StepsFromStateWordsAboveTheModuliToo) {
+  const EngineRow& e = engine("MRG32K3A");
+  const TestStream foreign(QOR_BRNG_R250, plain::Seeds(250, 0xFFFFFFFF));
+  for (const int n : {9, 90, 2000}) {
+    const TestStream s(e.brng, {});
+    ASSERT_EQ(__wxrCopyStreamState(s, foreign), QOR_RNG_INCOMPATIBLE);
+    plain::MRG32K3A seq({});
+    for (int i = 0; i < 3; ++i) seq.s[i] = seq.t[i] = 0xFFFFFFFF;
+    for (const std::uint64_t w : words(e, s, n)) ASSERT_EQ(w, seq.next()) << n;
+  }
+}
+
 TEST(Initialisation, RefusesWhatAnEngineCannotDoAndLeavesItsState) {
   struct Refusal {
     const char* name;
