@@ -135,6 +135,10 @@ TEST_P(Engines, IgnoreTheCallersRoundingAndFlushToZero) {
       constexpr int n = 1300;
       std::vector<char> got(n * element_bytes(e, kind)), expected(got.size());
       _mm_setcsr(csr);
+      if (((_mm_getcsr() ^ csr) & 0xFFC0) != 0) {
+        _mm_setcsr(caller);
+        GTEST_SKIP() << "this (emulated) processor has no such control bits";
+      }
       draw(s, kind, n, got.data(), -1, 3);
       const unsigned after = _mm_getcsr();
       _mm_setcsr(caller);
