@@ -272,15 +272,23 @@ TEST(SkipAhead, IsDiscardingThatManyElements) {
   }
 }
 
-TEST(MRG32K3A, StepsFromStateWordsAboveTheModuliToo) {
-  const EngineRow& e = engine("MRG32K3A");
-  const TestStream foreign(QOR_BRNG_R250, plain::Seeds(250, 0xFFFFFFFF));
-  for (const int n : {9, 90, 2000}) {
-    const TestStream s(e.brng, {});
-    ASSERT_EQ(__wxrCopyStreamState(s, foreign), QOR_RNG_INCOMPATIBLE);
-    plain::MRG32K3A seq({});
-    for (int i = 0; i < 3; ++i) seq.s[i] = seq.t[i] = 0xFFFFFFFF;
-    for (const std::uint64_t w : words(e, s, n)) ASSERT_EQ(w, seq.next()) << n;
+TEST(StateWords, FromAnotherGeneratorAreReducedHoweverManyElementsAreDrawn) {
+  const auto after_foreign_words = [](const char* name, int n) {
+    const TestStream s(engine(name).brng, {});
+    std::memset(reinterpret_cast<char*>(static_cast<qor_stream*>(s)) + 16, 0xFF,
+                std::string(name) == "MRG32K3A" ? 24 : std::size_t(engine(name).word_bytes));
+    return words(engine(name), s, n);
+  };
+  for (const int n : {5, 9, 90, 2000}) {
+    plain::MCG31M1 mcg31m1({});
+    plain::MCG59 mcg59({});
+    plain::MRG32K3A mrg32k3a({});
+    mcg31m1.x = 0xFFFFFFFF % 0x7FFFFFFF;
+    mcg59.x = (std::uint64_t{1} << 59) - 1;
+    for (int i = 0; i < 3; ++i) mrg32k3a.s[i] = mrg32k3a.t[i] = 0xFFFFFFFF;
+    for (const std::uint64_t w : after_foreign_words("MCG31M1", n)) ASSERT_EQ(w, mcg31m1.next()) << n;
+    for (const std::uint64_t w : after_foreign_words("MCG59", n)) ASSERT_EQ(w, mcg59.next()) << n;
+    for (const std::uint64_t w : after_foreign_words("MRG32K3A", n)) ASSERT_EQ(w, mrg32k3a.next()) << n;
   }
 }
 
