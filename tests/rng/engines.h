@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -149,6 +150,8 @@ struct EngineRow {
   int word_bytes;  // of a raw word
   std::function<std::unique_ptr<plain::Sequence>(const plain::Seeds&)> sequence;
 };
+
+inline void PrintTo(const EngineRow& e, std::ostream* out) { *out << e.name; }
 
 inline const std::vector<EngineRow>& engine_rows() {
 #define ENGINE_ROW(tag, engine, bytes, words, zero, width, ...) \

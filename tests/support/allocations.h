@@ -8,20 +8,21 @@
 #define COUNTS_ALLOCATIONS 1
 extern "C" void* __libc_malloc(std::size_t);
 extern "C" void __libc_free(void*);
-inline int until_failure = -1;  // allocations that still succeed; -1: all
-inline int live_blocks = 0;
+// Volatile, since the compiler takes it that malloc touches no variable.
+inline volatile int until_failure = -1;  // allocations that still succeed; -1: all
+inline volatile int live_blocks = 0;
 extern "C" void* malloc(std::size_t n) {
-  if (until_failure >= 0 && until_failure-- == 0) {
-    until_failure = 0;
+  if (until_failure == 0) {
     errno = ENOMEM;
     return nullptr;
   }
+  if (until_failure > 0) until_failure = until_failure - 1;
   void* p = __libc_malloc(n);
-  live_blocks += p != nullptr;
+  live_blocks = live_blocks + (p != nullptr);
   return p;
 }
 extern "C" void free(void* p) {
-  live_blocks -= p != nullptr;
+  live_blocks = live_blocks - (p != nullptr);
   __libc_free(p);
 }
 #else

@@ -36,6 +36,7 @@ struct Mcg31m1 {
   template <class Sink>
   void draw(int n, Sink sink) {
     constexpr int lanes = simd::lanes<VecU32>;
+    x %= numeric::m31;  // copied from another generator's state it may be anything
     if (n < chains * lanes) {
       for (int i = 0; i < n; ++i, x = numeric::mul_mod_m31(x, mult)) sink.put(i, splat<VecU32>(x), 1);
       return;

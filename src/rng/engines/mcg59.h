@@ -37,6 +37,7 @@ struct Mcg59 {
   template <class Sink>
   void draw(int n, Sink sink) {
     constexpr int lanes = simd::lanes<VecU64>;
+    x &= numeric::mask59;  // copied from another generator's state it may be anything
     if (n < chains * lanes) {
       for (int i = 0; i < n; ++i, x = numeric::mul_mod_2_59(x, mult)) sink.put(i, splat<VecU64>(x), 1);
       return;

@@ -43,10 +43,7 @@ int copy_chunks(Stream* stream, const Stream* source) {
   for (const Chunk* c = source->chunks; c != nullptr; c = c->next) {
     Owned<Chunk> node = Owned<Chunk>::allocate(sizeof(Chunk));
     Owned<void> data = c->data == nullptr ? Owned<void>() : Owned<void>::allocate(c->size > 0 ? c->size : 1);
-    if (!node || (c->data != nullptr && !data)) {
-      delete_chunks(stream);
-      return status::no_memory;
-    }
+    if (!node || (c->data != nullptr && !data)) return status::no_memory;
     if (data) std::memcpy(data.get(), c->data, c->size);
     *node.get() = {c->key, c->size, data.release(), nullptr};
     *tail = node.release();

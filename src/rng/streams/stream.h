@@ -54,7 +54,8 @@ int add_chunk(Stream* stream, std::uint32_t key, void* data, std::uint32_t size)
 void* search_chunk(const Stream* stream, std::uint32_t key);
 int count_chunks(const Stream* stream);
 void delete_chunks(Stream* stream);
-// Gives `stream`, whose list is empty, copies of the source's chunks in the same order: 0, or -4 with the list empty.
+// Gives `stream`, whose list is empty, copies of the source's chunks in the same order: 0, or -4 with those that found
+// room.
 int copy_chunks(Stream* stream, const Stream* source);
 
 // The record behind a stream's identifier, unchecked: streams are made for valid identifiers only.
