@@ -2,7 +2,7 @@
 //   ln x = k ln 2 - ln c + ln(1 + u), |u| about 2^-9,
 // after P. T. P. Tang, Table-driven implementation of the logarithm function, ACM TOMS 16 (1990). Rows 0 and 256 have
 // c = 1 and 1/2 exactly, and so results close to ln 1 come from u alone.
-//   double _50: c rounded; u from m - (1 + j/256), which is exact, times c: 0.55 ulp, but 3.1 for x next to 1.
+//   double _50: c rounded; u from m - (1 + j/256), which is exact, times c: 0.55 ulp, but up to 3.5 within 1/128 of 1.
 //   double _HA: c has 9 bits, so that u is exact; the sum is carried in two parts: 0.5 ulp and a rounding of 2^-9 of
 //   one. single _HA: the same in single precision: 0.507 ulp.  single _21: a longer polynomial and no table.
 #pragma once
@@ -24,7 +24,7 @@ struct Ln {
   static constexpr int results = 1;
   static constexpr double filler = 1;
   template <class T>
-  static constexpr double bound = A == Accuracy::low && sizeof(T) == 8 ? 3.1 : default_bound<T>(A);
+  static constexpr double bound = A == Accuracy::low && sizeof(T) == 8 ? 3.5 : default_bound<T>(A);
 
   QOR_INLINE static void fast(simd::VecD x, const double* at, simd::VecD* y, simd::VecU64& usual) {
     usual = numeric::normal_range(x);
@@ -45,7 +45,7 @@ struct Ln {
       const VecD m1 =
           (as<VecD>(bits(m) | splat<VecU64>(0x000003FF000003FF)) + splat<VecD>(0x1p44)) - splat<VecD>(0x1p44);
       const VecD u = (m - m1) * c;
-      // ln(1 + u) - u, minimax on |u| <= 2^-9, error below 2^-56.
+      // ln(1 + u) - u, minimax on |u| <= 2^-9; its error, 2^-60.6, is 2.7 ulp of the smallest results that come with so large a u.
       const VecD p =
           horner(u, 0.20000077300509184, -0.25000079467558006, 0.33333333333238757, -0.4999999999992423) * u * u;
       return ((p + (k * ln2_lo + lo)) + u) + (k * ln2_hi + hi);
