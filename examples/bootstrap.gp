@@ -1,5 +1,5 @@
 # The series with the means of its two parts, and the resampled changes of the mean with their 95 % interval.
-# Set before: folder, name, unit, start, cut, end, mean1, mean2, change, low, high, deviation, resamples.
+# Set before: folder, name, unit, position, start, cut, end, mean1, mean2, change, low, high, deviation, resamples.
 do for [kind in "png svg"] {
   if (kind eq "png") {
     set terminal pngcairo noenhanced size 1100,800 font "DejaVu Sans,12" background rgb "white"
@@ -14,20 +14,17 @@ do for [kind in "png svg"] {
   set rmargin at screen 0.97
 
   set tmargin at screen 0.92
-  set bmargin at screen 0.58
+  set bmargin at screen 0.62
   set title name font ",16"
-  unset xlabel
   set ylabel unit
   set xrange [start - 1:end + 1]
-  set offsets 0, 0, graph 0.12, graph 0.05
-  set key top right samplen 2
-  set label 1 sprintf("mean %.2f", mean1) at start, mean1 offset 0, 0.7 left textcolor rgb "#b5471b" front
-  set label 2 sprintf("mean %.2f", mean2) at end, mean2 offset 0, 0.7 right textcolor rgb "#b5471b" front
-  set arrow 1 from start, mean1 to cut, mean1 nohead linewidth 2.5 linecolor rgb "#d2622a" front
-  set arrow 2 from cut + 1, mean2 to end, mean2 nohead linewidth 2.5 linecolor rgb "#d2622a" front
-  plot folder . "/series.dat" using 1:2 with linespoints pointtype 7 pointsize 0.5 linewidth 1.2 linecolor rgb "#5f9bc9" notitle
-  unset label
-  unset arrow
+  set offsets 0, 0, graph 0.2, graph 0.05
+  set key top right samplen 2 maxrows 1
+  set xlabel position
+  table = folder . "/series.dat"
+  plot table using 1:2 with linespoints pointtype 7 pointsize 0.5 linewidth 1.2 linecolor rgb "#5f9bc9" notitle, \
+       table using ($1 <= cut ? $1 : NaN):(mean1) with lines linewidth 3 linecolor rgb "#2f7d4f" title sprintf("mean %.2f", mean1), \
+       table using ($1 > cut ? $1 : NaN):(mean2) with lines linewidth 3 linecolor rgb "#d2622a" title sprintf("mean %.2f", mean2)
   unset offsets
 
   set tmargin at screen 0.47
@@ -38,7 +35,7 @@ do for [kind in "png svg"] {
   reach = deviation > 0 ? 4.5 * deviation : 1
   set xrange [change - reach:change + reach]
   set yrange [0:*]
-  set key top right samplen 2 spacing 1.3
+  set key top right maxrows 3 samplen 2 spacing 1.3
   set style fill solid 1.0 noborder
   set arrow 1 from change, graph 0 to change, graph 1 nohead linewidth 1.5 dashtype 2 linecolor rgb "#b5471b" front
   normal(x) = exp(-((x - change) / deviation) ** 2 / 2) / (deviation * sqrt(2 * pi))

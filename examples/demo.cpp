@@ -294,10 +294,9 @@ int show_bootstrap(const Options& options, const Series& series) {
                 "start = %ld\ncut = %ld\nend = %ld\nmean1 = %.10g\nmean2 = %.10g\nchange = %.10g\nlow = %.10g\n"
                 "high = %.10g\ndeviation = %.10g\nresamples = %ld\n",
                 series.start, last1, last2, mean1, mean2, change, low, high, deviation, resamples);
-  const std::string unit = series.unit.empty() ? "value" : series.unit;
-  return draw(options, "bootstrap", numbers + ("name = " + quoted(series.name) + "\nunit = " + quoted(unit) + "\n"))
-             ? 0
-             : 1;
+  const std::string texts = "name = " + quoted(series.name) + "\nunit = " + quoted(series.unit) +
+                            "\nposition = " + quoted(series.position) + "\n";
+  return draw(options, "bootstrap", numbers + texts) ? 0 : 1;
 }
 
 // ---- command line ---------------------------------------------------------------------------------------------------

@@ -1,5 +1,5 @@
 // A series of numbers from a text file: numbers apart by blanks, commas, semicolons or line ends; # starts a comment.
-// Comment lines of the form "# key: value" with the keys name, unit, start and split describe the series.
+// Comment lines of the form "# key: value" with the keys name, unit, position, start and split describe the series.
 #pragma once
 
 #include <cerrno>
@@ -12,7 +12,7 @@
 #include <vector>
 
 struct Series {
-  std::string name, unit;
+  std::string name, unit = "value", position = "number";  // what is counted, and by what
   std::vector<double> values;
   long start = 1;  // what the first value is counted as: a year, or 1
   long split = 0;  // values before the change; 0: not said
@@ -34,6 +34,7 @@ inline std::string read_series(const std::string& path, Series& series) {
       if (!value.empty() && value.back() == '\r') value.pop_back();
       if (key == "name:") series.name = value;
       if (key == "unit:") series.unit = value;
+      if (key == "position:") series.position = value;
       if (key == "start:") series.start = std::strtol(value.c_str(), nullptr, 10);
       if (key == "split:") series.split = std::strtol(value.c_str(), nullptr, 10);
       line.resize(comment);
