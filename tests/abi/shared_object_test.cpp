@@ -117,7 +117,8 @@ TEST(SharedObject, UsesNoInstructionBeyondItsProcessor) {
   SKIP_UNDER_SANITIZERS();
   // SSE4, its string and bit instructions, and the later sets; AVX and FMA start with a v.
   const std::regex beyond(
-      "v(?!err|erw).*|blendv?p[sd]|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pblendv?[bw]|pcmpeqq|pextr[bdq]|"
+      "v(?!err|erw).*|blendv?p[sd]|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pblendv?[bw]|pcmpeqq|pextr[bdq]"
+      "|"
       "pinsr[bdq]|phminposuw|p(max|min)(sb|sd|ud|uw)|pmov[sz]x.*|pmuldq|pmulld|ptest|round[ps][sd]|pcmp[ei]str[im]|"
       "pcmpgtq|crc32.*|popcnt|[lt]zcnt|andn|bextr|bls[ir]|blsmsk|bzhi|pdep|pext|mulx|rorx|sarx|shlx|shrx|aes.*|"
       "pclmul.*|sha(1|256).*|movbe|f?xsave.*|rdrand|rdseed|femms");
