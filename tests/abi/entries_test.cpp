@@ -575,7 +575,7 @@ class Entries : public testing::Test {
 TEST_F(Entries, AllHaveARowHere) {
   std::set<std::string> called;
   for (const Row& row : rows) EXPECT_TRUE(called.insert(row.name).second) << row.name << " twice";
-  for (const std::string& name : abi::exports_of(QOR_LIBRARY).functions) {
+  for (const std::string& name : binary::exports_of(QOR_LIBRARY).functions) {
     EXPECT_TRUE(called.contains(name)) << name << " has no row in this test";
   }
 }

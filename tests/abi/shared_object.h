@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace abi {
+namespace binary {
 
 // The lines a command prints; none when it fails.
 inline std::vector<std::string> lines_of(const std::string& command) {
@@ -76,4 +76,4 @@ inline std::set<std::string> names_in_map(const std::string& path) {
   return names;
 }
 
-}  // namespace abi
+}  // namespace binary

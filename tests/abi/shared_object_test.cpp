@@ -8,9 +8,9 @@
 
 namespace {
 
-using abi::all_matches;
-using abi::joined;
-using abi::lines_of;
+using binary::all_matches;
+using binary::joined;
+using binary::lines_of;
 
 const std::string library = QOR_LIBRARY;
 
@@ -52,10 +52,10 @@ std::set<std::string> declared_names() {
 }
 
 TEST(SharedObject, ExportsTheListAndTheHeadersDeclareIt) {
-  const abi::Exports exports = abi::exports_of(library);
+  const binary::Exports exports = binary::exports_of(library);
   std::set<std::string> exported = exports.functions;
   exported.insert(exports.data.begin(), exports.data.end());
-  const std::set<std::string> listed = abi::names_in_map(QOR_EXPORTS_MAP), declared = declared_names();
+  const std::set<std::string> listed = binary::names_in_map(QOR_EXPORTS_MAP), declared = declared_names();
   ASSERT_GT(exported.size(), 50u);
   EXPECT_EQ(difference(exported, listed), "") << "exported and not listed";
   EXPECT_EQ(difference(listed, exported), "") << "listed and not exported";
