@@ -183,13 +183,13 @@ class Caller {
 
   template <class... Arguments>
   unsigned operator()(Arguments... arguments) {
-    std::vector<std::uint32_t> words;
-    (push(words, arguments), ...);
+    std::uint32_t words[16] = {}, count = 0;
+    (push(words, count, arguments), ...);
     Machine after{};
     errno = callers_errno;
     set_control(control_);
     set_mxcsr(mxcsr_);
-    call_at(function_, words.data(), static_cast<int>(words.size()), offset_, &after);
+    call_at(function_, words, static_cast<int>(count), offset_, &after);
     set_mxcsr(standard_mxcsr);
     set_control(standard_control);
     EXPECT_EQ(errno, expected_errno);
@@ -216,10 +216,9 @@ class Caller {
 
  private:
   template <class T>
-  static void push(std::vector<std::uint32_t>& words, T value) {
-    std::uint32_t buffer[(sizeof(T) + 3) / 4] = {};
-    std::memcpy(buffer, &value, sizeof value);
-    words.insert(words.end(), std::begin(buffer), std::end(buffer));
+  static void push(std::uint32_t* words, std::uint32_t& count, T value) {
+    std::memcpy(words + count, &value, sizeof value);
+    count += (sizeof value + 3) / 4;
   }
 
   const void* function_;
