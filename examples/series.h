@@ -2,6 +2,7 @@
 // Comment lines of the form "# key: value" with the keys name, unit, position, start and split describe the series.
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
@@ -47,7 +48,11 @@ inline std::string read_series(const std::string& path, Series& series) {
       char* end = nullptr;
       const double value = std::strtod(word.c_str(), &end);
       if (*end != 0 || !std::isfinite(value)) {
-        return path + ", line " + std::to_string(number) + ": '" + word.substr(0, 40) + "' is not a number";
+        word.resize(std::min<std::size_t>(word.size(), 40));
+        for (char& c : word) {
+          if (c < ' ' || c > '~') c = '?';
+        }
+        return path + ", line " + std::to_string(number) + ": '" + word + "' is not a number";
       }
       series.values.push_back(value);
     }
