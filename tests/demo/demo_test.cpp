@@ -52,7 +52,7 @@ TEST_F(Demo, SaysWhatIsWrongWithAFileAndLeavesWithStatus1) {
       {file("text.txt", "1 2 3\n4 five 6\n"), "line 2: 'five' is not a number"},
       {file("half.txt", "1 2 3x 4\n"), "line 1: '3x' is not a number"},
       {file("nan.txt", "1 2 nan 4\n"), "line 1: 'nan' is not a number"},
-      {file("binary.bin", std::string("\x7f\x45\x4c\x46\x01\x00\x02", 7)), "line 1: '?ELF???' is not a number"},
+      {file("binary.bin", std::string("\x7f\x45\x4c\x46\x01\x00\x02", 7)), "line 1: '?ELF?\?\?' is not a number"},
       {file("three.txt", "1 2 3"), "both parts need at least two"},
       {twelve + " --split 11", "split after 11: both parts need at least two"},
       {twelve + " --split 2x", "--split needs a number"},
