@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cmath>
+#include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -231,6 +233,7 @@ struct Row {
   std::function<void(Caller&)> call;
 };
 std::vector<Row> rows;
+const char* current = "";  // what is being called
 void add(const std::string& name, std::function<void(Caller&)> call) { rows.push_back({name, std::move(call)}); }
 
 // ---- the rows -------------------------------------------------------------------------------------------------------
@@ -553,6 +556,10 @@ void add_distributions() {
 class Entries : public testing::Test {
  protected:
   static void SetUpTestSuite() {
+    std::signal(SIGSEGV, [](int) {  // what an aligned access to a misaligned stack ends in
+      std::fprintf(stderr, "segmentation fault in %s\n", current);
+      std::_Exit(1);
+    });
     if (!rows.empty()) return;
     add_control();
     add_kernels();
@@ -562,9 +569,11 @@ class Entries : public testing::Test {
     add_distributions();
   }
   static std::string recorded(const Row& row, int offset, unsigned mxcsr, unsigned control) {
-    const testing::ScopedTrace trace(__FILE__, __LINE__, row.name + " at " + std::to_string(offset) + " mod 16");
+    const std::string trace_text = row.name + " at " + std::to_string(offset) + " mod 16";
+    const testing::ScopedTrace trace(__FILE__, __LINE__, trace_text);
     Caller caller(row.name, offset, mxcsr, control);
     misaligned_callbacks = 0;
+    current = trace_text.c_str();
     row.call(caller);
     EXPECT_EQ(misaligned_callbacks, 0) << "the library called back with a misaligned stack";
     return caller.record;
