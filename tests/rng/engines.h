@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -149,6 +150,8 @@ struct EngineRow {
   int word_bytes;  // of a raw word
   std::function<std::unique_ptr<plain::Sequence>(const plain::Seeds&)> sequence;
 };
+// By name in messages; its bytes have gaps.
+inline void PrintTo(const EngineRow& row, std::ostream* out) { *out << row.name; }
 
 inline const std::vector<EngineRow>& engine_rows() {
 #define ENGINE_ROW(tag, engine, bytes, words, zero, width, ...) \
