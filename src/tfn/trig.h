@@ -159,7 +159,8 @@ struct Trig {
       good[cosine_at] = lt(least2, r2);
     }
     usual = good[0] & good[results - 1];
-    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]] replace_by_high(x, y, good, usual);
+    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]]
+      replace_by_high(x, y, good, usual);
   }
   // The outputs that are not good, by the high accuracy.
   QOR_COLD static void replace_by_high(const simd::VecF& x, simd::VecF* y, const simd::VecU32* good,

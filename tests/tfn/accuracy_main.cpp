@@ -57,8 +57,8 @@ class Report {
   void row(const Member<T>& m, const Worst<T>& w, const std::string& count) {
     const bool met = w.ulp <= m.bound;
     failed_ = failed_ || !met;
-    std::printf("%-18s %-7s max %.4f ulp (bound %.2f) at %a  [%s]%s\n", m.name.c_str(), m.output.c_str(), w.ulp, m.bound,
-                static_cast<double>(w.at), count.c_str(), met ? "" : "  EXCEEDED");
+    std::printf("%-18s %-7s max %.4f ulp (bound %.2f) at %a  [%s]%s\n", m.name.c_str(), m.output.c_str(), w.ulp,
+                m.bound, static_cast<double>(w.at), count.c_str(), met ? "" : "  EXCEEDED");
     std::fflush(stdout);
     if (file_ != nullptr) {
       std::fprintf(file_, "| `%s`%s%s | %.4f | %.2f | %a | %s |\n", m.name.c_str(), m.output.empty() ? "" : ", ",
@@ -132,10 +132,11 @@ int main(int argc, char** argv) {
                     [](int piece) { return arguments<double>(per_stratum, static_cast<std::uint64_t>(piece)); });
 
   constexpr int single_pieces = 1 << 14;
-  sweep_all<float>(o, report, single_pieces, o.step == 1 ? "all 2^32" : "every " + std::to_string(o.step) + "th of 2^32",
-                   [&](int piece) {
+  sweep_all<float>(o, report, single_pieces,
+                   o.step == 1 ? "all 2^32" : "every " + std::to_string(o.step) + "th of 2^32", [&](int piece) {
                      std::vector<float> x;
-                     const std::uint64_t first = (std::uint64_t{1} << 32) / single_pieces * static_cast<unsigned>(piece);
+                     const std::uint64_t first =
+                         (std::uint64_t{1} << 32) / single_pieces * static_cast<unsigned>(piece);
                      const std::uint64_t end = first + (std::uint64_t{1} << 32) / single_pieces;
                      for (std::uint64_t b = (first + o.step - 1) / o.step * o.step; b < end; b += o.step) {
                        x.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(b)));

@@ -26,7 +26,9 @@ struct Reported {
   std::string name;
   bool operator==(const Reported&) const = default;
 };
-std::ostream& operator<<(std::ostream& out, const Reported& r) { return out << r.code << '@' << r.index << ' ' << r.name; }
+std::ostream& operator<<(std::ostream& out, const Reported& r) {
+  return out << r.code << '@' << r.index << ' ' << r.name;
+}
 std::vector<Reported> reported;
 int collect(TfnErrorContext* c) {
   reported.push_back({c->code, c->index, std::string(c->funcName, static_cast<std::size_t>(c->funcNameLen))});
@@ -156,13 +158,14 @@ TYPED_TEST(RealKernels, ReportEachBadElementOnceInOrderAndStoreWhatTheCallbackWr
     _tfnSetErrorCallBack(replace_by_42);
     m.run(100, x.data(), y.data());
     for (const Reported& e : expected) {
-      EXPECT_EQ(y[static_cast<std::size_t>(e.index)], m.output == "cosine" ? T(43) : T(42)) << m.name << " at " << e.index;
+      EXPECT_EQ(y[static_cast<std::size_t>(e.index)], m.output == "cosine" ? T(43) : T(42))
+          << m.name << " at " << e.index;
     }
   }
 }
 
-// The result at an index of a long array against that of the argument alone: any n, any alignment, in place or not, between
-// pages that can't be touched.
+// The result at an index of a long array against that of the argument alone: any n, any alignment, in place or not,
+// between pages that can't be touched.
 TYPED_TEST(RealKernels, GiveTheSameBitsAnywhereAndTouchNothingElse) {
   using T = TypeParam;
   const auto x = arguments<T>(10, 5);
@@ -241,7 +244,8 @@ TYPED_TEST(RealKernels, IgnoreAndKeepTheCallersControlRegister) {
   for (const auto& m : members<T>()) {
     _tfnSetErrorCallBack(nullptr);
     m.run(static_cast<int>(x.size()), x.data(), expected.data());
-    for (const unsigned csr : {standard | 0x2000u, standard | 0x4000u, standard | 0x6000u, standard | 0x8040u, 0x0000u}) {
+    for (const unsigned csr :
+         {standard | 0x2000u, standard | 0x4000u, standard | 0x6000u, standard | 0x8040u, 0x0000u}) {
       _mm_setcsr(csr);
       m.run(static_cast<int>(x.size()), x.data(), y.data());
       const unsigned after = _mm_getcsr();
@@ -289,7 +293,8 @@ TEST_F(Kernels, FollowTheToldArithmeticBitForBit) {
   }
 }
 
-// Every row against quadruple precision: the sums of the parts, the grids that make products exact, the short reciprocals.
+// Every row against quadruple precision: the sums of the parts, the grids that make products exact, the short
+// reciprocals.
 TEST(Tables, HoldWhatTheirRulesSay) {
   const auto multiple_of = [](double v, double grid) { return v / grid == std::nearbyint(v / grid); };
   for (int j = 0; j <= 256; ++j) {

@@ -63,15 +63,14 @@ void one_output(int n, const T* a, T* r) {
 
 template <class T>
 std::vector<Member<T>> members();
-#define QOR_MEMBER(letter, T, Name, suffix, level)                                      \
-  list.push_back({"_tfn" #letter #Name "_" #suffix, "", #Name,                          \
-                  tfn::Name<tfn::Accuracy::level>::template bound<T>, _tfn##letter##Name##_##suffix, oracle::Name});
-#define QOR_MEMBER2(letter, T, Name, suffix, level)                                                                \
-  list.push_back({"_tfn" #letter #Name "_" #suffix, "sine", "Sin",                                                 \
-                  tfn::Name<tfn::Accuracy::level>::template bound<T>,                                              \
-                  one_output<T, _tfn##letter##Name##_##suffix, true>, oracle::Sin});                               \
-  list.push_back({"_tfn" #letter #Name "_" #suffix, "cosine", "Cos",                                               \
-                  tfn::Name<tfn::Accuracy::level>::template bound<T>,                                              \
+#define QOR_MEMBER(letter, T, Name, suffix, level)                                                                 \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "", #Name, tfn::Name<tfn::Accuracy::level>::template bound<T>, \
+                  _tfn##letter##Name##_##suffix, oracle::Name});
+#define QOR_MEMBER2(letter, T, Name, suffix, level)                                                                    \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "sine", "Sin", tfn::Name<tfn::Accuracy::level>::template bound<T>, \
+                  one_output<T, _tfn##letter##Name##_##suffix, true>, oracle::Sin});                                   \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "cosine", "Cos",                                                   \
+                  tfn::Name<tfn::Accuracy::level>::template bound<T>,                                                  \
                   one_output<T, _tfn##letter##Name##_##suffix, false>, oracle::Cos});
 #define QOR_DOUBLE(Name) QOR_MEMBER(d, double, Name, HA, high) QOR_MEMBER(d, double, Name, 50, low)
 #define QOR_SINGLE(Name) QOR_MEMBER(s, float, Name, HA, high) QOR_MEMBER(s, float, Name, 21, low)
@@ -92,8 +91,8 @@ inline std::vector<Member<float>> members<float>() {
   return list;
 }
 
-// |got - exact| in units of the last place that the exact result has in T, subnormals included. Not a number for both is
-// no error; for one, and for unequal infinities, it is an endless one.
+// |got - exact| in units of the last place that the exact result has in T, subnormals included. Not a number for both
+// is no error; for one, and for unequal infinities, it is an endless one.
 inline double ulps(double got, __float128 exact) {
   if (isnanq(exact) || std::isnan(got)) return isnanq(exact) && std::isnan(got) ? 0 : HUGE_VAL;
   if (isinfq(exact) || std::isinf(got)) return exact == got ? 0 : HUGE_VAL;
@@ -132,8 +131,8 @@ Worst<T> worst(const Member<T>& m, const std::vector<T>& x) {
   return w;
 }
 
-// Arguments of `per_stratum` each from: all bit patterns; next to 1; the table's interval ends; moderate size; neighbours
-// of multiples of pi/2 and pi/256, where sines and cosines vanish and reductions change over; integers.
+// Arguments of `per_stratum` each from: all bit patterns; next to 1; the table's interval ends; moderate size;
+// neighbours of multiples of pi/2 and pi/256, where sines and cosines vanish and reductions change over; integers.
 template <class T>
 std::vector<T> arguments(int per_stratum, std::uint64_t seed) {
   using Word = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;

@@ -127,10 +127,7 @@ int box_muller(Stream* stream, int n, T* r, T a, T sigma) {
     radii(m, radius);
     const numeric::MxcsrGuard nearest;
     each<simd::lanes<V>>(
-        m,
-        [&](int i) {
-          simd::store(r + i, (simd::load<V>(radius + i) * simd::load<V>(angle + i)) * sigma + a);
-        },
+        m, [&](int i) { simd::store(r + i, (simd::load<V>(radius + i) * simd::load<V>(angle + i)) * sigma + a); },
         [&](int i) { r[i] = (radius[i] * angle[i]) * sigma + a; });
   }
   return status;
