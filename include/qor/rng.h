@@ -13,6 +13,8 @@
 #ifndef QOR_RNG_H
 #define QOR_RNG_H
 
+#include <stdint.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -167,9 +169,9 @@ QOR_ENGINE(MT19937)
 
 /* Modular powers, the arithmetic of leapfrog and skip-ahead. m > 0; exponents n below 1 give the identity; matrices are
    nine words by rows; a result may be one of the arguments. */
-unsigned __wxriPowMod(unsigned a, int n, unsigned m);                    /* a^n mod m */
-unsigned __wxriPowMod2P31M1(unsigned a, int n);                          /* a^n mod 2^31 - 1, a below that */
-unsigned long long __wxriPowMod2P59(unsigned low, unsigned high, int n); /* (low + 2^32 high)^n mod 2^59 */
+unsigned __wxriPowMod(unsigned a, int n, unsigned m);          /* a^n mod m */
+unsigned __wxriPowMod2P31M1(unsigned a, int n);                /* a^n mod 2^31 - 1, a below that */
+uint64_t __wxriPowMod2P59(unsigned low, unsigned high, int n); /* (low + 2^32 high)^n mod 2^59 */
 /* v := A^n v mod m, A with the rows (0, 1, 0), (0, 0, 1), (row[2], row[1], row[0]). */
 void __wxriVect3PowMod(unsigned* v, const unsigned* row, unsigned m, int n);
 void __wxriMatr3x3PowMod(const unsigned* a, unsigned* result, unsigned m, int n);                 /* a^n */

@@ -4,8 +4,9 @@
    multiple of 4, doubles included. An output may be the same array as an input (in place); partial overlap is not
    allowed. Nothing outside the n elements is read or written.
 
-   Results. An element's result depends on its argument alone: not on its index, on n, on alignment or on being in place,
-   nor on the caller's rounding mode, flush-to-zero setting or exception masks, which are set aside during the work.
+   Results. An element's result depends on its argument alone: not on its index, on n, on alignment or on being in
+   place, nor on the caller's rounding mode, flush-to-zero setting or exception masks, which are set aside during the
+   work.
 
    Accuracy, in units in the last place of the exact result over the whole domain, subnormals included:
      _HA  at most 0.55 (double), 0.51 (single);  _50 (double) and _21 (single)  at most 2.0.
@@ -53,12 +54,12 @@ unsigned _tfnGetMode(void);
 /* ---- status and errors ----------------------------------------------------------------------------------------- */
 
 #define TFN_STATUS_OK 0
-#define TFN_STATUS_BADSIZE (-1)  /* errno EINVAL */
-#define TFN_STATUS_BADMEM (-2)   /* errno EACCES */
-#define TFN_STATUS_ERRDOM 1      /* argument out of domain; errno EDOM, raises invalid operation */
-#define TFN_STATUS_SING 2        /* pole; errno ERANGE, raises division by zero */
-#define TFN_STATUS_OVERFLOW 3    /* errno ERANGE, raises nothing */
-#define TFN_STATUS_UNDERFLOW 4   /* errno ERANGE, raises underflow */
+#define TFN_STATUS_BADSIZE (-1) /* errno EINVAL */
+#define TFN_STATUS_BADMEM (-2)  /* errno EACCES */
+#define TFN_STATUS_ERRDOM 1     /* argument out of domain; errno EDOM, raises invalid operation */
+#define TFN_STATUS_SING 2       /* pole; errno ERANGE, raises division by zero */
+#define TFN_STATUS_OVERFLOW 3   /* errno ERANGE, raises nothing */
+#define TFN_STATUS_UNDERFLOW 4  /* errno ERANGE, raises underflow */
 
 /* The status is that of the last reported element; success never clears it. */
 int _tfnGetErrStatus(void);

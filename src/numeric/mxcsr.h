@@ -4,9 +4,8 @@
 // handlers and callbacks run under the caller's own register.
 #pragma once
 
-#include <xmmintrin.h>
-
 #include "base/target.h"
+#include "simd/vec.h"
 
 namespace qor::numeric {
 
@@ -32,10 +31,10 @@ class MxcsrGuard {
 
   QOR_INLINE static unsigned read() {
     asm volatile("" ::: "memory");
-    return _mm_getcsr();
+    return simd::control_register();
   }
   QOR_INLINE static void write(unsigned csr) {
-    _mm_setcsr(csr);
+    simd::set_control_register(csr);
     asm volatile("" ::: "memory");
   }
   QOR_INLINE void enter() const {

@@ -7,6 +7,10 @@
 
 namespace qor::simd {
 
+// The control and status register of the vector unit.
+QOR_INLINE unsigned control_register() { return _mm_getcsr(); }
+QOR_INLINE void set_control_register(unsigned csr) { _mm_setcsr(csr); }
+
 // One bit a lane: the lanes whose mask is set, lane 0 lowest.
 template <class V>
 QOR_INLINE unsigned lanes_set(V mask) {

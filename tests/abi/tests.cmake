@@ -1,1 +1,26 @@
 # Tests of this folder; paths are relative to tests/.
+set(qor_abi_definitions
+  QOR_LIBRARY="$<TARGET_FILE:qor>"
+  QOR_INCLUDE="${PROJECT_SOURCE_DIR}/include"
+  QOR_EXPORTS_MAP="${PROJECT_SOURCE_DIR}/src/exports.map"
+  QOR_COMPILER="${CMAKE_C_COMPILER} -m32"
+  $<$<BOOL:${QOR_SANITIZE}>:QOR_SANITIZE>)
+qor_test(abi_shared_object_test SOURCES abi/shared_object_test.cpp)
+qor_test(abi_entries_test SOURCES abi/entries_test.cpp LIBRARIES ${CMAKE_DL_LIBS})
+foreach(test abi_shared_object_test abi_entries_test)
+  target_compile_definitions(${test} PRIVATE ${qor_abi_definitions})
+endforeach()
+
+# Each public header by itself, in every language version that callers use.
+set(strict -m32 -pedantic -Wall -Wextra -Werror -fsyntax-only -I${PROJECT_SOURCE_DIR}/include)
+foreach(header qor rng tfn)
+  foreach(version c99 c11 c17 c++98 c++11 c++14 c++17 c++20)
+    if(version MATCHES "\\+")
+      set(compile ${CMAKE_CXX_COMPILER} -x c++)
+    else()
+      set(compile ${CMAKE_C_COMPILER} -x c)
+    endif()
+    add_test(NAME header.${header}.${version}
+      COMMAND ${compile} -std=${version} ${strict} ${PROJECT_SOURCE_DIR}/include/qor/${header}.h)
+  endforeach()
+endforeach()

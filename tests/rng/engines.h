@@ -150,6 +150,8 @@ struct EngineRow {
   int word_bytes;  // of a raw word
   std::function<std::unique_ptr<plain::Sequence>(const plain::Seeds&)> sequence;
 };
+// By name in messages; its bytes have gaps.
+inline void PrintTo(const EngineRow& row, std::ostream* out) { *out << row.name; }
 
 inline void PrintTo(const EngineRow& e, std::ostream* out) { *out << e.name; }
 

@@ -1,4 +1,5 @@
-// Gaussian variates: against a plain model of both methods, the pair that is carried over, failures, and the distribution.
+// Gaussian variates: against a plain model of both methods, the pair that is carried over, failures, and the
+// distribution.
 #include <gtest/gtest.h>
 
 #include <cmath>

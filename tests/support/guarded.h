@@ -1,4 +1,5 @@
-// Arrays whose last element ends right before a page that can't be touched, and whose first one has such a page before it.
+// Arrays whose last element ends right before a page that can't be touched, and whose first one has such a page before
+// it.
 #pragma once
 
 #include <sys/mman.h>

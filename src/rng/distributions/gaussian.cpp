@@ -99,14 +99,15 @@ Pending<T>* pending_pair(Stream* stream, int& status) {
   return status < 0 ? nullptr : fresh.release();
 }
 
-// sqrt(-2 ln u1) trig(2 pi u2) of a single pair, scaled.
+// sqrt(-2 ln u1) trig(2 pi u2) of a single pair, scaled. Stored, not returned: the guard orders memory alone.
 template <class T, class Kernel>
-QOR_INLINE T half_of_pair(const Pending<T>& pair, Kernel trig, T a, T sigma) {
+QOR_INLINE void half_of_pair(const Pending<T>& pair, Kernel trig, T a, T sigma, T* out) {
   T radius, angle;
   split_pairs(1, pair.u, &radius, &angle);
   trig(1, &angle, &angle);
   radii(1, &radius);
-  return (radius * angle) * sigma + a;
+  const numeric::MxcsrGuard nearest;
+  *out = (radius * angle) * sigma + a;
 }
 
 }  // namespace
@@ -126,10 +127,7 @@ int box_muller(Stream* stream, int n, T* r, T a, T sigma) {
     radii(m, radius);
     const numeric::MxcsrGuard nearest;
     each<simd::lanes<V>>(
-        m,
-        [&](int i) {
-          simd::store(r + i, (simd::load<V>(radius + i) * simd::load<V>(angle + i)) * sigma + a);
-        },
+        m, [&](int i) { simd::store(r + i, (simd::load<V>(radius + i) * simd::load<V>(angle + i)) * sigma + a); },
         [&](int i) { r[i] = (radius[i] * angle[i]) * sigma + a; });
   }
   return status;
@@ -146,7 +144,7 @@ int box_muller2(Stream* stream, int n, T* r, T a, T sigma) {
 
   // The pending pair is given up only when the request succeeds: an engine that fails half-way leaves it in place.
   int j = 0;
-  if (!pending->empty()) r[j++] = half_of_pair(*pending, Kernels<T>::cos, a, sigma);
+  if (!pending->empty()) half_of_pair(*pending, Kernels<T>::cos, a, sigma, r + j++);
 
   alignas(16) T u[block], radius[block / 2], sine[block / 2], cosine[block / 2];
   for (int pairs; (pairs = std::min(n - j, block) / 2) > 0; j += 2 * pairs) {
@@ -174,7 +172,7 @@ int box_muller2(Stream* stream, int n, T* r, T a, T sigma) {
   if (j < n) {
     status = uniform(0, stream, 2, kept.u, T(0), T(1));
     if (status < 0) return status;
-    r[j] = half_of_pair(kept, Kernels<T>::sin, a, sigma);
+    half_of_pair(kept, Kernels<T>::sin, a, sigma, r + j);
   }
   *pending = kept;
   return status;

@@ -1,5 +1,5 @@
-// Around the kernel calls of a generator: errors go to a callback of the library's own, which makes the logarithm of zero
-// finite. The caller's mode and callback come back on every exit path.
+// Around the kernel calls of a generator: errors go to a callback of the library's own, which makes the logarithm of
+// zero finite. The caller's mode and callback come back on every exit path.
 #pragma once
 
 #include <cstdint>

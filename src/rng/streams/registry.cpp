@@ -40,11 +40,9 @@ QOR_DATA constinit BrngRecord __RegBrngs[registry_capacity] = {
     predefined[0], predefined[1], predefined[2], predefined[3], QOR_WH_64,     QOR_WH_64,
     QOR_WH_64,     QOR_WH_64,     QOR_WH_16,     QOR_WH,        predefined[5], predefined[6],
 };
-QOR_DATA constinit BrngRecord __RegBrngsNew[registry_capacity] = {
-    QOR_GENERATORS(QOR_ENGINE_ROW, QOR_RECORD_ROW)};
+QOR_DATA constinit BrngRecord __RegBrngsNew[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_RECORD_ROW)};
 QOR_DATA constinit int NRegBrngsNew = predefined_generators;
-QOR_DATA constinit int NumOffsets[registry_capacity] = {
-    QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
+QOR_DATA constinit int NumOffsets[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
 
 namespace qor::rng {
 

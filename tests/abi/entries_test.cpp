@@ -1,0 +1,610 @@
+// Every exported function, called as old and careless callers do: with the stack aligned to 4 bytes only, arrays of
+// doubles at odd multiples of 4, callbacks and engines of the caller's own. Whatever comes back must be what an aligned
+// call gives, with the caller's registers, control words and errno as they were. An export without a row fails by name.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "abi/shared_object.h"
+#include "qor/qor.h"
+#include "tfn/functions.def"
+
+// What the call left behind.
+struct Machine {
+  std::uint32_t eax, edx, ebx, esi, edi, mxcsr;
+  std::uint32_t x87[7];  // as fnstenv stores it: control, status, tags ...
+};
+
+// Copies `count` argument words to the stack so that at the call its address is `offset` mod 16.
+extern "C" void call_at(const void* function, const std::uint32_t* words, int count, int offset, Machine* after);
+asm(R"(
+  .text
+  .type call_at, @function
+call_at:
+  pushl %ebp
+  movl %esp, %ebp
+  pushl %ebx
+  pushl %esi
+  pushl %edi
+  movl 12(%ebp), %esi
+  movl 16(%ebp), %ecx
+  movl 20(%ebp), %edx
+  leal (%edx,%ecx,4), %edx
+  negl %edx
+  andl $15, %edx
+  leal (%edx,%ecx,4), %edx
+  andl $-16, %esp
+  subl %edx, %esp
+  movl %esp, %edi
+  cld
+  rep movsl
+  movl $0x0B0B0B0B, %ebx
+  movl $0x51515151, %esi
+  movl $0xD1D1D1D1, %edi
+  call *8(%ebp)
+  movl 24(%ebp), %ecx
+  movl %eax, (%ecx)
+  movl %edx, 4(%ecx)
+  movl %ebx, 8(%ecx)
+  movl %esi, 12(%ecx)
+  movl %edi, 16(%ecx)
+  stmxcsr 20(%ecx)
+  fnstenv 24(%ecx)
+  fninit
+  fldenv 24(%ecx)
+  leal -12(%ebp), %esp
+  popl %edi
+  popl %esi
+  popl %ebx
+  popl %ebp
+  ret
+  .size call_at, .-call_at
+)");
+
+namespace {
+
+constexpr int callers_errno = 4711;
+constexpr unsigned standard_mxcsr = 0x1F80, standard_control = 0x37F;
+
+void set_mxcsr(unsigned value) { asm volatile("ldmxcsr %0" : : "m"(value)); }
+void set_control(unsigned value) {
+  const auto word = static_cast<std::uint16_t>(value);
+  asm volatile("fldcw %0" : : "m"(word));
+}
+
+// Set by callbacks and engine slots that find their stack misaligned: the library's own calls must keep to the ABI.
+int callback_calls, misaligned_callbacks;
+void note_frame(const void* frame) {
+  ++callback_calls;
+  if ((reinterpret_cast<std::uintptr_t>(frame) + 8) % 16 != 0) ++misaligned_callbacks;
+}
+
+int on_error(TfnErrorContext* context) {
+  note_frame(__builtin_frame_address(0));
+  context->res1 = context->index + 0.5;
+  return 0;
+}
+
+// An engine of the caller's own: a ramp, exact whatever the rounding.
+int probe_init(int method, qor_stream*, int n, const unsigned*) {
+  note_frame(__builtin_frame_address(0));
+  return method == 0 ? 0 : n;
+}
+int probe_s(qor_stream*, int n, float* r, float a, float b) {
+  note_frame(__builtin_frame_address(0));
+  for (int i = 0; i < n; ++i) {
+    const float v = a + (b - a) * static_cast<float>(i % 127 + 1) / 128;
+    std::memcpy(r + i, &v, sizeof v);
+  }
+  return 0;
+}
+int probe_d(qor_stream*, int n, double* r, double a, double b) {
+  note_frame(__builtin_frame_address(0));
+  for (int i = 0; i < n; ++i) {
+    const double v = a + (b - a) * (i % 127 + 1) / 128;
+    std::memcpy(reinterpret_cast<char*>(r) + 8 * i, &v, sizeof v);
+  }
+  return 0;
+}
+int probe_i(qor_stream*, int n, unsigned* r) {
+  note_frame(__builtin_frame_address(0));
+  for (int i = 0; i < n; ++i) r[i] = static_cast<unsigned>(i);
+  return 0;
+}
+constexpr BrngRecord probe_record = {64, 1, 1, 4, 32, probe_init, probe_s, probe_d, probe_i};
+int probe_brng() {
+  static const int brng = __wxrRegisterBrng(&probe_record);
+  return brng;
+}
+
+// 100 elements of T at an address that is an odd multiple of 4. Touched through memcpy only.
+constexpr int elements = 100;
+template <class T>
+class Array {
+ public:
+  Array() { std::memset(bytes_, 0xA5, sizeof bytes_); }
+  explicit Array(const std::vector<T>& values) : Array() {
+    std::memcpy(bytes_ + 4, values.data(), sizeof(T) * values.size());
+  }
+  T* get() { return reinterpret_cast<T*>(bytes_ + 4); }
+  std::string bytes() const { return {reinterpret_cast<const char*>(bytes_), sizeof bytes_}; }
+
+ private:
+  alignas(16) unsigned char bytes_[4 + sizeof(T) * elements + 12];
+};
+
+// A stream made and deleted by plain calls.
+class Stream {
+ public:
+  explicit Stream(int brng) { EXPECT_EQ(__wxrNewStreamEx(&stream_, brng, 2, seeds), 0) << std::hex << brng; }
+  ~Stream() {
+    if (stream_ != nullptr) __wxrDeleteStream(&stream_);
+  }
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+  qor_stream* get() const { return stream_; }
+  qor_stream** slot() { return &stream_; }
+  // The next words it delivers show its state.
+  std::string words() const {
+    Array<std::uint64_t> out;
+    std::memset(out.get(), 0, 8 * elements);
+    EXPECT_EQ(_wxriRngUniformBits(0, stream_, 20, reinterpret_cast<unsigned*>(out.get())), 0);
+    return out.bytes();
+  }
+  static constexpr unsigned seeds[2] = {0x123, 0x234};
+
+ private:
+  qor_stream* stream_ = nullptr;
+};
+constexpr unsigned Stream::seeds[2];
+
+template <class T>
+const void* address(T* p) {
+  return reinterpret_cast<const void*>(p);
+}
+
+// Calls one function at one offset under given control registers, checks what it leaves and records what it delivers.
+class Caller {
+ public:
+  Caller(const std::string& name, int offset, unsigned mxcsr, unsigned control)
+      : function_(dlsym(RTLD_DEFAULT, name.c_str())), offset_(offset), mxcsr_(mxcsr), control_(control) {
+    EXPECT_NE(function_, nullptr) << name;
+  }
+
+  template <class... Arguments>
+  unsigned operator()(Arguments... arguments) {
+    std::uint32_t words[16] = {}, count = 0;
+    (push(words, count, arguments), ...);
+    Machine after{};
+    errno = callers_errno;
+    set_control(control_);
+    set_mxcsr(mxcsr_);
+    call_at(function_, words, static_cast<int>(count), offset_, &after);
+    set_mxcsr(standard_mxcsr);
+    set_control(standard_control);
+    EXPECT_EQ(errno, expected_errno);
+    EXPECT_EQ(after.ebx, 0x0B0B0B0Bu);
+    EXPECT_EQ(after.esi, 0x51515151u);
+    EXPECT_EQ(after.edi, 0xD1D1D1D1u);
+    EXPECT_EQ(after.mxcsr & 0xFFC0, mxcsr_ & 0xFFC0) << "MXCSR";
+    EXPECT_EQ(after.x87[0] & 0xFFFF, control_) << "x87 control word";
+    EXPECT_EQ(after.x87[2] & 0xFFFF, 0xFFFFu) << "x87 registers in use";
+    edx = after.edx;
+    return after.eax;
+  }
+  // The same with the returned word as part of the result.
+  template <class... Arguments>
+  void result(Arguments... arguments) {
+    note((*this)(arguments...));
+  }
+  void note(unsigned value) { record.append(reinterpret_cast<const char*>(&value), sizeof value); }
+  void note(const std::string& bytes) { record += bytes; }
+
+  unsigned edx = 0;
+  int expected_errno = callers_errno;
+  std::string record;
+
+ private:
+  template <class T>
+  static void push(std::uint32_t* words, std::uint32_t& count, T value) {
+    std::memcpy(words + count, &value, sizeof value);
+    count += (sizeof value + 3) / 4;
+  }
+
+  const void* function_;
+  int offset_;
+  unsigned mxcsr_, control_;
+};
+
+struct Row {
+  std::string name;
+  std::function<void(Caller&)> call;
+};
+std::vector<Row> rows;
+const char* current = "";  // what is being called
+void add(const std::string& name, std::function<void(Caller&)> call) { rows.push_back({name, std::move(call)}); }
+
+// ---- the rows -------------------------------------------------------------------------------------------------------
+
+template <class T>
+std::vector<T> kernel_arguments() {
+  std::vector<T> values;
+  for (int i = 0; i < elements; ++i) values.push_back(static_cast<T>(0.01 + 1.37 * i));
+  constexpr T inf = std::numeric_limits<T>::infinity();
+  // Special values among ordinary ones and in the tail, most of them reported by one kernel or another.
+  const T special[] = {0, -1, inf, -inf, std::numeric_limits<T>::denorm_min(), std::numeric_limits<T>::max(), -T(0)};
+  int at = 1;
+  for (const T value : special) {
+    values[static_cast<std::size_t>(at)] = value;
+    at += 13;
+  }
+  values[elements - 1] = -inf;
+  return values;
+}
+
+void with_callback(const std::function<void()>& work) {
+  _tfnSetErrorCallBack(on_error);
+  _tfnSetMode(0x1000);
+  _tfnSetErrStatus(0);
+  work();
+  _tfnSetMode(TFN_MODE_DEFAULT);
+  _tfnClearErrorCallBack();
+}
+
+template <class T>
+void add_kernel(const std::string& name, int results) {
+  add(name, [results](Caller& call) {
+    Array<T> a(kernel_arguments<T>()), first, second;
+    const int calls_before = callback_calls;
+    with_callback([&] {
+      if (results == 1) call(elements, a.get(), first.get());
+      if (results == 2) call(elements, a.get(), first.get(), second.get());
+      call.note(static_cast<unsigned>(_tfnGetErrStatus()));
+    });
+    EXPECT_GT(callback_calls, calls_before);
+    call.note(first.bytes());
+    call.note(second.bytes());
+  });
+}
+
+template <class T>
+void add_error_path(const std::string& name) {
+  add(name, [](Caller& call) {
+    Array<T> a(kernel_arguments<T>()), y(kernel_arguments<T>());
+    with_callback([&] { call(TFN_STATUS_SING, 7, a.get(), a.get(), y.get(), y.get(), "a name"); });
+    call.note(y.bytes());
+  });
+}
+
+void add_control() {
+  for (const char* name : {"_GetMode", "_GetErrStatus", "_GetCallBack", "_GetInputVectorPointer"}) {
+    add(name, [](Caller& call) { call.result(); });
+  }
+  for (const char* name : {"_tfnGetMode", "_tfnGetErrStatus", "_tfnGetErrorCallBack", "_tfnClearErrorCallBack"}) {
+    add(name, [](Caller& call) { call.result(); });
+  }
+  add("_tfnClearErrStatus", [](Caller& call) {
+    _tfnSetErrStatus(3);
+    call.result();
+    call.result();
+  });
+  add("_tfnSetMode", [](Caller& call) {
+    call.result(TFN_ERR_STDERR | 1u);
+    call.result(TFN_MODE_DEFAULT);
+  });
+  add("_tfnSetErrStatus", [](Caller& call) {
+    call.result(-1);
+    call.result(0);
+  });
+  add("_tfnSetErrorCallBack", [](Caller& call) {
+    call.result(on_error);
+    call.result(nullptr);
+  });
+  add("_tfnSetInterfInputVectorPointer", [](Caller& call) {
+    call(address(&rows));
+    EXPECT_EQ(*_GetInputVectorPointer(), &rows);
+    call(nullptr);
+  });
+  add("_tfnCreateFuncNameStr", [](Caller& call) {
+    char out[81] = {};
+    call.result("_tfnd", "Something", "_HA", out);
+    call.note(out);
+  });
+  add_error_path<double>("_tfndError");
+  add_error_path<float>("_tfnsError");
+  static TfnErrorContext domain{};
+  domain.code = TFN_STATUS_ERRDOM;
+  add("_tfnStdErrorHandler", [](Caller& call) { call.expected_errno = EDOM, call(&domain); });
+  add("_tfnStdErrorHandlerErrno", [](Caller& call) { call.expected_errno = EDOM, call(&domain); });
+  add("_tfnStdErrorHandlerExcept", [](Caller& call) { call(&domain); });
+  add("_tfnStdErrorHandlerStderr", [](Caller& call) {
+    const int kept = dup(STDERR_FILENO), nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDERR_FILENO);
+    call(&domain);
+    dup2(kept, STDERR_FILENO);
+    close(kept);
+    close(nowhere);
+  });
+}
+
+void add_kernels() {
+#define TFN_ADD(Name, results)                      \
+  add_kernel<double>("_tfnd" #Name "_HA", results); \
+  add_kernel<double>("_tfnd" #Name "_50", results); \
+  add_kernel<float>("_tfns" #Name "_HA", results);  \
+  add_kernel<float>("_tfns" #Name "_21", results);
+#define TFN_ADD_ONE(Name) TFN_ADD(Name, 1)
+#define TFN_ADD_TWO(Name) TFN_ADD(Name, 2)
+  TFN_ONE_RESULT(TFN_ADD_ONE)
+  TFN_TWO_RESULTS(TFN_ADD_TWO)
+}
+
+void add_registry() {
+  add("__wxrRegisterBrng", [](Caller& call) {
+    const int before = __wxrGetNumRegBrngs();
+    BrngRecord record = probe_record;
+    call.note(call(&record) - (static_cast<unsigned>(before) << 20));
+    record.iOut = nullptr;
+    call.result(&record);
+  });
+  add("__wxrGetNumRegBrngs", [](Caller& call) { EXPECT_EQ(call(), static_cast<unsigned>(NRegBrngsNew)); });
+  add("__wxrGetBrngProperties", [](Caller& call) {
+    BrngRecord record{};
+    call.result(QOR_BRNG_MT19937, &record);
+    call.note(static_cast<unsigned>(record.stateBytes));
+    call.result(-1, &record);
+  });
+  add("__wxrGetBrngBaseOffset", [](Caller& call) {
+    int entry = -1, member = -1;
+    EXPECT_EQ(call(QOR_BRNG_WH + 5, &entry, &member), reinterpret_cast<std::uintptr_t>(__RegBrngsNew));
+    EXPECT_EQ(entry, 4);
+    EXPECT_EQ(member, 5);
+  });
+  add("__wxrIsBrngValid", [](Caller& call) {
+    call.result(__RegBrngsNew, 8, 1023);
+    call.result(__RegBrngsNew, 8, 1024);
+  });
+}
+
+void add_streams() {
+  add("__wxrNewStreamEx", [](Caller& call) {
+    for (const int brng : {QOR_BRNG_MT19937, QOR_BRNG_MRG32K3A, QOR_BRNG_MCG59, probe_brng()}) {
+      qor_stream* stream = nullptr;
+      call.result(&stream, brng, 2, Stream::seeds);
+      ASSERT_NE(stream, nullptr);
+      __wxrDeleteStream(&stream);
+    }
+    qor_stream* stream = nullptr;
+    call.result(&stream, QOR_BRNG_DABSTRACT, 0, nullptr);
+  });
+  add("__wxrAllocateStream", [](Caller& call) {
+    qor_stream* stream = nullptr;
+    call.result(&stream, __RegBrngsNew, QOR_BRNG_MT19937, 7, 0);
+    ASSERT_NE(stream, nullptr);
+    __wxrDeleteStream(&stream);
+  });
+  add("__wxrCopyStream", [](Caller& call) {
+    const Stream source(QOR_BRNG_MT19937);
+    __wxrAddChunk(source.get(), 5, std::malloc(8), 8);
+    qor_stream* copy = nullptr;
+    call.result(&copy, source.get());
+    call.note(static_cast<unsigned>(__wxrGetNumChunks(copy)));
+    __wxrDeleteStream(&copy);
+  });
+  add("__wxrCopyStreamState", [](Caller& call) {
+    const Stream source(QOR_BRNG_MT19937), destination(QOR_BRNG_MT19937);
+    source.words();
+    call.result(destination.get(), source.get());
+    call.note(destination.words());
+  });
+  add("__wxrDeleteStream", [](Caller& call) {
+    Stream stream(QOR_BRNG_MCG31M1);
+    __wxrAddChunk(stream.get(), 5, std::malloc(8), 8);
+    call.result(stream.slot());
+    EXPECT_EQ(stream.get(), nullptr);
+  });
+  add("__wxrGetStreamStateBrng", [](Caller& call) { call.result(Stream(QOR_BRNG_MCG59).get()); });
+  add("__wxrLeapfrogStream", [](Caller& call) {
+    const Stream stream(QOR_BRNG_MCG59), probe(probe_brng());
+    call.result(stream.get(), 2, 5);
+    call.result(probe.get(), 2, 5);
+    call.note(stream.words());
+  });
+  add("__wxrSkipAheadStream", [](Caller& call) {
+    const Stream stream(QOR_BRNG_MRG32K3A), probe(probe_brng());
+    call.result(stream.get(), 123456);
+    call.result(probe.get(), 17);
+    call.note(stream.words());
+  });
+  add("__wxrAddChunk", [](Caller& call) {
+    const Stream stream(QOR_BRNG_MCG31M1);
+    call.result(stream.get(), 9u, std::malloc(16), 16u);
+    EXPECT_EQ(__wxrGetNumChunks(stream.get()), 1);
+  });
+  add("__wxrSearchChunk", [](Caller& call) {
+    const Stream stream(QOR_BRNG_MCG31M1);
+    void* const data = std::malloc(16);
+    __wxrAddChunk(stream.get(), 9, data, 16);
+    EXPECT_EQ(call(stream.get(), 9u), reinterpret_cast<std::uintptr_t>(data));
+    EXPECT_EQ(call(stream.get(), 8u), 0u);
+  });
+  for (const char* name : {"__wxrGetNumChunks", "__wxrDeleteChunks"}) {
+    add(name, [](Caller& call) {
+      const Stream stream(QOR_BRNG_MCG31M1);
+      __wxrAddChunk(stream.get(), 9, std::malloc(16), 16);
+      call.result(stream.get());
+    });
+  }
+}
+
+void add_engines() {
+  struct Engine {
+    std::string tag;
+    int brng;
+  };
+  static const Engine engines[] = {{"MCG31M1", QOR_BRNG_MCG31M1},
+                                   {"R250", QOR_BRNG_R250},
+                                   {"MRG32K3A", QOR_BRNG_MRG32K3A},
+                                   {"MCG59", QOR_BRNG_MCG59},
+                                   {"MT19937", QOR_BRNG_MT19937}};
+  for (const Engine& engine : engines) {
+    add("__wxrBRng" + engine.tag + "InitStream", [&engine](Caller& call) {
+      const Stream stream(engine.brng);
+      const unsigned k = 1;
+      call.result(2, stream.get(), 12345, nullptr);
+      call.result(1, stream.get(), 3, &k);
+      call.note(stream.words());
+      call.result(0, stream.get(), 2, Stream::seeds);
+      call.result(7, stream.get(), 2, Stream::seeds);
+      call.note(stream.words());
+    });
+    add("__wxrsBRng" + engine.tag, [&engine](Caller& call) {
+      const Stream stream(engine.brng);
+      Array<float> out;
+      call.result(stream.get(), elements - 1, out.get(), -1.5f, 2.5f);
+      call.note(out.bytes());
+    });
+    add("__wxrdBRng" + engine.tag, [&engine](Caller& call) {
+      const Stream stream(engine.brng);
+      Array<double> out;
+      call.result(stream.get(), elements - 1, out.get(), -1.5, 2.5);
+      call.note(out.bytes());
+    });
+    add("__wxriBRng" + engine.tag, [&engine](Caller& call) {
+      const Stream stream(engine.brng);
+      Array<std::uint64_t> out;
+      call.result(stream.get(), elements - 1, out.get());
+      call.note(out.bytes());
+    });
+  }
+
+  static const unsigned matrix[9] = {0, 1, 0, 0, 0, 1, 4294156359u, 1403580u, 0}, modulus = 4294967087u;
+  add("__wxriPowMod", [](Caller& call) { call.result(1132489760u, 1000, modulus); });
+  add("__wxriPowMod2P31M1", [](Caller& call) { call.result(1132489760u, 1000); });
+  add("__wxriPowMod2P59", [](Caller& call) {
+    call.result(12345u, 6789u, 1000);
+    call.note(call.edx);
+  });
+  const auto add_matrix = [](const std::string& name, const std::function<void(Caller&, unsigned*)>& call_it) {
+    add(name, [call_it](Caller& call) {
+      unsigned out[9] = {1, 2, 3};
+      call_it(call, out);
+      call.note(std::string(reinterpret_cast<const char*>(out), sizeof out));
+    });
+  };
+  add_matrix("__wxriVect3PowMod", [](Caller& call, unsigned* out) { call(out, matrix + 6, modulus, 100); });
+  add_matrix("__wxriMatr3x3PowMod", [](Caller& call, unsigned* out) { call(matrix, out, modulus, 100); });
+  add_matrix("__wxriMatr3x3MulMod", [](Caller& call, unsigned* out) { call(matrix, matrix, out, modulus); });
+  add_matrix("__wxriMatr3x3VectMulMod", [](Caller& call, unsigned* out) {
+    const unsigned vector[3] = {7, 8, 9};
+    call(matrix, vector, out, modulus);
+  });
+}
+
+// Generators of variates, on a stream of the library's and on one of the caller's engine. `method` is left out where
+// the function has none.
+template <class T, class A>
+void add_generator(const std::string& name, std::vector<int> methods, A a, A b) {
+  add(name, [methods, a, b](Caller& call) {
+    for (const int brng : {QOR_BRNG_MT19937, probe_brng()}) {
+      const Stream stream(brng);
+      for (const int n : {elements - 1, 4}) {
+        Array<T> out;
+        for (const int method : methods) call.result(method, stream.get(), n, out.get(), a, b);
+        if (methods.empty()) call.result(stream.get(), n, out.get(), a, b);
+        call.note(out.bytes());
+      }
+    }
+  });
+}
+
+void add_distributions() {
+  const int accurate = static_cast<int>(QOR_RNG_METHOD_ACCURATE);
+  add_generator<double>("_wxrdRngUniform", {0, accurate}, -1.25, 3.5);
+  add_generator<float>("_wxrsRngUniform", {0, accurate}, -1.25f, 3.5f);
+  add_generator<int>("_wxriRngUniform", {0}, -3, 1000);
+  add("_wxriRngUniformBits", [](Caller& call) {
+    for (const int brng : {QOR_BRNG_MT19937, QOR_BRNG_MCG59, probe_brng()}) {
+      const Stream stream(brng);
+      Array<std::uint64_t> out;
+      call.result(0, stream.get(), elements - 1, out.get());
+      call.note(out.bytes());
+    }
+  });
+  add_generator<double>("_wxrdRngGaussian", {0, 1}, 10.0, 2.0);
+  add_generator<float>("_wxrsRngGaussian", {0, 1}, 10.0f, 2.0f);
+  for (const char* name : {"_vdRngGaussianBoxMuller", "_vdRngGaussianBoxMuller2"}) {
+    add_generator<double>(name, {}, 10.0, 2.0);
+  }
+  for (const char* name : {"_vsRngGaussianBoxMuller", "_vsRngGaussianBoxMuller2"}) {
+    add_generator<float>(name, {}, 10.0f, 2.0f);
+  }
+}
+
+class Entries : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    std::signal(SIGSEGV, [](int) {  // what an aligned access to a misaligned stack ends in
+      std::fprintf(stderr, "segmentation fault in %s\n", current);
+      std::_Exit(1);
+    });
+    if (!rows.empty()) return;
+    add_control();
+    add_kernels();
+    add_registry();
+    add_streams();
+    add_engines();
+    add_distributions();
+  }
+  static std::string recorded(const Row& row, int offset, unsigned mxcsr, unsigned control) {
+    const std::string trace_text = row.name + " at " + std::to_string(offset) + " mod 16";
+    const testing::ScopedTrace trace(__FILE__, __LINE__, trace_text);
+    Caller caller(row.name, offset, mxcsr, control);
+    misaligned_callbacks = 0;
+    current = trace_text.c_str();
+    row.call(caller);
+    EXPECT_EQ(misaligned_callbacks, 0) << "the library called back with a misaligned stack";
+    return caller.record;
+  }
+};
+
+TEST_F(Entries, AllHaveARowHere) {
+  std::set<std::string> called;
+  for (const Row& row : rows) EXPECT_TRUE(called.insert(row.name).second) << row.name << " twice";
+  for (const std::string& name : binary::exports_of(QOR_LIBRARY).functions) {
+    EXPECT_TRUE(called.contains(name)) << name << " has no row in this test";
+  }
+}
+
+TEST_F(Entries, WorkAtEveryStackOffset) {
+  for (const Row& row : rows) {
+    const std::string aligned = recorded(row, 0, standard_mxcsr, standard_control);
+    for (const int offset : {4, 8, 12}) {
+      EXPECT_TRUE(recorded(row, offset, standard_mxcsr, standard_control) == aligned)
+          << row.name << " at " << offset << " mod 16 gives another result";
+    }
+  }
+}
+
+TEST_F(Entries, KeepUnusualControlWords) {
+  for (const Row& row : rows) {
+    const std::string standard = recorded(row, 0, standard_mxcsr, standard_control);
+    // Rounding up with subnormals flushed and taken as zero; x87 rounding to zero in double precision.
+    const std::string unusual = recorded(row, 4, standard_mxcsr | 0xC040, 0xE7F);
+    EXPECT_TRUE(unusual == standard) << row.name << " depends on the caller's control words";
+  }
+}
+
+}  // namespace
