@@ -153,8 +153,6 @@ struct EngineRow {
 // By name in messages; its bytes have gaps.
 inline void PrintTo(const EngineRow& row, std::ostream* out) { *out << row.name; }
 
-inline void PrintTo(const EngineRow& e, std::ostream* out) { *out << e.name; }
-
 inline const std::vector<EngineRow>& engine_rows() {
 #define ENGINE_ROW(tag, engine, bytes, words, zero, width, ...) \
   {#tag,                                                        \

@@ -9,72 +9,110 @@
 #include "rng/streams/status.h"
 #include "simd/vec.h"
 #include "tfn/kernels.h"
+#include "tfn/ln.h"
+#include "tfn/sqrt.h"
+#include "tfn/trig.h"
 
 namespace qor::rng {
 namespace {
+
+using tfn::Accuracy;
 
 // The kernels of each precision: the low accuracy, but for the double sine and cosine that stand alone.
 template <class T>
 struct Kernels;
 template <>
 struct Kernels<double> {
-  static constexpr auto sin = tfn::dSin_HA, cos = tfn::dCos_HA;
+  static constexpr auto ln = tfn::dLn_50, sqrt = tfn::dSqrt_50, sin = tfn::dSin_HA, cos = tfn::dCos_HA;
   static constexpr auto sin_cos = tfn::dSinCos_50;
-  static constexpr auto ln = tfn::dLn_50, sqrt = tfn::dSqrt_50;
+  using Sine = tfn::Sin<Accuracy::high>;
   static constexpr double two_pi = 6.283185307179586;
   static constexpr std::uint32_t pending_key = 2;
 };
 template <>
 struct Kernels<float> {
-  static constexpr auto sin = tfn::sSin_21, cos = tfn::sCos_21;
+  static constexpr auto ln = tfn::sLn_21, sqrt = tfn::sSqrt_21, sin = tfn::sSin_21, cos = tfn::sCos_21;
   static constexpr auto sin_cos = tfn::sSinCos_21;
-  static constexpr auto ln = tfn::sLn_21, sqrt = tfn::sSqrt_21;
+  using Sine = tfn::Sin<Accuracy::low>;
   static constexpr float two_pi = 6.2831855f;
   static constexpr std::uint32_t pending_key = 1;
 };
+using Both = tfn::SinCos<Accuracy::low>;
 
-constexpr int block = 1024;
+// What is made of a pair of uniform numbers: the sine half, or the sine and the cosine half next to each other.
+enum class Halves { sine, both };
+template <Halves H>
+inline constexpr int per_pair = H == Halves::both ? 2 : 1;
 
-// Whole vectors of n elements, then single ones: `vectors` handles the elements from i on, `singles` element i.
-template <int Lanes, class Vectors, class Singles>
-QOR_INLINE void each(int n, Vectors vectors, Singles singles) {
-  int i = 0;
-  for (; i <= n - Lanes; i += Lanes) vectors(i);
-  for (; i < n; ++i) singles(i);
-}
+constexpr int block = 1024;  // uniform numbers are drawn for so many variates at a time
 
-// Pairs of uniform numbers: the first ones make radii, the second ones angles.
 template <class T>
-void split_pairs(int pairs, const T* u, T* radius, T* angle) {
-  using V = simd::Vec<T>;
-  constexpr T two_pi = Kernels<T>::two_pi;
-  const numeric::MxcsrGuard guard;
-  each<simd::lanes<V>>(
-      pairs,
-      [&](int i) {
-        const V u0 = simd::load<V>(u + 2 * i), u1 = simd::load<V>(u + 2 * i + simd::lanes<V>);
-        simd::store(radius + i, simd::evens(u0, u1));
-        simd::store(angle + i, simd::odds(u0, u1) * two_pi);
-      },
-      [&](int i) {
-        radius[i] = u[2 * i];
-        angle[i] = u[2 * i + 1] * two_pi;
-      });
+QOR_INLINE T minus_twice(T x) {
+  return 0 - (x + x);
 }
 
-// radius = sqrt(-2 ln u) in place.
+// sqrt(-2 ln u) in place.
 template <class T>
 void radii(int n, T* u) {
-  using V = simd::Vec<T>;
   Kernels<T>::ln(n, u, u);
-  {
-    const numeric::MxcsrGuard guard;
-    const auto minus_twice = [](auto x) { return 0 - (x + x); };
-    each<simd::lanes<V>>(
-        n, [&](int i) { simd::store(u + i, minus_twice(simd::load<V>(u + i))); },
-        [&](int i) { u[i] = minus_twice(u[i]); });
-  }
+  const numeric::MxcsrGuard nearest;
+  for (int i = 0; i < n; ++i) u[i] = minus_twice(u[i]);
   Kernels<T>::sqrt(n, u, u);
+}
+
+// A few pairs through the kernels' entries, zeros and all; at most a vector of them.
+template <class T, Halves H>
+[[gnu::noinline]] void by_kernels(int pairs, const T* u, T* r, T a, T sigma) {
+  constexpr int most = simd::lanes<simd::Vec<T>>;
+  const numeric::MxcsrGuard nearest;
+  T radius[most], trig[2][most];
+  for (int i = 0; i < pairs; ++i) {
+    radius[i] = u[2 * i];
+    trig[0][i] = u[2 * i + 1] * Kernels<T>::two_pi;
+  }
+  if constexpr (H == Halves::both) {
+    Kernels<T>::sin_cos(pairs, trig[0], trig[0], trig[1]);
+  } else {
+    Kernels<T>::sin(pairs, trig[0], trig[0]);
+  }
+  radii(pairs, radius);
+  for (int i = 0; i < pairs; ++i) {
+    for (int k = 0; k < per_pair<H>; ++k) r[per_pair<H> * i + k] = (radius[i] * trig[k][i]) * sigma + a;
+  }
+}
+
+// The same for any number of pairs, with the kernels' cores joined in registers. A vector that holds an element for their
+// rare paths (a uniform zero, say) goes through the kernels instead; the bits are the same either way.
+template <class T, Halves H>
+void transform(int pairs, const T* u, T* r, T a, T sigma) {
+  using V = simd::Vec<T>;
+  using Trig = std::conditional_t<H == Halves::both, Both, typename Kernels<T>::Sine>;
+  constexpr int lanes = simd::lanes<V>, step = lanes * per_pair<H>;
+  const numeric::MxcsrGuard nearest;
+  for (; pairs >= lanes; pairs -= lanes, u += 2 * lanes, r += step) {
+    const V u0 = simd::load<V>(u), u1 = simd::load<V>(u + lanes);
+    alignas(V) T first[lanes];
+    const V uniform = simd::evens(u0, u1);
+    simd::store(first, uniform);
+    V ln, rho, trig[2];
+    simd::Bits<V> usual_ln, usual_sqrt, usual_trig;
+    tfn::Ln<Accuracy::low>::fast(uniform, first, &ln, usual_ln);
+    tfn::Sqrt<Accuracy::low>::fast(minus_twice(ln), nullptr, &rho, usual_sqrt);
+    Trig::fast(simd::odds(u0, u1) * Kernels<T>::two_pi, nullptr, trig, usual_trig);
+    if (simd::lanes_set(usual_ln & usual_sqrt & usual_trig) != simd::all_lanes<V>) [[unlikely]] {
+      by_kernels<T, H>(lanes, u, r, a, sigma);
+      continue;
+    }
+    const V sine = (rho * trig[0]) * sigma + a;
+    if constexpr (H == Halves::both) {
+      const V cosine = (rho * trig[1]) * sigma + a;
+      simd::store(r, simd::zip_low(sine, cosine));
+      simd::store(r + lanes, simd::zip_high(sine, cosine));
+    } else {
+      simd::store(r, sine);
+    }
+  }
+  if (pairs > 0) by_kernels<T, H>(pairs, u, r, a, sigma);
 }
 
 // A pair kept for the next call, (u1, u2) as the engine gave them; none: u1 is -1.
@@ -99,14 +137,13 @@ Pending<T>* pending_pair(Stream* stream, int& status) {
   return status < 0 ? nullptr : fresh.release();
 }
 
-// sqrt(-2 ln u1) trig(2 pi u2) of a single pair, scaled. Stored, not returned: the guard orders memory alone.
-template <class T, class Kernel>
-QOR_INLINE void half_of_pair(const Pending<T>& pair, Kernel trig, T a, T sigma, T* out) {
-  T radius, angle;
-  split_pairs(1, pair.u, &radius, &angle);
-  trig(1, &angle, &angle);
-  radii(1, &radius);
+// sqrt(-2 ln u1) cos(2 pi u2) of a single pair, scaled. Stored, not returned: the guard orders memory alone.
+template <class T>
+void cosine_half(const Pending<T>& pair, T a, T sigma, T* out) {
   const numeric::MxcsrGuard nearest;
+  T radius = pair.u[0], angle = pair.u[1] * Kernels<T>::two_pi;
+  Kernels<T>::cos(1, &angle, &angle);
+  radii(1, &radius);
   *out = (radius * angle) * sigma + a;
 }
 
@@ -114,28 +151,20 @@ QOR_INLINE void half_of_pair(const Pending<T>& pair, Kernel trig, T a, T sigma, 
 
 template <class T>
 int box_muller(Stream* stream, int n, T* r, T a, T sigma) {
-  using V = simd::Vec<T>;
   const ModeGuard guard(ln_callback<T>);
-  alignas(16) T u[2 * block], radius[block], angle[block];
+  alignas(16) T u[2 * block];
   int status = status::ok;
   for (int m; n > 0; n -= m, r += m) {
     m = std::min(n, block);
     status = uniform(0, stream, 2 * m, u, T(0), T(1));
     if (status < 0) return status;
-    split_pairs(m, u, radius, angle);
-    Kernels<T>::sin(m, angle, angle);
-    radii(m, radius);
-    const numeric::MxcsrGuard nearest;
-    each<simd::lanes<V>>(
-        m, [&](int i) { simd::store(r + i, (simd::load<V>(radius + i) * simd::load<V>(angle + i)) * sigma + a); },
-        [&](int i) { r[i] = (radius[i] * angle[i]) * sigma + a; });
+    transform<T, Halves::sine>(m, u, r, a, sigma);
   }
   return status;
 }
 
 template <class T>
 int box_muller2(Stream* stream, int n, T* r, T a, T sigma) {
-  using V = simd::Vec<T>;
   if (n < 1) return status::ok;
   const ModeGuard guard(ln_callback<T>);
   int status = status::ok;
@@ -144,35 +173,19 @@ int box_muller2(Stream* stream, int n, T* r, T a, T sigma) {
 
   // The pending pair is given up only when the request succeeds: an engine that fails half-way leaves it in place.
   int j = 0;
-  if (!pending->empty()) half_of_pair(*pending, Kernels<T>::cos, a, sigma, r + j++);
+  if (!pending->empty()) cosine_half(*pending, a, sigma, r + j++);
 
-  alignas(16) T u[block], radius[block / 2], sine[block / 2], cosine[block / 2];
+  alignas(16) T u[block];
   for (int pairs; (pairs = std::min(n - j, block) / 2) > 0; j += 2 * pairs) {
     status = uniform(0, stream, 2 * pairs, u, T(0), T(1));
     if (status < 0) return status;
-    split_pairs(pairs, u, radius, sine);
-    Kernels<T>::sin_cos(pairs, sine, sine, cosine);
-    radii(pairs, radius);
-    const numeric::MxcsrGuard nearest;
-    T* const out = r + j;
-    each<simd::lanes<V>>(
-        pairs,
-        [&](int i) {
-          const V rho = simd::load<V>(radius + i);
-          const V s = (rho * simd::load<V>(sine + i)) * sigma + a, c = (rho * simd::load<V>(cosine + i)) * sigma + a;
-          simd::store(out + 2 * i, simd::zip_low(s, c));
-          simd::store(out + 2 * i + simd::lanes<V>, simd::zip_high(s, c));
-        },
-        [&](int i) {
-          out[2 * i] = (radius[i] * sine[i]) * sigma + a;
-          out[2 * i + 1] = (radius[i] * cosine[i]) * sigma + a;
-        });
+    transform<T, Halves::both>(pairs, u, r + j, a, sigma);
   }
   Pending<T> kept;
   if (j < n) {
     status = uniform(0, stream, 2, kept.u, T(0), T(1));
     if (status < 0) return status;
-    half_of_pair(kept, Kernels<T>::sin, a, sigma, r + j);
+    by_kernels<T, Halves::sine>(1, kept.u, r + j, a, sigma);
   }
   *pending = kept;
   return status;
