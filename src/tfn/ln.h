@@ -45,7 +45,8 @@ struct Ln {
       const VecD m1 =
           (as<VecD>(bits(m) | splat<VecU64>(0x000003FF000003FF)) + splat<VecD>(0x1p44)) - splat<VecD>(0x1p44);
       const VecD u = (m - m1) * c;
-      // ln(1 + u) - u, minimax on |u| <= 2^-9; its error, 2^-60.6, is 2.7 ulp of the smallest results that come with so large a u.
+      // ln(1 + u) - u, minimax on |u| <= 2^-9; its error, 2^-60.6, is 2.7 ulp of the smallest results that come with so
+      // large a u.
       const VecD p =
           horner(u, 0.20000077300509184, -0.25000079467558006, 0.33333333333238757, -0.4999999999992423) * u * u;
       return ((p + (k * ln2_lo + lo)) + u) + (k * ln2_hi + hi);

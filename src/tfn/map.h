@@ -4,6 +4,9 @@
 //   results                    1 or 2 results an element
 //   fast(x, at, y, usual)      y[0 .. results) for a vector x, right in the lanes it marks in `usual`; `at` is where x
 //                              was loaded from, for those who want its bits as integers too
+//   begin(x) -> state, finish(state, y, usual)   optional: fast in two stages. The first stage of the next vector runs
+//                              before the second of this one, which then finds its operands ready: the processor holds
+//                              fewer waiting instructions and overlaps more vectors.
 //   element(x, y) -> status    y[0 .. results) for any single x, and what to report
 //   filler                     an argument that is always usual, for the lanes past the end
 #pragma once
@@ -18,6 +21,7 @@ template <class K, class T>
 struct Map {
   using V = simd::Vec<T>;
   static constexpr int width = simd::lanes<V>;
+  static constexpr bool two_stages = requires(V x) { K::begin(x); };
 
   const char* name;
   const T* a;
@@ -35,15 +39,31 @@ struct Map {
     }
   }
 
+  // The first stage of the vector at p, if K has two and there is a vector.
+  QOR_INLINE static auto begin(const T* p) {
+    if constexpr (two_stages) {
+      return K::begin(p != nullptr ? simd::load<V>(p) : V{});
+    } else {
+      return 0;
+    }
+  }
+
   void run(int n) const {
     if (n <= 0) return;
     numeric::MxcsrGuard guard;
     int i = 0;
+    [[maybe_unused]] auto begun = begin(n >= width ? a : nullptr);
     for (; i <= n - width; i += width) {
       const V x = simd::load<V>(a + i);
       V y[K::results];
       simd::Bits<V> usual;
-      K::fast(x, a + i, y, usual);
+      if constexpr (two_stages) {
+        const auto now = begun;
+        begun = begin(i + 2 * width <= n ? a + i + width : a + i);
+        K::finish(now, y, usual);
+      } else {
+        K::fast(x, a + i, y, usual);
+      }
       for (int k = 0; k < K::results; ++k) simd::store(r[k] + i, y[k]);
       if (const unsigned set = simd::lanes_set(usual); set != simd::all_lanes<V>) [[unlikely]] {
         T copy[width];

@@ -1,6 +1,6 @@
 // Sine and cosine. x = k/n of a turn + r, |r| at most half a row and a little; with S, C the sine and cosine of row k,
 //   sin x = S + (C sin r + S (cos r - 1)),  cos x = C + (-S sin r + C (cos r - 1)).
-// Doubles work on |x|; the sine gets its sign at the end, so symmetries hold in every bit.
+// Every step is odd or even in x, so symmetries hold in every bit.
 //
 // The reduction uses two parts of a row's width. Its absolute error is below |x| 2^-79 (doubles); a result that is not
 // larger than |x| 2^-20 is not counted as usual. This one comparison catches arguments too large for the reduction,
@@ -58,7 +58,8 @@ struct Trig {
   static constexpr double shift = 0x1.8p52;
 
   // y from r = whole - tail at row k, modulo the rows of a turn. tail is below |whole| 2^-6, or the result is not
-  // usual.
+  // usual. The high accuracy takes x as it is: with the sine of row 0 being -0 and the small terms subtracted, the sine
+  // of a zero keeps its sign, -0 + x - 0. The low accuracy takes |x|, and `sign` for the sine.
   template <Accuracy A>
   QOR_INLINE static void combine(simd::VecU64 k, simd::VecD whole, simd::VecD tail, simd::VecU64 sign, simd::VecD* y) {
     using namespace simd;
@@ -79,24 +80,32 @@ struct Trig {
       const VecD cos_less_1 = horner(r2, fit.cos_4, fit.cos_2) * r2;
       const auto output = [&](unsigned rows_on) {
         const auto offset = [&](int l) { return (row(l) + rows_on) % trig_exact_rows * sizeof(TrigExactRow); };
-        const auto [s, s_lo, c, c_lo] = gather_rows<4>(&trig_exact_table[0].sine, offset).column;
+        const auto [s, minus_s_lo, c, c_lo] = gather_rows<4>(&trig_exact_table[0].sine, offset).column;
         const auto [sum, error] = numeric::quick_two_sum(s, c * head);
-        const VecD low = (s_lo + c_lo * head) + ((c + c_lo) * rest + s * cos_less_1);
-        return sum + (error + low);
+        const VecD minus_low = (minus_s_lo - c_lo * head) - ((c + c_lo) * rest + s * cos_less_1);
+        return sum - (minus_low - error);
       };
-      if constexpr (has_sine) y[sine_at] = flip_sign(output(0), sign);
+      if constexpr (has_sine) y[sine_at] = output(0);
       if constexpr (has_cosine) y[cosine_at] = output(trig_exact_rows / 4);
     }
   }
 
+  // The two stages of the double kernels: the reduction, and what is made of it.
+  struct Reduced {
+    simd::VecD x, shifted, whole, tail;
+  };
   template <Accuracy A>
-  QOR_INLINE static void reduce_and_combine(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
+  QOR_INLINE static Reduced reduce(simd::VecD x) {
     using namespace simd;
-    const VecD ax = abs(x);
+    const VecD ax = A == Accuracy::low ? abs(x) : x;
     const VecD shifted = ax * step<A>.per_unit + shift;
     const VecD k = shifted - shift;
-    combine<A>(bits(shifted), ax - k * step<A>.head, k * step<A>.tail, simd::sign(x), y);  // the difference is exact
-    usual = large_enough(ax * 0x1p-20, y);
+    return {x, shifted, ax - k * step<A>.head, k * step<A>.tail};  // the difference is exact
+  }
+  template <Accuracy A>
+  QOR_INLINE static void finish(const Reduced& x, simd::VecD* y, simd::VecU64& usual) {
+    combine<A>(simd::bits(x.shifted), x.whole, x.tail, simd::sign(x.x), y);
+    usual = large_enough(simd::abs(x.x) * 0x1p-20, y);
   }
 
   // The lanes whose results are `least` or more. Beyond the range of the reduction results are anything at all: they
@@ -244,6 +253,11 @@ struct Trig {
     double r, r_lo;
     reduce_exactly<A == Accuracy::low ? 8 : 9>(x, k, r, r_lo);
     VecD v[results];
+    if (A == Accuracy::high && x < 0) {
+      k = 0 - k;
+      r = -r;
+      r_lo = -r_lo;
+    }
     combine<A>(splat<VecU64>(k), splat<VecD>(r), splat<VecD>(-r_lo), simd::sign(splat<VecD>(x)), v);
     for (int i = 0; i < results; ++i) y[i] = v[i][0];
     return TFN_STATUS_OK;
@@ -264,8 +278,12 @@ struct TrigKernel {
   template <class T>
   static constexpr double bound = default_bound<T>(A);
 
+  QOR_INLINE static auto begin(simd::VecD x) requires(A == Accuracy::high) { return Core::template reduce<A>(x); }
+  QOR_INLINE static void finish(const typename Core::Reduced& x, simd::VecD* y, simd::VecU64& usual) {
+    Core::template finish<A>(x, y, usual);
+  }
   QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
-    Core::template reduce_and_combine<A>(x, y, usual);
+    finish(Core::template reduce<A>(x), y, usual);
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
     if constexpr (A == Accuracy::low) {

@@ -61,19 +61,20 @@ inline constexpr auto trig_table = [] {
   rows[0].sine = -0.0;
   return rows;
 }();
-// Row j: sine and cosine at j/512 of a turn in two parts each. That of the cosine has 26 bits first, so that its
-// product with another number of 26 bits is exact; the two carry some 79 bits. A quarter turn on stand the rows for the
-// cosine.
+// Row j: sine and cosine at j/512 of a turn in two parts each, the second of the sine negated. That of the cosine has
+// 26 bits first, so that its product with another number of 26 bits is exact; the two carry some 79 bits. A quarter
+// turn on stand the rows for the cosine.
 struct alignas(32) TrigExactRow {
-  double sine, sine_lo, cosine, cosine_lo;
+  double sine, minus_sine_lo, cosine, cosine_lo;
 };
 inline constexpr auto trig_exact_table = [] {
   std::array<TrigExactRow, trig_exact_rows> rows{};
   for (int j = 0; j < trig_exact_rows; ++j) {
     const SineCosine a = sine_cosine_at(j, trig_exact_rows);
     const double c = numeric::halves(a.cosine.hi).hi;
-    rows[j] = {a.sine.hi, a.sine.lo, c, (a.cosine.hi - c) + a.cosine.lo};
+    rows[j] = {a.sine.hi, 0 - a.sine.lo, c, (a.cosine.hi - c) + a.cosine.lo};
   }
+  rows[0].sine = -0.0;
   return rows;
 }();
 
