@@ -18,7 +18,7 @@ using numeric::normal_range;
 // sqrt(x) in two factors for x = s^2 x', x' normal: the result is (reciprocal_root(x') x) s.
 // The estimate works on [1, 4): the fraction's leading bits and the exponent's parity, in the low words; the exponent's
 // half is put back with integer arithmetic in the high words.
-QOR_INLINE simd::VecD reciprocal_root(simd::VecD scaled) {
+QOR_INLINE simd::VecD reciprocal_root_estimate(simd::VecD scaled) {
   using namespace simd;
   const auto low = [](std::uint32_t w) { return as<VecU32>(splat<VecU64>(w)); };
   const auto high = [](std::uint32_t w) { return as<VecU32>(splat<VecU64>(std::uint64_t{w} << 32)); };
@@ -26,10 +26,17 @@ QOR_INLINE simd::VecD reciprocal_root(simd::VecD scaled) {
   const VecU32 reduced = ((as<VecU32>(b >> 29) & low(0xFFFFFF)) ^ low(0x800000)) + low(0x3F800000);
   const VecU32 estimate = as<VecU32>(rsqrt_estimate(as<VecF>(reduced))) >> 3;
   const VecU32 half_exponent = ((as<VecU32>(b) - high(0x100000)) & high(0xFFE00000)) >> 1;
-  const VecD y = as<VecD>(as<VecU32>(as<VecU64>(estimate) << 32) + high(0x57F00000) - half_exponent);
+  return as<VecD>(as<VecU32>(as<VecU64>(estimate) << 32) + high(0x57F00000) - half_exponent);
+}
+QOR_INLINE simd::VecD refine_reciprocal_root(simd::VecD scaled, simd::VecD y) {
+  using namespace simd;
   const VecD e = scaled * (y * y) - 1.0;
   // (1 + e)^(-1/2) - 1: 35/128, -5/16, 3/8, -1/2.
   return y + y * (horner(e, 0.2734375, -0.3125, 0.375, -0.5) * e);
+}
+
+QOR_INLINE simd::VecD reciprocal_root(simd::VecD scaled) {
+  return refine_reciprocal_root(scaled, reciprocal_root_estimate(scaled));
 }
 
 template <Accuracy A>
@@ -39,11 +46,21 @@ struct Sqrt {
   template <class T>
   static constexpr double bound = A == Accuracy::low && sizeof(T) == 8 ? 2.0 : 0.5;
 
+  struct Estimated {
+    simd::VecD x, y;
+  };
+  QOR_INLINE static Estimated begin(simd::VecD x) requires(A == Accuracy::low) {
+    return {x, reciprocal_root_estimate(x)};
+  }
+  QOR_INLINE static void finish(const Estimated& s, simd::VecD* y, simd::VecU64& usual) {
+    usual = normal_range(s.x);
+    y[0] = refine_reciprocal_root(s.x, s.y) * s.x;
+  }
+
   QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     if constexpr (A == Accuracy::low) {
-      usual = normal_range(x);
-      y[0] = reciprocal_root(x) * x;
+      finish(begin(x), y, usual);
     } else {
       usual = ~lt(x, VecD{});
       y[0] = sqrt(x);

@@ -43,6 +43,7 @@ struct RootOfMinusTwice : tfn::Sqrt<tfn::Accuracy::low> {
   QOR_INLINE static T minus_twice(T x) {
     return 0 - (x + x);
   }
+  QOR_INLINE static auto begin(simd::VecD x) { return Root::begin(minus_twice(x)); }
   template <class V, class B>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>* at, V* y, B& usual) {
     Root::fast(minus_twice(x), at, y, usual);
