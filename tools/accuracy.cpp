@@ -1,5 +1,5 @@
 // The deep accuracy sweep: every single of one-argument functions, some ten million doubles a function. Prints a line a
-// function, writes a table when asked to, and fails when a bound is exceeded.
+// function, writes a page when asked to, and fails when a bound is exceeded.
 //   qor_accuracy [--doubles N] [--singles STEP] [--only TEXT] [--markdown FILE]
 // N: doubles a function (default 7000000); STEP: every STEPth bit pattern of the singles (default 1: all 2^32).
 #include <unistd.h>
@@ -49,7 +49,19 @@ void in_parallel(int n, const std::string& what, F f) {
 
 class Report {
  public:
-  explicit Report(const char* markdown) : file_(markdown != nullptr ? std::fopen(markdown, "a") : nullptr) {}
+  Report(const char* markdown, const std::string& command)
+      : file_(markdown != nullptr ? std::fopen(markdown, "w") : nullptr) {
+    if (file_ == nullptr) return;
+    std::fprintf(
+        file_,
+        "# Accuracy\n\n"
+        "Largest error found of each member, in units in the last place of the exact result, and its argument.\n"
+        "Written by `%s`. Oracles: libquadmath for doubles, the C library's double precision for\n"
+        "singles. Doubles are drawn in seven strata: all bit patterns, next to 1, the ends of table intervals,\n"
+        "moderate size, neighbours of multiples of pi/2 and of pi/256 up to 2^64, integers.\n\n"
+        "| member | max ulp | bound | at | arguments |\n|---|---|---|---|---|\n",
+        command.c_str());
+  }
   ~Report() {
     if (file_ != nullptr) std::fclose(file_);
   }
@@ -124,7 +136,9 @@ int main(int argc, char** argv) {
     return 2;
   }
   _tfnSetMode(TFN_ERR_IGNORE);
-  Report report(o.markdown);
+  std::string command = "./run accuracy";
+  for (int i = 1; i < argc; ++i) command += std::string(" ") + argv[i];
+  Report report(o.markdown, command);
 
   constexpr int per_stratum = 1000;
   const int pieces = static_cast<int>(std::max(1LL, o.doubles / (7 * per_stratum)));
