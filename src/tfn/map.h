@@ -7,6 +7,7 @@
 //   begin(x) -> state, finish(state, y, usual)   optional: fast in two stages. The first stage of the next vector runs
 //                              before the second of this one, which then finds its operands ready: the processor holds
 //                              fewer waiting instructions and overlaps more vectors.
+//   retry(x, y, usual)         optional: a vector of which some lanes are not usual, once more; may make lanes usual
 //   element(x, y) -> status    y[0 .. results) for any single x, and what to report
 //   filler                     an argument that is always usual, for the lanes past the end
 #pragma once
@@ -28,7 +29,7 @@ struct Map {
   T* r[2];  // equal for one result: a report names both
 
   // The elements i + lane of the lanes set. x is what a held there: in place, a has been overwritten by now.
-  QOR_COLD void repair(unsigned set, const T* x, int i, numeric::MxcsrGuard& guard) const {
+  void repair(unsigned set, const T* x, int i, numeric::MxcsrGuard& guard) const {
     for (int lane = 0; set != 0; ++lane, set >>= 1) {
       if ((set & 1) == 0) continue;
       const int at = i + lane;
@@ -37,6 +38,21 @@ struct Map {
       for (int k = 0; k < K::results; ++k) r[k][at] = y[k];
       if (status != TFN_STATUS_OK) guard.outside([&] { report(status, at, a, a, r[0], r[1], name); });
     }
+  }
+
+  // A vector with lanes that are not usual: `count` of its lanes are elements, from i on.
+  QOR_COLD void rare(const V& x, V* y, simd::Bits<V> usual, int i, int count, numeric::MxcsrGuard& guard) const {
+    if constexpr (requires { K::retry(x, y, usual); }) {
+      K::retry(x, y, usual);
+      for (int k = 0; k < K::results; ++k) {
+        for (int l = 0; l < count; ++l) r[k][i + l] = y[k][l];
+      }
+    }
+    const unsigned set = ~simd::lanes_set(usual) & ((1u << count) - 1);
+    if (set == 0) return;
+    T copy[width];
+    simd::store(copy, x);
+    repair(set, copy, i, guard);
   }
 
   // The first stage of the vector at p, if K has two and there is a vector.
@@ -65,11 +81,8 @@ struct Map {
         K::fast(x, a + i, y, usual);
       }
       for (int k = 0; k < K::results; ++k) simd::store(r[k] + i, y[k]);
-      if (const unsigned set = simd::lanes_set(usual); set != simd::all_lanes<V>) [[unlikely]] {
-        T copy[width];
-        simd::store(copy, x);
-        repair(~set & simd::all_lanes<V>, copy, i, guard);
-      }
+      if (simd::lanes_set(usual) != simd::all_lanes<V>) [[unlikely]]
+        rare(x, y, usual, i, width, guard);
     }
     if (i < n) tail(i, n - i, guard);
   }
@@ -85,7 +98,7 @@ struct Map {
       simd::store(out[k], y[k]);
       for (int l = 0; l < count; ++l) r[k][i + l] = out[k][l];
     }
-    if (const unsigned set = ~simd::lanes_set(usual) & ((1u << count) - 1); set != 0) repair(set, block, i, guard);
+    if (simd::lanes_set(usual) != simd::all_lanes<V>) rare(simd::load<V>(block), y, usual, i, count, guard);
   }
 };
 

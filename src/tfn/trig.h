@@ -19,6 +19,7 @@
 #include "qor/tfn.h"
 #include "simd/vec.h"
 #include "tfn/accuracy.h"
+#include "tfn/trig_large.h"
 #include "tfn/trig_table.h"
 
 namespace qor::tfn {
@@ -192,53 +193,44 @@ struct Trig {
   // tools/fit/sin_low.sollya; that error is 9.7e-9.
   static constexpr float sin_low_fit[] = {0x1.5dbdfp-19f, -0x1.9f6ffep-13f, 0x1.110ed4p-7f, -0x1.55554cp-3f};
 
-  // |x| = k/2^Bits of a turn + r for any finite x: k mod 2^Bits from the fraction of |x|/(2 pi), r in two parts.
-  template <int Bits>
-  static void reduce_exactly(double x, std::uint64_t& k, double& r, double& r_lo) {
-    const std::uint64_t b = std::bit_cast<std::uint64_t>(x);
-    const std::uint32_t e = static_cast<std::uint32_t>(b >> 52) & 0x7FF;
-    // |x| = m 2^(e - 1075), m an integer of 53 bits (normal numbers only reach this point).
-    const std::uint64_t m = (b & 0x000FFFFFFFFFFFFF) | 0x0010000000000000;
-    // The window of 1/(2 pi) starts at the bit whose product with m's last bit has weight 1; earlier ones give
-    // integers.
-    const int first = int(e) - 1075;  // bits of 1/(2 pi) before the window; negative: zeros in front of it
-    std::uint32_t window[6];
-    for (int i = 0; i < 6; ++i) {
-      const int bit = first + 32 * i, word = bit >> 5, within = bit & 31;
-      const std::uint64_t two =
-          (word >= 0 ? std::uint64_t{inverse_two_pi[word]} << 32 : 0) | (word + 1 >= 0 ? inverse_two_pi[word + 1] : 0);
-      window[i] = static_cast<std::uint32_t>(two >> (32 - within));
+  // Vectors with unusual lanes, once more with a reduction for large arguments. Only results below 2^-35 of their
+  // zeros, infinities and NaNs remain.
+  template <Accuracy A>
+  QOR_INLINE static void combine_large(simd::VecD x, simd::VecD* y, simd::VecU64* good) {
+    using namespace simd;
+    const VecD ax = abs(x);
+    const auto reduced =
+        reduce_large < A == Accuracy::low ? trig_rows : trig_exact_rows > (A == Accuracy::low ? ax : x);
+    combine<A>(reduced.k, reduced.whole, reduced.tail, simd::sign(x), y);
+    const VecU64 range = le(splat<VecD>(1), ax) & le(ax, splat<VecD>(std::numeric_limits<double>::max()));
+    for (int i = 0; i < results; ++i) good[i] = range & le(splat<VecD>(0x1p-35), abs(y[i]));
+  }
+  template <Accuracy A>
+  static void retry(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
+    using namespace simd;
+    VecD large[results];
+    VecU64 good[results];
+    combine_large<A>(x, large, good);
+    usual = ~VecU64{};
+    for (int i = 0; i < results; ++i) {
+      const VecU64 had = le(abs(x) * 0x1p-20, min(abs(y[i]), splat<VecD>(1)));
+      y[i] = select(had, y[i], large[i]);
+      usual &= had | good[i];
     }
-    // fraction = m * window mod 1: the low 6 words of the product of 2 and 6.
-    const std::uint32_t m0 = static_cast<std::uint32_t>(m), m1 = static_cast<std::uint32_t>(m >> 32);
-    std::uint32_t fraction[6];
-    std::uint64_t carry = 0, above = 0;  // `above` is the previous word's product with m1, one place up
-    for (int i = 5; i >= 0; --i) {
-      const std::uint64_t p = std::uint64_t{window[i]} * m0 + carry, q = std::uint64_t{window[i]} * m1;
-      const std::uint64_t sum = (p & 0xFFFFFFFF) + (above & 0xFFFFFFFF);
-      fraction[i] = static_cast<std::uint32_t>(sum);
-      carry = (p >> 32) + (sum >> 32) + (above >> 32);
-      above = q;
+  }
+  static void retry(simd::VecF x, simd::VecF* y, simd::VecU32& usual) {
+    using namespace simd;
+    VecD low[results], high[results];
+    VecU64 good_low[results], good_high[results];
+    combine_large<Accuracy::low>(widen_low(x), low, good_low);
+    combine_large<Accuracy::low>(widen_high(x), high, good_high);
+    const VecU32 had = usual;
+    VecU32 good = ~VecU32{};
+    for (int i = 0; i < results; ++i) {
+      y[i] = select(had, y[i], narrow(low[i], high[i]));
+      good &= bits(evens(as<VecF>(good_low[i]), as<VecF>(good_high[i])));
     }
-    // k is the nearest multiple of 2^-Bits; what is left, a signed fraction of it, in words below the binary point.
-    k = fraction[0] >> (32 - Bits);
-    std::uint32_t rest[4];
-    for (int i = 0; i < 4; ++i) rest[i] = fraction[i] << Bits | fraction[i + 1] >> (32 - Bits);
-    k += rest[0] >> 31;
-    // As doubles: the first word signed, the others added exactly from the top; leading zeros cost nothing.
-    double hi = static_cast<std::int32_t>(rest[0]) * 0x1p-32, lo = 0;
-    double weight = 0x1p-64;
-    for (int i = 1; i < 4; ++i, weight *= 0x1p-32) {
-      const double word = (static_cast<double>(static_cast<std::int32_t>(rest[i] >> 1)) * 2 + (rest[i] & 1)) * weight;
-      const Pair<double> sum = numeric::two_sum(hi, word);
-      const Pair<double> all = numeric::quick_two_sum(sum.hi, sum.lo + lo);
-      hi = all.hi;
-      lo = all.lo;
-    }
-    constexpr double row = 2.0 / (1 << Bits);
-    const Pair<double> product = Pair<double>{hi, lo} * Pair<double>{pi.hi * row, pi.lo * row};
-    r = product.hi;
-    r_lo = product.lo;
+    usual = had | good;
   }
 
   // Any argument, in double precision.
@@ -292,6 +284,10 @@ struct TrigKernel {
       Core::single_high(x, y, usual);
     }
   }
+  QOR_COLD static void retry(const simd::VecD& x, simd::VecD* y, simd::VecU64& usual) {
+    Core::template retry<A>(x, y, usual);
+  }
+  QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y, simd::VecU32& usual) { Core::retry(x, y, usual); }
   static int element(double x, double* y) { return Core::template wide_element<A>(x, y); }
   static int element(float x, float* y) { return Core::single_element(x, y); }
 };
@@ -313,6 +309,7 @@ struct SinCos : TrigKernel<Wanted::both, A> {
     V v;
     simd::Bits<V> usual;
     Kernel::fast(simd::splat<V>(x), nullptr, &v, usual);
+    if (simd::lanes_set(usual) == 0) Kernel::retry(simd::splat<V>(x), &v, usual);
     if (simd::lanes_set(usual) == 0) return Kernel::element(x, y);
     *y = v[0];
     return TFN_STATUS_OK;
