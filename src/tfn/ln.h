@@ -7,6 +7,7 @@
 //   one. single _HA: the same in single precision: 0.507 ulp.  single _21: a longer polynomial and no table.
 #pragma once
 
+#include <bit>
 #include <limits>
 
 #include "numeric/float_parts.h"
@@ -106,12 +107,14 @@ struct Ln {
                                          0x1.98d7f2p-3f, -0x1.000382p-2f, 0x1.5556d8p-2f};
 
   static int element(double x, double* y) {
-    if (A == Accuracy::high && x > 0 && x <= std::numeric_limits<double>::max()) {
+    using L = std::numeric_limits<double>;
+    if constexpr (A == Accuracy::low) {
+      numeric::x87_ln(x, y);  // all that is not normal, in extended precision
+    } else if (x > 0 && x <= L::max()) {
       y[0] = single_lane(x * 0x1p54, 54);  // subnormal
-      return TFN_STATUS_OK;
+    } else {
+      y[0] = x == 0 ? -L::infinity() : x < 0 ? std::bit_cast<double>(0xFFF8000000000000) : x + x;
     }
-    // Zeros, negatives, infinities and NaNs, and the subnormals of the low accuracy, through the extended precision.
-    numeric::x87_ln(x, y);
     return x == 0 ? TFN_STATUS_SING : x < 0 ? TFN_STATUS_ERRDOM : TFN_STATUS_OK;
   }
   static int element(float x, float* y) {

@@ -70,7 +70,7 @@ struct Trig {
       constexpr TrigFit fit = trig_fit_low;
       const auto [s, c] =
           gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
-      const VecD sin_r = r + r * r2 * horner(r2, fit.sin_5, fit.sin_3);
+      const VecD sin_r = whole + (r * r2 * horner(r2, fit.sin_5, fit.sin_3) - tail);
       const VecD cos_less_1 = horner(r2, cos_6, cos_4, cos_2) * r2;
       if constexpr (has_sine) y[sine_at] = flip_sign(s + (c * sin_r + s * cos_less_1), sign);
       if constexpr (has_cosine) y[cosine_at] = c + (c * cos_less_1 - s * sin_r);
