@@ -37,6 +37,12 @@ typedef struct qor_stream qor_stream;
 #define QOR_RNG_BAD_SEED_WORDS (-1010)  /* record: seedWords < 1 */
 #define QOR_RNG_BAD_BITS (-1011)        /* record: bitsPerWord < 1 */
 #define QOR_RNG_REGISTRY_FULL (-1012)   /* 512 generators are registered */
+#define QOR_RNG_CANNOT_CLOSE (-1100)    /* stream file: closing failed, as with a last write on a full disk */
+#define QOR_RNG_CANNOT_OPEN (-1101)     /* stream file: opening failed */
+#define QOR_RNG_CANNOT_WRITE (-1102)    /* stream file: a write failed */
+#define QOR_RNG_CANNOT_READ (-1103)     /* stream file: a read failed, or the file ends early */
+#define QOR_RNG_BAD_FILE (-1110)        /* stream file: it is none, or of an unknown generator, or damaged */
+#define QOR_RNG_BAD_VERSION (-1111)     /* stream file: of another version of the format */
 
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
@@ -137,6 +143,32 @@ int __wxrAddChunk(qor_stream* stream, unsigned key, void* data, unsigned size);
 void* __wxrSearchChunk(const qor_stream* stream, unsigned key);
 int __wxrGetNumChunks(const qor_stream* stream);
 int __wxrDeleteChunks(qor_stream* stream);
+
+/* ---- stream files ------------------------------------------------------------------------------------------------ */
+
+/* A stream in a file: little-endian, without padding.
+     0   "RNG", then a byte 0, the version
+     4   four 16-bit words: 16, the length of this header; bytes of state; number of chunks; 0
+     12  the identifier that the stream was created with, 32 bits
+     16  the engine's state, then for each chunk its key and size, 32 bits each, and its data, the newest chunk first.
+   Pending halves of Gaussian pairs are chunks and are saved with the rest. Both functions leave errno alone. */
+
+/* Saves a stream under a name of `length` bytes, or up to its terminating zero when length is negative. A file of that
+   name is overwritten. -4: no memory for the name; -1110: the state of a registered generator is longer than a file can
+   tell (65535 bytes), nothing is opened; -1101; -1102; -1100: closing failed, whatever went before. A failed save may
+   leave part of a file behind. Of n chunks the newest n modulo 65536 are saved. A chunk without data is saved with
+   size 0. */
+int __wxrSaveStreamF(const qor_stream* stream, const char* name, int length);
+
+/* Creates the stream of a file: it continues the sequence where the saved one stood, and holds the same chunks in
+   reverse order. Name: terminated. In the order of the checks: -1101; shorter than the header (-1103); not a stream
+   file (-1110), of another version (-1111), of a generator that isn't known here (-1110), of another state size or with
+   a header shorter than 16 bytes (-1110); no memory (-4); shorter than it says (-1103); a state that the engine can't
+   have by seeding and drawing (-1110). From -4 on the slot is null after a failure; earlier ones leave it alone. A
+   longer header is accepted, though the state is read from byte 16; bytes after the last chunk are ignored.
+   Files need not be trusted, except those of registered generators, whose states are not looked at: memory is allocated
+   in proportion to what the file holds, whatever sizes it tells, and drawing from the stream is safe. */
+int __wxrLoadStreamF(qor_stream** slot, const char* name);
 
 /* ---- engines ----------------------------------------------------------------------------------------------------- */
 

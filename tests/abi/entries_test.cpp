@@ -19,6 +19,7 @@
 
 #include "abi/shared_object.h"
 #include "qor/qor.h"
+#include "support/scratch_file.h"
 #include "tfn/functions.def"
 
 // What the call left behind.
@@ -439,6 +440,26 @@ void add_streams() {
     __wxrAddChunk(stream.get(), 9, data, 16);
     EXPECT_EQ(call(stream.get(), 9u), reinterpret_cast<std::uintptr_t>(data));
     EXPECT_EQ(call(stream.get(), 8u), 0u);
+  });
+  add("__wxrSaveStreamF", [](Caller& call) {
+    const Stream stream(QOR_BRNG_MRG32K3A);
+    const qor::test::ScratchFile file;
+    const std::string name = file.name();
+    call.result(stream.get(), name.c_str(), name.size());
+    call.note(file.bytes());
+    call.result(stream.get(), "/proc/nowhere/file", -1);
+  });
+  add("__wxrLoadStreamF", [](Caller& call) {
+    Stream stream(QOR_BRNG_MRG32K3A);
+    __wxrAddChunk(stream.get(), 9, std::calloc(1, 16), 16);
+    const qor::test::ScratchFile file;
+    const std::string name = file.name();
+    __wxrSaveStreamF(stream.get(), name.c_str(), -1);
+    __wxrDeleteStream(stream.slot());
+    call.result(stream.slot(), name.c_str());
+    call.note(stream.words());
+    qor_stream* none = nullptr;
+    call.result(&none, "/proc/nowhere/file");
   });
   for (const char* name : {"__wxrGetNumChunks", "__wxrDeleteChunks"}) {
     add(name, [](Caller& call) {

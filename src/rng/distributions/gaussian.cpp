@@ -113,11 +113,12 @@ struct Pending {
   bool empty() const { return u[0] == T(-1); }
 };
 
-// The stream's pending pair, made on the first call; null without memory for it, `status` says which.
+// The stream's pending pair (a chunk of its key and another size, as a file may bring along, is none), made on the
+// first call; null without memory for it, `status` says which.
 template <class T>
 Pending<T>* pending_pair(Stream* stream, int& status) {
   constexpr std::uint32_t key = Kernels<T>::pending_key;
-  if (void* found = search_chunk(stream, key)) return static_cast<Pending<T>*>(found);
+  if (void* found = search_chunk(stream, key, sizeof(Pending<T>))) return static_cast<Pending<T>*>(found);
   auto fresh = Owned<Pending<T>>::allocate(sizeof(Pending<T>));
   if (!fresh) {
     status = status::no_memory;

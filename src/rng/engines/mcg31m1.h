@@ -32,6 +32,7 @@ struct Mcg31m1 {
     x = numeric::mul_mod_m31(x, numeric::pow_mod_m31(mult, n));
     return status::ok;
   }
+  bool valid() const { return x - 1 < numeric::m31 - 1 && mult - 1 < numeric::m31 - 1; }  // 1 .. m31 - 1
 
   template <class Sink>
   void draw(int n, Sink sink) {

@@ -33,6 +33,8 @@ struct Mcg59 {
     x = numeric::mul_mod_2_59(x, numeric::pow_mod_2_59(mult, n));
     return status::ok;
   }
+  // 13^13 is 1 modulo 4, as are its powers; being 5 modulo 8 it generates all such residues.
+  bool valid() const { return x != 0 && (x | mult) <= numeric::mask59 && mult % 4 == 1; }
 
   template <class Sink>
   void draw(int n, Sink sink) {

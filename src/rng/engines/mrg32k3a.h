@@ -153,6 +153,7 @@ struct Mrg32k3a {
     jump<mrg32k3a::Second>(t, n);
     return status::ok;
   }
+  bool valid() const { return settled<mrg32k3a::First>(s) && settled<mrg32k3a::Second>(t); }
 
   template <class Sink>
   void draw(int n, Sink sink) {
@@ -181,6 +182,11 @@ struct Mrg32k3a {
       if (x[i] >= R::modulus) x[i] -= R::modulus;
     }
     if ((x[0] | x[1] | x[2]) == 0) x[0] = 1;
+  }
+  // Residues, not all zero: the recurrence never gets there.
+  template <class R>
+  static bool settled(const std::uint32_t* x) {
+    return (x[0] | x[1] | x[2]) != 0 && x[0] < R::modulus && x[1] < R::modulus && x[2] < R::modulus;
   }
   template <class R>
   static void jump(std::uint32_t* x, int n) {

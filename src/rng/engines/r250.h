@@ -35,6 +35,8 @@ struct R250 {
   }
   int leapfrog(std::int32_t, int) { return status::no_leapfrog; }
   int skip_ahead(int) { return status::no_skip_ahead; }
+  // All words zero is what 250 seeds of zero give.
+  bool valid() const { return oldest >= 0 && oldest < length && tap == lag; }
 
   template <class Sink>
   void draw(int n, Sink sink) {

@@ -2,6 +2,8 @@
 //   static constexpr double unit;       a word times unit is the engine's number u
 //   static constexpr int least;         elements that a request for none delivers
 //   int seed(int n, const std::uint32_t* words), leapfrog(std::int32_t k, int nstreams), skip_ahead(int n);
+//   bool valid() const;                 whether seeding and drawing can produce this state; as valid(const Stream&) it
+//                                       may look at the stream's identifier and chunks too
 //   template <class Sink> void draw(int n, Sink sink);   the next n words, in order
 #pragma once
 
@@ -32,6 +34,15 @@ class Slots {
         return engine.skip_ahead(n);
       default:
         return status::bad_method;
+    }
+  }
+
+  static bool valid(const Stream* stream) {
+    const Engine& engine = stream->state<Engine>();
+    if constexpr (requires { engine.valid(*stream); }) {
+      return engine.valid(*stream);
+    } else {
+      return engine.valid();
     }
   }
 

@@ -49,6 +49,12 @@ struct Twister {
   }
   int leapfrog(std::int32_t, int) { return status::no_leapfrog; }
   int skip_ahead(int) { return status::no_skip_ahead; }
+  // The recurrence permutes the nonzero states, of which the lower bits of the first word are no part.
+  bool valid() const {
+    std::uint32_t any = mt[0] & Upper;
+    for (int k = 1; k < N; ++k) any |= mt[k];
+    return any != 0 && pos >= 0 && pos <= N;
+  }
 
   template <class Sink>
   void draw(int n, Sink sink) {

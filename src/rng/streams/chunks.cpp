@@ -22,6 +22,13 @@ void* search_chunk(const Stream* stream, std::uint32_t key) {
   return nullptr;
 }
 
+void* search_chunk(const Stream* stream, std::uint32_t key, std::uint32_t size) {
+  for (const Chunk* c = stream->chunks; c != nullptr; c = c->next) {
+    if (c->key == key && c->size == size) return c->data;
+  }
+  return nullptr;
+}
+
 int count_chunks(const Stream* stream) {
   int n = 0;
   for (const Chunk* c = stream->chunks; c != nullptr; c = c->next) ++n;

@@ -1,5 +1,6 @@
 // Exported operations on streams, chunks and the registry: translation only.
 #include "base/target.h"
+#include "rng/streams/file.h"
 #include "rng/streams/status.h"
 #include "rng/streams/stream.h"
 
@@ -31,6 +32,11 @@ QOR_ENTRY int __wxrDeleteChunks(qor_stream* stream) {
   rng::delete_chunks(stream);
   return rng::status::ok;
 }
+
+QOR_ENTRY int __wxrSaveStreamF(const qor_stream* stream, const char* name, int length) {
+  return rng::save(stream, name, length);
+}
+QOR_ENTRY int __wxrLoadStreamF(qor_stream** slot, const char* name) { return rng::load(slot, name); }
 
 QOR_ENTRY int __wxrRegisterBrng(const BrngRecord* record) { return rng::register_generator(record); }
 QOR_ENTRY int __wxrGetNumRegBrngs() { return NRegBrngsNew; }

@@ -24,6 +24,12 @@ inline Generator resolve(int brng) {
   return {__RegBrngs, brng, 0};
 }
 
+// The place in the list of predefined generators; beyond its end for registered ones. The legacy table has a record for
+// each of the 273 Wichmann-Hill members.
+inline int predefined_index(const Generator& g) {
+  return g.table == __RegBrngs && g.entry >= 277 ? g.entry - 272 : g.entry;
+}
+
 int validate(const BrngRecord* table, int entry, int member);
 int properties(int brng, BrngRecord* record);
 int register_generator(const BrngRecord* record);

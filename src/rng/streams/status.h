@@ -18,5 +18,11 @@ inline constexpr int bad_word_bytes = QOR_RNG_BAD_WORD_BYTES;
 inline constexpr int bad_seed_words = QOR_RNG_BAD_SEED_WORDS;
 inline constexpr int bad_bits = QOR_RNG_BAD_BITS;
 inline constexpr int registry_full = QOR_RNG_REGISTRY_FULL;
+inline constexpr int cannot_close = QOR_RNG_CANNOT_CLOSE;
+inline constexpr int cannot_open = QOR_RNG_CANNOT_OPEN;
+inline constexpr int cannot_write = QOR_RNG_CANNOT_WRITE;
+inline constexpr int cannot_read = QOR_RNG_CANNOT_READ;
+inline constexpr int bad_file = QOR_RNG_BAD_FILE;
+inline constexpr int bad_version = QOR_RNG_BAD_VERSION;
 
 }  // namespace qor::rng::status

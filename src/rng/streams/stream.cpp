@@ -13,11 +13,6 @@ bool is_abstract(int brng) {
   return brng == QOR_BRNG_IABSTRACT || brng == QOR_BRNG_DABSTRACT || brng == QOR_BRNG_SABSTRACT;
 }
 
-// A registered generator may ask for less than the header.
-std::size_t block_bytes(const BrngRecord& record) {
-  return static_cast<std::size_t>(std::max(record.stateBytes, header_bytes));
-}
-
 }  // namespace
 
 int allocate(Stream** slot, const BrngRecord* table, int brng, int entry, int member) {

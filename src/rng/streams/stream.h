@@ -2,6 +2,7 @@
 // block is, says the registry's record of `brng`, looked up anew on every call: a stream stays a plain block of bytes.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "qor/rng.h"
@@ -29,6 +30,10 @@ struct qor_stream {
   State& state() {
     return *reinterpret_cast<State*>(this + 1);
   }
+  template <class State>
+  const State& state() const {
+    return *reinterpret_cast<const State*>(this + 1);
+  }
 };
 
 namespace qor::rng {
@@ -36,6 +41,12 @@ namespace qor::rng {
 using Stream = ::qor_stream;
 inline constexpr int header_bytes = 16;
 static_assert(sizeof(void*) != 4 || sizeof(Stream) == header_bytes);
+
+// The bytes of the block and of the state in it: a registered generator may ask for less than the header.
+inline std::size_t block_bytes(const BrngRecord& record) {
+  return static_cast<std::size_t>(std::max(record.stateBytes, header_bytes));
+}
+inline std::size_t state_bytes(const BrngRecord& record) { return block_bytes(record) - header_bytes; }
 
 // The methods of an engine's initialisation.
 namespace method {
@@ -50,8 +61,13 @@ int leapfrog(Stream* stream, std::int32_t k, int nstreams);
 int skip_ahead(Stream* stream, int nskip);
 int destroy(Stream** slot);
 
+// Whether the state of a stream whose bytes came from outside is one that seeding and drawing can produce. It lies with
+// the engines; the state of a registered generator is not looked at.
+bool has_valid_state(const Stream* stream);
+
 int add_chunk(Stream* stream, std::uint32_t key, void* data, std::uint32_t size);
 void* search_chunk(const Stream* stream, std::uint32_t key);
+void* search_chunk(const Stream* stream, std::uint32_t key, std::uint32_t size);  // of just this size
 int count_chunks(const Stream* stream);
 void delete_chunks(Stream* stream);
 // Gives `stream`, whose list is empty, copies of the source's chunks in the same order: 0, or -4 with those that found

@@ -1,0 +1,30 @@
+// The engines' checks of states that come from outside, by the list of generators.
+#include <iterator>
+
+#include "rng/engines/engines.def"
+#include "rng/engines/mcg31m1.h"
+#include "rng/engines/mcg59.h"
+#include "rng/engines/mrg32k3a.h"
+#include "rng/engines/mt19937.h"
+#include "rng/engines/r250.h"
+#include "rng/engines/slots.h"
+
+namespace qor::rng {
+namespace {
+
+// Without an engine nothing can have produced a state.
+bool never(const Stream*) { return false; }
+
+#define QOR_ENGINE_CHECK(tag, Engine, ...) Slots<Engine>::valid,
+#define QOR_RECORD_CHECK(...) never,
+constexpr bool (*checks[])(const Stream*) = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_RECORD_CHECK)};
+static_assert(std::size(checks) == predefined_generators);
+
+}  // namespace
+
+bool has_valid_state(const Stream* stream) {
+  const int i = predefined_index(resolve(stream->brng));
+  return i >= predefined_generators || checks[i](stream);
+}
+
+}  // namespace qor::rng

@@ -1,0 +1,549 @@
+// Stream files: their bytes, the sequence after loading, every status, and files that were made to do harm.
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <map>
+
+#include "rng/engines.h"
+#include "support/allocations.h"
+#include "support/scratch_file.h"
+
+namespace {
+
+using plain::Seeds;
+using qor::test::ScratchFile;
+
+constexpr int callers_errno = 4711;
+
+int save(const qor_stream* stream, const std::string& name) {
+  errno = callers_errno;
+  const int status = __wxrSaveStreamF(stream, name.c_str(), -1);
+  EXPECT_EQ(errno, callers_errno);
+  return status;
+}
+std::string saved(const qor_stream* stream) {
+  const ScratchFile file;
+  EXPECT_EQ(save(stream, file.name()), 0);
+  return file.bytes();
+}
+
+// Loads and keeps what comes of it. The slot holds something else before.
+struct Loaded {
+  explicit Loaded(const std::string& name) {
+    stream = untouched();
+    errno = callers_errno;
+    status = __wxrLoadStreamF(&stream, name.c_str());
+    EXPECT_EQ(errno, callers_errno);
+    EXPECT_TRUE(status == 0 || stream == nullptr || stream == untouched());
+  }
+  explicit Loaded(const ScratchFile& file) : Loaded(file.name()) {}
+  Loaded(const Loaded&) = delete;
+  Loaded& operator=(const Loaded&) = delete;
+  ~Loaded() {
+    if (status == 0) __wxrDeleteStream(&stream);
+  }
+  static qor_stream* untouched() { return reinterpret_cast<qor_stream*>(0x10); }
+
+  qor_stream* stream;
+  int status;
+};
+int load_status(const std::string& bytes) { return Loaded(ScratchFile(bytes)).status; }
+
+void add_chunk(qor_stream* stream, unsigned key, const std::string& data) {
+  void* const block = std::malloc(data.size() + 1);
+  std::memcpy(block, data.data(), data.size());
+  ASSERT_EQ(__wxrAddChunk(stream, key, block, unsigned(data.size())), 0);
+}
+
+// Files open and blocks alive, which must be as before when this goes.
+class NothingLeft {
+ public:
+  NothingLeft() : files_(files()), blocks_(blocks()) {}
+  ~NothingLeft() {
+    EXPECT_EQ(blocks(), blocks_) << "blocks alive";
+    EXPECT_EQ(files(), files_) << "open files";
+  }
+
+ private:
+  static int blocks() {
+#ifdef COUNTS_ALLOCATIONS
+    return live_blocks;
+#else
+    return 0;
+#endif
+  }
+  static int files() {
+    int n = 0;
+    DIR* const folder = opendir("/proc/self/fd");
+    while (readdir(folder) != nullptr) ++n;
+    closedir(folder);
+    return n;
+  }
+  int files_, blocks_;
+};
+
+using namespace std::string_literals;
+
+const std::string mcg_header = "RNG\0\x10\0\x08\0\0\0\0\0\0\0\x10\0"s;
+const std::string mcg_file = mcg_header + "\x09\x03\0\0\x20\x70\x80\x43"s;
+
+TEST(StreamFiles, HaveTheseBytes) {
+  EXPECT_EQ(saved(TestStream(QOR_BRNG_MCG31M1, {777})), mcg_file);
+
+  const TestStream s(3, {5, 7});  // MCG59 by its number of old
+  add_chunk(s, 1, "ab");
+  __wxrAddChunk(s, 0x80000002, nullptr, 99);
+  add_chunk(s, 3, "xyz\0\xFF"s);
+  EXPECT_EQ(saved(s),
+            "RNG\0\x10\0\x10\0\x03\0\0\0\x03\0\0\0"
+            "\x05\0\0\0\x07\0\0\0\xFD\xC5\x23\x9B\x76\x13\x01\0"
+            "\x03\0\0\0\x05\0\0\0xyz\0\xFF"
+            "\x02\0\0\x80\0\0\0\0"
+            "\x01\0\0\0\x02\0\0\0ab"s);
+}
+
+// The next elements in all forms, as bytes.
+std::string drawn(qor_stream* s, int n) {
+  std::vector<std::uint64_t> words(std::size_t(n), 0);
+  std::vector<double> doubles(words.size());
+  std::vector<float> singles(words.size());
+  EXPECT_EQ(_wxriRngUniformBits(0, s, n, reinterpret_cast<unsigned*>(words.data())), 0);
+  EXPECT_EQ(_wxrdRngUniform(0, s, n, doubles.data(), -1, 3), 0);
+  EXPECT_EQ(_wxrsRngUniform(0, s, n, singles.data(), 0, 1), 0);
+  return std::string(reinterpret_cast<const char*>(words.data()), 8 * words.size()) +
+         std::string(reinterpret_cast<const char*>(doubles.data()), 8 * words.size()) +
+         std::string(reinterpret_cast<const char*>(singles.data()), 4 * words.size());
+}
+
+TEST(StreamFiles, ContinueTheSequenceOfEveryEngine) {
+  for (const EngineRow& row : engine_rows()) {
+    for (const int before : {0, 1, 100, 209, 1777}) {
+      const TestStream s(row.brng, {3, 1});
+      if (before > 0) drawn(s, before);
+      if (before == 100) __wxrLeapfrogStream(s, 2, 5);  // those that can
+      const ScratchFile file(saved(s));
+      const Loaded other(file);
+      ASSERT_EQ(other.status, 0) << row.name;
+      EXPECT_EQ(__wxrGetStreamStateBrng(other.stream), row.brng);
+      EXPECT_EQ(saved(other.stream), file.bytes()) << row.name;
+      for (const int n : {1, 1500}) EXPECT_TRUE(drawn(other.stream, n) == drawn(s, n)) << row.name << " " << before;
+    }
+  }
+}
+
+TEST(StreamFiles, BringChunksBackInReverseOrder) {
+  const TestStream s(QOR_BRNG_MRG32K3A, {9});
+  add_chunk(s, 5, "old");
+  add_chunk(s, 6, "");
+  add_chunk(s, 5, "newer");
+  const Loaded once{ScratchFile(saved(s))};
+  ASSERT_EQ(once.status, 0);
+  ASSERT_EQ(__wxrGetNumChunks(once.stream), 3);
+  EXPECT_EQ(std::memcmp(__wxrSearchChunk(once.stream, 5), "old", 3), 0);
+  EXPECT_NE(__wxrSearchChunk(once.stream, 6), nullptr);
+  EXPECT_NE(saved(once.stream), saved(s));
+  const Loaded twice{ScratchFile(saved(once.stream))};
+  ASSERT_EQ(twice.status, 0);
+  EXPECT_EQ(saved(twice.stream), saved(s));
+}
+
+TEST(StreamFiles, KeepPendingGaussianPairs) {
+  const TestStream s(QOR_BRNG_MT19937, {9});
+  double d[8], other_d[8];
+  float f[8], other_f[8];
+  for (const int n : {3, 4, 3}) {  // pending, pending, none
+    _wxrdRngGaussian(1, s, n, d, 0, 1);
+    _wxrsRngGaussian(1, s, n, f, 0, 1);
+    const Loaded other{ScratchFile(saved(s))};
+    ASSERT_EQ(other.status, 0);
+    for (const int m : {5, 2}) {
+      _wxrdRngGaussian(1, s, m, d, 0, 1);
+      _wxrsRngGaussian(1, s, m, f, 0, 1);
+      _wxrdRngGaussian(1, other.stream, m, other_d, 0, 1);
+      _wxrsRngGaussian(1, other.stream, m, other_f, 0, 1);
+      EXPECT_TRUE(std::equal(d, d + m, other_d) && std::equal(f, f + m, other_f)) << n << " " << m;
+    }
+  }
+}
+
+TEST(StreamFiles, WithForeignChunksUnderTheKeysOfPairsLeaveGaussiansAlone) {
+  for (const unsigned size : {0u, 4u, 15u, 17u}) {
+    const TestStream s(QOR_BRNG_MT19937, {9}), clean(QOR_BRNG_MT19937, {9});
+    add_chunk(s, 1, std::string(size, '\0'));
+    add_chunk(s, 2, std::string(size, '\0'));
+    const Loaded loaded{ScratchFile(saved(s))};
+    ASSERT_EQ(loaded.status, 0);
+    double d[5], clean_d[5];
+    float f[5], clean_f[5];
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(_wxrdRngGaussian(1, loaded.stream, 5, d, 0, 1), 0);
+      EXPECT_EQ(_wxrsRngGaussian(1, loaded.stream, 5, f, 0, 1), 0);
+      _wxrdRngGaussian(1, clean, 5, clean_d, 0, 1);
+      _wxrsRngGaussian(1, clean, 5, clean_f, 0, 1);
+      EXPECT_TRUE(std::equal(d, d + 5, clean_d) && std::equal(f, f + 5, clean_f)) << "size " << size;
+    }
+  }
+}
+
+std::string le(unsigned value, int bytes = 4) { return {reinterpret_cast<const char*>(&value), std::size_t(bytes)}; }
+
+TEST(StreamFiles, AreCheckedInOrder) {
+  struct Edit {
+    std::size_t at;
+    std::string bytes;
+  };
+  struct Case {
+    const char* what;
+    int status;
+    bool slot_null;
+    std::vector<Edit> edits;
+    std::size_t length = std::string::npos;
+  };
+  constexpr int bad = QOR_RNG_BAD_FILE, version = QOR_RNG_BAD_VERSION, shorter = QOR_RNG_CANNOT_READ;
+  const std::string no_state = le(0) + le(0);
+  // One chunk of 6 bytes at offset 24, its data at 32.
+  const std::string whole = mcg_header + mcg_file.substr(16) + le(5) + le(6) + "chunk\1";
+  const std::vector<Case> cases = {
+      {"as it is", 0, false, {{8, "\1"}}},
+      {"reserved bytes", 0, false, {{10, "\xFF\xFF"}}},
+      {"longer header", 0, false, {{4, "\x11"}}},
+      {"longest header", 0, false, {{4, "\xFF\xFF"}}},
+      {"legacy number", 0, false, {{12, le(0)}}},
+      {"bytes after the end", 0, false, {}},
+      {"first byte of the magic", bad, false, {{0, "S"}}},
+      {"second byte of the magic", bad, false, {{1, "n"}}},
+      {"third byte of the magic", bad, false, {{2, "\0"s}}},
+      {"magic and version", bad, false, {{0, "X"}, {3, "\1"}}},
+      {"short and no magic", shorter, false, {{0, "X"}}, 15},
+      {"version", version, false, {{3, "\1"}}},
+      {"version and generator", version, false, {{3, "\xFF"}, {12, le(0x700000)}}},
+      {"negative generator", bad, false, {{12, le(0xFFFFFFFF)}}},
+      {"least generator", bad, false, {{12, le(0x80000000)}}},
+      {"member of a single generator", bad, false, {{12, le(0x100001)}}},
+      {"generator between the numberings", bad, false, {{12, le(279)}}},
+      {"generator not registered", bad, false, {{12, le(0x1FF00000)}}},
+      {"greater state", bad, false, {{6, "\x09"}}},
+      {"another engine's state", bad, false, {{12, le(QOR_BRNG_MCG59)}}},
+      {"shorter header", bad, false, {{4, "\x0F"}}},
+      {"no header", bad, false, {{4, "\0\0"s}}},
+      {"short after a wrong state size", bad, false, {{6, "\x09"}}, 16},
+      {"short state", shorter, true, {}, 23},
+      {"bad state", bad, true, {{16, no_state}}},
+      {"bad state, short chunk", shorter, true, {{8, "\1"}, {16, no_state}}, 30},
+      {"short key", shorter, true, {{8, "\1"}}, 27},
+      {"short size", shorter, true, {{8, "\1"}}, 31},
+      {"chunk a byte longer than the file", shorter, true, {{8, "\1"}, {28, le(7)}}},
+      {"longest chunk", shorter, true, {{8, "\1"}, {28, le(0xFFFFFFFF)}}},
+      {"more chunks than there are", shorter, true, {{8, "\2"}}},
+      {"most chunks", shorter, true, {{8, "\xFF\xFF"}}},
+  };
+  const NothingLeft check;
+  for (const Case& c : cases) {
+    std::string bytes = whole.substr(0, c.length);
+    for (const Edit& e : c.edits) bytes.replace(e.at, e.bytes.size(), e.bytes);
+    const Loaded loaded{ScratchFile(bytes)};
+    EXPECT_EQ(loaded.status, c.status) << c.what;
+    if (c.status == 0) continue;
+    EXPECT_EQ(loaded.stream, c.slot_null ? nullptr : Loaded::untouched()) << c.what;
+  }
+}
+
+TEST(StreamFiles, CutShortAnywhereAreNotRead) {
+  const NothingLeft check;
+  for (const EngineRow& row : engine_rows()) {
+    const TestStream s(row.brng, {3});
+    add_chunk(s, 1, "twelve bytes");
+    add_chunk(s, 2, "");
+    const std::string whole = saved(s);
+    ScratchFile file;
+    for (std::size_t n = 0; n < whole.size(); ++n) {
+      file.set(whole.substr(0, n));
+      EXPECT_EQ(Loaded(file).status, QOR_RNG_CANNOT_READ) << row.name << " at " << n;
+    }
+  }
+}
+
+// What each engine's state can be, from its words.
+const std::map<std::string, std::function<bool(const Seeds&)>> possible = {
+    {"MCG31M1", [](const Seeds& w) { return w[0] % 0x7FFFFFFF == w[0] && w[0] && w[1] % 0x7FFFFFFF == w[1] && w[1]; }},
+    {"MCG59", [](const Seeds& w) { return (w[0] | w[1]) && w[1] >> 27 == 0 && w[3] >> 27 == 0 && w[2] % 4 == 1; }},
+    {"MRG32K3A",
+     [](const Seeds& w) {
+       return std::max({w[0], w[1], w[2]}) < 4294967087 && std::max({w[3], w[4], w[5]}) < 4294944443 &&
+              (w[0] | w[1] | w[2]) && (w[3] | w[4] | w[5]);
+     }},
+    {"R250", [](const Seeds& w) { return w[250] < 250 && w[251] == 103; }},
+    {"MT19937", [](const Seeds& w) { return w[624] <= 624; }},
+};
+
+void expect_harmless(const EngineRow& row, ScratchFile& file, const std::string& bytes, const std::string& original) {
+  file.set(bytes);
+  const Loaded loaded(file);
+  const std::string where = row.name + " with " + testing::PrintToString(bytes.substr(0, 64));
+  Seeds words((bytes.size() - 16) / 4);
+  std::memcpy(words.data(), bytes.data() + 16, words.size() * 4);
+  if (bytes.compare(0, 16, original, 0, 16) == 0) {
+    EXPECT_EQ(loaded.status, possible.at(row.name)(words) ? 0 : QOR_RNG_BAD_FILE) << where;
+  }
+  if (loaded.status != 0) return;
+  EXPECT_EQ(saved(loaded.stream).substr(16), bytes.substr(16)) << where;
+  drawn(loaded.stream, 9);
+  unsigned more[2 * 1300];
+  EXPECT_EQ(_wxriRngUniformBits(0, loaded.stream, 1300, more), 0);
+  __wxrSkipAheadStream(loaded.stream, 1000);
+  drawn(loaded.stream, 1);
+}
+
+TEST(StreamFiles, DamagedInOneByteAreRefusedOrHarmless) {
+  const NothingLeft check;
+  for (const EngineRow& row : engine_rows()) {
+    const TestStream s(row.brng, {3});
+    drawn(s, 10);
+    const std::string whole = saved(s);
+    ScratchFile file;
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+      // Every value in the short files and at both ends of the long ones, elsewhere the extremes and one bit.
+      const bool every = at < 20 || at + 20 > whole.size();
+      for (int change = 1; change < 256; change += every ? 1 : 127) {
+        std::string bytes = whole;
+        bytes[at] = char(bytes[at] ^ change);
+        expect_harmless(row, file, bytes, whole);
+      }
+    }
+  }
+}
+
+TEST(StreamFiles, WithImpossibleStatesAreRefused) {
+  const auto state = [](int brng, unsigned fill, const std::vector<std::pair<int, unsigned>>& words) {
+    std::string bytes = saved(TestStream(brng, {3}));
+    for (std::size_t at = 16; at < bytes.size(); at += 4) bytes.replace(at, 4, le(fill));
+    for (const auto& [word, value] : words) bytes.replace(std::size_t(16 + 4 * word), 4, le(value));
+    return load_status(bytes);
+  };
+  struct Case {
+    int brng;
+    unsigned fill;
+    std::vector<std::pair<int, unsigned>> words;
+    bool possible;
+  };
+  constexpr unsigned m31 = 0x7FFFFFFF, m1 = 4294967087, m2 = 4294944443;
+  for (const Case& c : {Case{QOR_BRNG_MCG31M1, 1, {}, true},
+                        {QOR_BRNG_MCG31M1, m31 - 1, {}, true},
+                        {QOR_BRNG_MCG31M1, 1, {{0, 0}}, false},
+                        {QOR_BRNG_MCG31M1, 1, {{0, m31}}, false},
+                        {QOR_BRNG_MCG31M1, 1, {{1, 0}}, false},
+                        {QOR_BRNG_MCG31M1, 1, {{1, m31}}, false},
+                        {QOR_BRNG_MCG59, 0, {{0, 2}, {2, 5}}, true},
+                        {QOR_BRNG_MCG59, 0, {{1, 0x7FFFFFF}, {2, 1}}, true},
+                        {QOR_BRNG_MCG59, 0, {{2, 5}}, false},
+                        {QOR_BRNG_MCG59, 0, {{0, 1}, {2, 3}}, false},
+                        {QOR_BRNG_MCG59, 0, {{1, 0x8000000}, {2, 5}}, false},
+                        {QOR_BRNG_MCG59, 0, {{0, 1}, {2, 5}, {3, 0x8000000}}, false},
+                        {QOR_BRNG_MRG32K3A, 0, {{2, m1 - 1}, {3, m2 - 1}}, true},
+                        {QOR_BRNG_MRG32K3A, 0, {{2, m1}, {3, 1}}, false},
+                        {QOR_BRNG_MRG32K3A, 0, {{2, 1}, {3, m2}}, false},
+                        {QOR_BRNG_MRG32K3A, 0, {{2, 1}}, false},
+                        {QOR_BRNG_MRG32K3A, 0, {{5, 1}}, false},
+                        {QOR_BRNG_R250, 0, {{250, 249}, {251, 103}}, true},
+                        {QOR_BRNG_R250, 0, {{250, 250}, {251, 103}}, false},
+                        {QOR_BRNG_R250, 0, {{250, 0x80000000}, {251, 103}}, false},
+                        {QOR_BRNG_R250, 0, {{250, 0}, {251, 102}}, false},
+                        {QOR_BRNG_MT19937, 0, {{0, 0x80000000}}, true},
+                        {QOR_BRNG_MT19937, 0, {{623, 1}, {624, 624}}, true},
+                        {QOR_BRNG_MT19937, 0, {{0, 0x7FFFFFFF}, {624, 1}}, false},
+                        {QOR_BRNG_MT19937, 1, {{624, 625}}, false},
+                        {QOR_BRNG_MT19937, 1, {{624, 0xFFFFFFFF}}, false}}) {
+    std::string what = std::to_string(c.brng >> 20);
+    for (const auto& [word, value] : c.words) what += " [" + std::to_string(word) + "] = " + std::to_string(value);
+    EXPECT_EQ(state(c.brng, c.fill, c.words), c.possible ? 0 : QOR_RNG_BAD_FILE) << what;
+  }
+  // The states of abstract streams hold the addresses of another process.
+  for (const int brng : {QOR_BRNG_IABSTRACT, QOR_BRNG_DABSTRACT, QOR_BRNG_SABSTRACT}) {
+    BrngRecord record;
+    __wxrGetBrngProperties(brng, &record);
+    const unsigned size = unsigned(record.stateBytes) - 16;
+    const std::string header = "RNG\0\x10\0"s + le(size, 2) + le(0) + le(unsigned(brng));
+    EXPECT_EQ(load_status(header + std::string(size, '\x40')), QOR_RNG_BAD_FILE);
+  }
+}
+
+// A pipe with these bytes in it and nobody writing.
+class Pipe {
+ public:
+  explicit Pipe(const std::string& bytes) {
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    EXPECT_GE(fcntl(ends[1], F_SETPIPE_SZ, 1 << 20), 1 << 20);
+    EXPECT_EQ(write(ends[1], bytes.data(), bytes.size()), ssize_t(bytes.size()));
+    close(ends[1]);
+    end_ = ends[0];
+  }
+  ~Pipe() { close(end_); }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+  std::string name() const { return "/proc/self/fd/" + std::to_string(end_); }
+
+ private:
+  int end_;
+};
+
+const std::string with_one_chunk = "RNG\0\x10\0\x08\0\x01\0\0\0\0\0\x10\0"s + mcg_file.substr(16) + le(7);
+
+TEST(StreamFiles, CanBePipes) {
+  const NothingLeft check;
+  std::string data(300'000, 'q');
+  for (std::size_t i = 0; i < data.size(); i += 977) data[i] = char(i);
+  for (const std::size_t size : {0u, 1u, 65535u, 65536u, 65537u, 131072u, 131073u, 300'000u}) {
+    const Pipe pipe(with_one_chunk + le(unsigned(size)) + data.substr(0, size));
+    const Loaded loaded(pipe.name());
+    ASSERT_EQ(loaded.status, 0) << size;
+    EXPECT_EQ(std::memcmp(__wxrSearchChunk(loaded.stream, 7), data.data(), size), 0) << size;
+  }
+}
+
+TEST(StreamFiles, MakeNoLargeAllocationThatTheyDoNotFill) {
+  const NothingLeft check;
+  for (const unsigned size : {1u << 24, 0x7FFFFFFFu, 0xFFFFFFF0u, 0xFFFFFFFFu}) {
+    const std::string bytes = with_one_chunk + le(size) + std::string(70'000, 'q');
+    const ScratchFile file(bytes);
+    const Pipe pipe(bytes);
+    for (const auto& [name, limit] : {std::pair(file.name(), 5000u), {pipe.name(), 140'000u}}) {
+#ifdef COUNTS_ALLOCATIONS
+      largest_request = 0;
+#endif
+      EXPECT_EQ(Loaded(name).status, QOR_RNG_CANNOT_READ) << size;
+#ifdef COUNTS_ALLOCATIONS
+      EXPECT_LE(largest_request, limit) << size;
+#endif
+    }
+  }
+}
+
+TEST(StreamFiles, MayBeLargerThanAnAddressSpace) {
+  // In a file system that refuses such files to programs with 32-bit offsets.
+  const std::string name = testing::TempDir() + "qor_stream_file_" + std::to_string(getpid());
+  const TestStream s(QOR_BRNG_MCG31M1, {777});
+  ASSERT_EQ(save(s, name), 0);
+  ASSERT_EQ(truncate64(name.c_str(), 6LL << 30), 0);
+  const Loaded loaded(name);
+  EXPECT_EQ(loaded.status, 0);
+
+  // A chunk that the file holds and memory can't.
+  ScratchFile file(with_one_chunk + le(0xFFFFFFE0));
+  file.extend(6LL << 30);
+  const NothingLeft check;
+  const Loaded huge(file);
+  EXPECT_EQ(huge.status, QOR_RNG_NO_MEMORY);
+  EXPECT_EQ(huge.stream, nullptr);
+  unlink(name.c_str());
+}
+
+TEST(StreamFiles, TakeNamesOfBothKinds) {
+  const ScratchFile file;
+  const std::string name = file.name(), longer = name + "/nowhere";
+  const TestStream s(QOR_BRNG_MCG31M1, {777});
+  EXPECT_EQ(__wxrSaveStreamF(s, longer.c_str(), int(name.size())), 0);
+  EXPECT_EQ(file.bytes(), mcg_file);
+  for (const int length : {-1, -0x7FFFFFFF - 1}) {
+    file.clear();
+    EXPECT_EQ(__wxrSaveStreamF(s, name.c_str(), length), 0);
+    EXPECT_EQ(file.bytes(), mcg_file);
+  }
+  EXPECT_EQ(__wxrSaveStreamF(s, name.c_str(), 0), QOR_RNG_CANNOT_OPEN);
+}
+
+TEST(StreamFiles, ThatCannotBeOpenedReadOrWrittenSaySo) {
+  const NothingLeft check;
+  const TestStream s(QOR_BRNG_MCG31M1, {777});
+  EXPECT_EQ(save(s, "/proc/nowhere/file"), QOR_RNG_CANNOT_OPEN);
+  EXPECT_EQ(save(s, "/"), QOR_RNG_CANNOT_OPEN);
+  EXPECT_EQ(Loaded("/proc/nowhere/file").status, QOR_RNG_CANNOT_OPEN);
+  EXPECT_EQ(Loaded("/").status, QOR_RNG_CANNOT_READ);
+  EXPECT_EQ(Loaded("/dev/null").status, QOR_RNG_CANNOT_READ);
+  EXPECT_EQ(Loaded("/dev/zero").status, QOR_RNG_BAD_FILE);
+  EXPECT_EQ(save(s, "/dev/null"), 0);
+  // Written when the file is closed, or, beyond a buffer, before.
+  const int small = save(s, "/dev/full");
+  add_chunk(s, 1, std::string(100'000, 'q'));
+  for (const int status : {small, save(s, "/dev/full")}) {
+    EXPECT_TRUE(status == QOR_RNG_CANNOT_WRITE || status == QOR_RNG_CANNOT_CLOSE) << status;
+  }
+}
+
+#ifdef COUNTS_ALLOCATIONS
+TEST(StreamFiles, AnswerEveryFailedAllocation) {
+  const TestStream s(QOR_BRNG_MT19937, {3});
+  add_chunk(s, 1, "one");
+  add_chunk(s, 2, "two");
+  const ScratchFile file(saved(s));
+  const std::string name = file.name();
+  const NothingLeft check;
+  int status = 1, failures = 0;
+  for (; status != 0; ++failures) {
+    ASSERT_LT(failures, 20);
+    until_failure = failures;
+    const Loaded loaded(name);
+    until_failure = -1;
+    status = loaded.status;
+    // The file's own block first. Its buffer it can do without.
+    if (status == 0) break;
+    EXPECT_EQ(status, failures == 0 ? QOR_RNG_CANNOT_OPEN : QOR_RNG_NO_MEMORY) << failures;
+    EXPECT_EQ(loaded.stream, failures == 0 ? Loaded::untouched() : nullptr) << failures;
+  }
+  EXPECT_GE(failures, 6) << "the stream, two chunks and their data";
+
+  until_failure = 0;
+  const int without_copy = __wxrSaveStreamF(s, name.c_str(), int(name.size()));
+  until_failure = 0;
+  const int without_file = __wxrSaveStreamF(s, name.c_str(), -1);
+  until_failure = -1;
+  EXPECT_EQ(without_copy, QOR_RNG_NO_MEMORY);
+  EXPECT_EQ(without_file, QOR_RNG_CANNOT_OPEN);
+}
+#endif
+
+int nothing_init(int, qor_stream*, int, const unsigned*) { return 0; }
+int registered(int state_bytes) {
+  const BrngRecord record = {state_bytes, 1, 0, 4, 32, nothing_init, __wxrsBRngR250, __wxrdBRngR250, __wxriBRngR250};
+  return __wxrRegisterBrng(&record);
+}
+
+TEST(StreamFiles, CarryAnyStateOfRegisteredGenerators) {
+  for (const int size : {0, 1, 65535}) {
+    const int brng = registered(16 + size);
+    const TestStream s(brng, {});
+    std::memset(reinterpret_cast<char*>(static_cast<qor_stream*>(s)) + 16, 0xC3, std::size_t(size));
+    const ScratchFile file(saved(s));
+    EXPECT_EQ(file.bytes().size(), std::size_t(16 + size));
+    EXPECT_EQ(file.bytes().substr(16), std::string(std::size_t(size), '\xC3'));
+    const Loaded loaded(file);
+    ASSERT_EQ(loaded.status, 0);
+    EXPECT_TRUE(saved(loaded.stream) == file.bytes());
+  }
+  const TestStream headless(registered(3), {});
+  EXPECT_EQ(load_status(saved(headless)), 0);
+
+  // More than 16 bits can tell: such a file could not be read.
+  const TestStream long_one(registered(16 + 65536), {});
+  const ScratchFile file("as before");
+  EXPECT_EQ(save(long_one, file.name()), QOR_RNG_BAD_FILE);
+  EXPECT_EQ(file.bytes(), "as before");
+}
+
+TEST(StreamFiles, CountChunksIn16Bits) {
+  const TestStream s(QOR_BRNG_MCG31M1, {777});
+  for (unsigned i = 0; i < 65535; ++i) __wxrAddChunk(s, i, nullptr, 0);
+  std::string bytes = saved(s);
+  EXPECT_EQ(bytes.size(), 24u + 8 * 65535);
+  const Loaded loaded{ScratchFile(bytes)};
+  ASSERT_EQ(loaded.status, 0);
+  EXPECT_EQ(__wxrGetNumChunks(loaded.stream), 65535);
+  __wxrAddChunk(s, 65535, nullptr, 0);
+  EXPECT_EQ(saved(s), mcg_file);
+  __wxrAddChunk(s, 0xABCD, nullptr, 0);
+  EXPECT_EQ(saved(s).substr(24), le(0xABCD) + le(0));
+}
+
+}  // namespace
