@@ -87,7 +87,7 @@ class NothingLeft {
 using namespace std::string_literals;
 
 const std::string mcg_header = "RNG\0\x10\0\x08\0\0\0\0\0\0\0\x10\0"s;
-const std::string mcg_file = mcg_header + "\x09\x03\0\0\x20\x70\x80\x43"s;
+const std::string mcg_file = mcg_header + "\x09\x03\0\0\x20\x6C\x80\x43"s;
 
 TEST(StreamFiles, HaveTheseBytes) {
   EXPECT_EQ(saved(TestStream(QOR_BRNG_MCG31M1, {777})), mcg_file);
