@@ -42,7 +42,7 @@ class File {
   File& operator=(const File&) = delete;
 
   explicit operator bool() const { return file_ != nullptr; }
-  bool write(const void* data, std::size_t bytes) { return std::fwrite(data, 1, bytes, file_) == bytes; }
+  bool write(const void* data, std::size_t bytes) { return bytes == 0 || std::fwrite(data, 1, bytes, file_) == bytes; }
   bool read(void* data, std::size_t bytes) { return std::fread(data, 1, bytes, file_) == bytes; }
   // The status of the work done, unless closing fails.
   int close(int status) {
