@@ -359,13 +359,14 @@ TEST(StreamFiles, WithImpossibleStatesAreRefused) {
     for (const auto& [word, value] : c.words) what += " [" + std::to_string(word) + "] = " + std::to_string(value);
     EXPECT_EQ(state(c.brng, c.fill, c.words), c.possible ? 0 : QOR_RNG_BAD_FILE) << what;
   }
-  // The states of abstract streams hold the addresses of another process.
-  for (const int brng : {QOR_BRNG_IABSTRACT, QOR_BRNG_DABSTRACT, QOR_BRNG_SABSTRACT}) {
+  // The states of abstract streams hold the addresses of another process; all ones are no state of the others.
+  for (const int brng : {0, 3, 4, 276, 277, 278, QOR_BRNG_WH + 272, QOR_BRNG_SOBOL, QOR_BRNG_NIEDERR,
+                         QOR_BRNG_MT2203 + 1023, QOR_BRNG_IABSTRACT, QOR_BRNG_DABSTRACT, QOR_BRNG_SABSTRACT}) {
     BrngRecord record;
-    __wxrGetBrngProperties(brng, &record);
+    ASSERT_EQ(__wxrGetBrngProperties(brng, &record), 0);
     const unsigned size = unsigned(record.stateBytes) - 16;
     const std::string header = "RNG\0\x10\0"s + le(size, 2) + le(0) + le(unsigned(brng));
-    EXPECT_EQ(load_status(header + std::string(size, '\x40')), QOR_RNG_BAD_FILE);
+    EXPECT_EQ(load_status(header + std::string(size, '\xFF')), QOR_RNG_BAD_FILE) << std::hex << brng;
   }
 }
 
