@@ -37,13 +37,14 @@ typedef struct qor_stream qor_stream;
 #define QOR_RNG_BAD_SEED_WORDS (-1010)  /* record: seedWords < 1 */
 #define QOR_RNG_BAD_BITS (-1011)        /* record: bitsPerWord < 1 */
 #define QOR_RNG_REGISTRY_FULL (-1012)   /* 512 generators are registered */
+#define QOR_RNG_BAD_UPDATE (-1020)      /* an abstract stream's callback delivered too few elements, or too many */
 
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
 /* Identifiers: (registry entry + 1) * 2^20 + member.
-   Not available in this release: WH, SOBOL, NIEDERR, MT2203 and the abstract streams. Their records are complete and
-   their identifiers valid, but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be
-   deleted). */
+   Not available in this release: WH, SOBOL, NIEDERR and MT2203. Their records are complete and their identifiers valid,
+   but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams
+   have constructors of their own. */
 #define QOR_BRNG_MCG31M1 0x100000
 #define QOR_BRNG_R250 0x200000
 #define QOR_BRNG_MRG32K3A 0x300000
@@ -117,7 +118,8 @@ int __wxrAllocateStream(qor_stream** slot, const BrngRecord* table, int brng, in
 int __wxrCopyStream(qor_stream** slot, const qor_stream* source);
 /* Copies the seedable state (wordBytes * seedWords bytes of the source's generator, never beyond either stream's own
    state). 0, or -1005 when the generators differ; the bytes are copied even then. Of the MCG engines it is the current
-   value, not the multiplier that leapfrogging sets. A stream and itself: 0, nothing happens. */
+   value, not the multiplier that leapfrogging sets. An abstract stream has no such state: nothing goes in or out. A
+   stream and itself: 0, nothing happens. */
 int __wxrCopyStreamState(qor_stream* destination, const qor_stream* source);
 /* Makes the stream number k (from 0) of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its
    sequence. Call it once, on streams that stand at the same place. -1002 when the engine can't. */
@@ -165,7 +167,55 @@ QOR_ENGINE(R250)
 QOR_ENGINE(MRG32K3A)
 QOR_ENGINE(MCG59)
 QOR_ENGINE(MT19937)
+QOR_ENGINE(iAbstract)
+QOR_ENGINE(dAbstract)
+QOR_ENGINE(sAbstract)
 #undef QOR_ENGINE
+
+/* ---- abstract streams -------------------------------------------------------------------------------------------- */
+
+/* Streams of the caller's own numbers: a hardware generator, a file, another program. Such a stream delivers out of a
+   buffer of n elements that the caller owns, and calls the caller's function whenever it has used them up.
+
+   What the buffer holds: unsigned ones words whose 32 bits are all random, doubles and singles numbers uniform on
+   [a, b). It is empty at first: what it held before is never read. It must exist, and be left alone outside the
+   callback, for as long as the stream is drawn from; deleting the stream doesn't touch it.
+
+   The callback is to store elements at buffer[*idx], buffer[*idx + 1] ... and to return their count:
+     *n     elements that the buffer has room for, all of it: a callback is made when none is left
+     *nmin  at least so many are needed: what is left of the request, or the whole room when that is less
+     *nmax  at most so many may be stored; any count from *nmin on will do, the surplus serves later requests
+     *idx   where to start; *idx + *nmax never exceeds the buffer's length
+   The four are copies: what is stored in them has no effect. A returned count outside *nmin .. *nmax, negative ones
+   included, ends the request with -1020. Elements delivered before stay stored in the result. When the count was short
+   but not negative, what the callback did store serves the next request, so that a device may catch up; nothing is kept
+   of a count beyond *nmax. The next request calls again.
+   The callback runs in the thread that draws, with its control words, and may call any function of the library but
+   those that draw from this stream, change it, or delete it. Data of its own it may keep in a chunk of the stream
+   (__wxrSearchChunk; keys 1 and 2 are in use). What it leaves in errno stays.
+
+   What a stream delivers. Requests for none or less do nothing.
+     unsigned: words as they are; numbers a + (b - a) w 2^-32 with the roundings of the engines above.
+     double:   on its own [a, b) the numbers as they are; on another [a', b') (v - a) * ((b' - a') / (b - a)) + a' in
+               double precision. Singles are that rounded once more. A number gives a word,
+               floor((v - a) * (2^32 / (b - a))).
+     single:   numbers likewise, in double precision; doubles made of them have the 24 bits of a single. Two numbers
+               give a word, the first its high 16 bits, floor((v - a) * (2^16 / (b - a))), and the second the low ones.
+   A number outside the stream's interval is mapped like any other, and to the nearest word (not a number: to 0).
+   Distributions draw what they need by these rules, from any of the three.
+
+   Abstract streams neither leapfrog (-1002) nor skip ahead (-1003). A copy (__wxrCopyStream) has the same buffer and
+   callback: draw from one of the two only, since each refill overwrites what the other has not delivered yet.
+
+   The constructors return 0; -3 when stream, buffer or callback is null, n < 1, a or b is no finite number, not a < b,
+   or b - a overflows (*stream untouched); -4: no memory (*stream null). They pass initialisation method 0 a block of 6
+   words, or 10: n, buffer, callback, three of zero, and as doubles a and b; another count or bad values there: -3. */
+typedef int (*qor_i_update)(qor_stream* stream, int* n, unsigned* buffer, int* nmin, int* nmax, int* idx);
+typedef int (*qor_d_update)(qor_stream* stream, int* n, double* buffer, int* nmin, int* nmax, int* idx);
+typedef int (*qor_s_update)(qor_stream* stream, int* n, float* buffer, int* nmin, int* nmax, int* idx);
+int __wxriNewAbstractStream(qor_stream** stream, int n, unsigned* buffer, qor_i_update callback);
+int __wxrdNewAbstractStream(qor_stream** stream, int n, double* buffer, double a, double b, qor_d_update callback);
+int __wxrsNewAbstractStream(qor_stream** stream, int n, float* buffer, float a, float b, qor_s_update callback);
 
 /* Modular powers, the arithmetic of leapfrog and skip-ahead. m > 0; exponents n below 1 give the identity; matrices are
    nine words by rows; a result may be one of the arguments. */

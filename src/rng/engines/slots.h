@@ -16,8 +16,7 @@
 namespace qor::rng {
 
 template <class Engine>
-class Slots {
- public:
+struct InitSlot {
   static int init(int how, Stream* stream, int n, const std::uint32_t* params) {
     Engine& engine = stream->state<Engine>();
     switch (how) {
@@ -34,7 +33,11 @@ class Slots {
         return status::bad_method;
     }
   }
+};
 
+template <class Engine>
+class Slots : public InitSlot<Engine> {
+ public:
   static int words(Stream* stream, int n, std::uint32_t* r) {
     const numeric::MxcsrGuard nearest;
     return draw(stream, n, r, AsWords{});
