@@ -42,7 +42,7 @@ typedef struct qor_stream qor_stream;
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
 /* Identifiers: (registry entry + 1) * 2^20 + member.
-   Not available in this release: WH, SOBOL, NIEDERR and MT2203. Their records are complete and their identifiers valid,
+   Not available in this release: SOBOL, NIEDERR and MT2203. Their records are complete and their identifiers valid,
    but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams
    have constructors of their own. */
 #define QOR_BRNG_MCG31M1 0x100000
@@ -118,8 +118,8 @@ int __wxrAllocateStream(qor_stream** slot, const BrngRecord* table, int brng, in
 int __wxrCopyStream(qor_stream** slot, const qor_stream* source);
 /* Copies the seedable state (wordBytes * seedWords bytes of the source's generator, never beyond either stream's own
    state). 0, or -1005 when the generators differ; the bytes are copied even then. Of the MCG engines it is the current
-   value, not the multiplier that leapfrogging sets. An abstract stream has no such state: nothing goes in or out. A
-   stream and itself: 0, nothing happens. */
+   value, not the multiplier that leapfrogging sets; of WH it is both, and fits the same member only. An abstract stream
+   has no such state: nothing goes in or out. A stream and itself: 0, nothing happens. */
 int __wxrCopyStreamState(qor_stream* destination, const qor_stream* source);
 /* Makes the stream number k (from 0) of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its
    sequence. Call it once, on streams that stand at the same place. -1002 when the engine can't. */
@@ -156,7 +156,14 @@ int __wxrDeleteChunks(qor_stream* stream);
    - MCG59: x' = 13^13 x mod 2^59. Words x in 1 .. 2^59 - 1 of 64 bits, low half first; the first is the seed, of up to
      two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead.
    - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
-     (none: as by the one word 1). Words of 32 bits, unit 2^-32. */
+     (none: as by the one word 1). Words of 32 bits, unit 2^-32.
+   - WH, 273 members: four generators x' = a x mod m added modulo 1 (B. A. Wichmann and I. D. Hill, Applied Statistics
+     31, 1982), m a prime below 2^24 with (m - 1)/2 prime, a a primitive root; no two members share a modulus, and each
+     has a period above 2^92. Seeded with up to four words, missing ones 1, each modulo its m with 1 for 0; the first
+     element comes after the seed. Words are the four x, of 32 bits each; the number is
+     u = s - floor(s), s = ((x0 r0 + x1 r1) + x2 r2) + x3 r3, r = 1/m, in double precision, and on an interval
+     u * (b - a) + a. Leapfrogs and skips ahead; an odd count of leapfrogged streams keeps the period, an even one
+   halves each component's. */
 #define QOR_ENGINE(tag)                                                                          \
   int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params); \
   int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b);                    \
@@ -167,6 +174,7 @@ QOR_ENGINE(R250)
 QOR_ENGINE(MRG32K3A)
 QOR_ENGINE(MCG59)
 QOR_ENGINE(MT19937)
+QOR_ENGINE(WH)
 QOR_ENGINE(iAbstract)
 QOR_ENGINE(dAbstract)
 QOR_ENGINE(sAbstract)

@@ -11,6 +11,7 @@
 #include "rng/engines/mt19937.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
+#include "rng/engines/wh.h"
 
 using namespace qor;
 
