@@ -98,6 +98,7 @@ template double* output<double>();
 template float* output<float>();
 template std::uint32_t* output<std::uint32_t>();
 template std::uint64_t* output<std::uint64_t>();
+template WideWord* output<WideWord>();
 template double* second_output<double>();
 template float* second_output<float>();
 

@@ -60,9 +60,13 @@ struct MathPeer {
   double ulp;
   void (*run)(int n, const T* a, T* r, T* r2);
 };
-// A source of random numbers, T = std::uint32_t and std::uint64_t being words. work is "uniform" for one that serves
-// every engine's row, an engine's name for one that makes that engine's numbers (same_sequence: the very same ones,
-// from a stream with no seed), or "Gaussian", "Gaussian 0", "Gaussian 1".
+// A word of 128 bits.
+struct WideWord {
+  std::uint32_t part[4];
+};
+// A source of random numbers, T = std::uint32_t, std::uint64_t and WideWord being words. work is "uniform" for one that
+// serves every engine's row, an engine's name for one that makes that engine's numbers (same_sequence: the very same
+// ones, from a stream with no seed), or "Gaussian", "Gaussian 0", "Gaussian 1".
 template <class T>
 struct DrawPeer {
   const char *work, *name;

@@ -14,14 +14,15 @@ struct Engine {
   int brng;
   const char* opponent;
   double words, doubles, singles;  // targets
-  bool wide;                       // words of 64 bits
+  int word_bits;
 };
 const Engine engines[] = {
-    {"MT19937", QOR_BRNG_MT19937, "std::mt19937", 1.8, 1.5, 0, false},
-    {"MRG32K3A", QOR_BRNG_MRG32K3A, "plain loop", 6, 6, 6, false},
-    {"MCG31M1", QOR_BRNG_MCG31M1, "plain loop", 3, 3, 3, false},
-    {"MCG59", QOR_BRNG_MCG59, "plain loop", 1.5, 1.5, 1.5, true},
-    {"R250", QOR_BRNG_R250, "plain loop", 0, 0, 0, false},
+    {"MT19937", QOR_BRNG_MT19937, "std::mt19937", 1.8, 1.5, 0, 32},
+    {"MRG32K3A", QOR_BRNG_MRG32K3A, "plain loop", 6, 6, 6, 32},
+    {"MCG31M1", QOR_BRNG_MCG31M1, "plain loop", 3, 3, 3, 32},
+    {"MCG59", QOR_BRNG_MCG59, "plain loop", 1.5, 1.5, 1.5, 64},
+    {"R250", QOR_BRNG_R250, "plain loop", 0, 0, 0, 32},
+    {"WH", QOR_BRNG_WH, "plain loop", 3, 3, 3, 128},
 };
 constexpr int elements = 10000;
 
@@ -31,6 +32,7 @@ int draw(qor_stream* s, int n, std::uint32_t* r) { return _wxriRngUniformBits(0,
 int draw(qor_stream* s, int n, std::uint64_t* r) {
   return _wxriRngUniformBits(0, s, n, static_cast<unsigned*>(static_cast<void*>(r)));
 }
+int draw(qor_stream* s, int n, WideWord* r) { return _wxriRngUniformBits(0, s, n, r->part); }
 
 // Opens the stream on first use: nothing of the library is called by rows that aren't run.
 template <class T>
@@ -80,11 +82,9 @@ void add(std::vector<Work>& works, const Engine& engine, const char* what, doubl
 
 void add_rng_rows(std::vector<Work>& works) {
   for (const Engine& engine : engines) {
-    if (engine.wide) {
-      add<std::uint64_t>(works, engine, "words", engine.words);
-    } else {
-      add<std::uint32_t>(works, engine, "words", engine.words);
-    }
+    if (engine.word_bits == 32) add<std::uint32_t>(works, engine, "words", engine.words);
+    if (engine.word_bits == 64) add<std::uint64_t>(works, engine, "words", engine.words);
+    if (engine.word_bits == 128) add<WideWord>(works, engine, "words", engine.words);
     add<double>(works, engine, "double", engine.doubles);
     add<float>(works, engine, "single", engine.singles);
   }

@@ -98,13 +98,37 @@ struct R250 {
     return word;
   }
 };
+// Member 0. The number isn't a multiple of the word.
+struct Wh {
+  using Word = WideWord;
+  static constexpr const char* name = "WH";
+  static constexpr std::uint32_t m0 = 16776899, m1 = 16775723, m2 = 16775483, m3 = 16775219;
+  static constexpr std::uint32_t a0 = 7840622, a1 = 4237906, a2 = 15194678, a3 = 8514082;
+  static constexpr double scale = 1;
+  std::uint32_t x0 = a0, x1 = a1, x2 = a2, x3 = a3;
+  WideWord word() {
+    const WideWord now = {{x0, x1, x2, x3}};
+    x0 = static_cast<std::uint32_t>(std::uint64_t{a0} * x0 % m0);
+    x1 = static_cast<std::uint32_t>(std::uint64_t{a1} * x1 % m1);
+    x2 = static_cast<std::uint32_t>(std::uint64_t{a2} * x2 % m2);
+    x3 = static_cast<std::uint32_t>(std::uint64_t{a3} * x3 % m3);
+    return now;
+  }
+  double next() {
+    const WideWord w = word();
+    const double s = w.part[0] * (1.0 / m0) + w.part[1] * (1.0 / m1) + w.part[2] * (1.0 / m2) + w.part[3] * (1.0 / m3);
+    return s - static_cast<int>(s);
+  }
+};
 
 template <class Engine, class T>
 void draw(int n, T* r) {
   static Engine kept;
   Engine engine = kept;
   for (int i = 0; i < n; ++i) {
-    if constexpr (std::is_integral_v<T>) {
+    if constexpr (std::is_same_v<T, WideWord>) {
+      r[i] = engine.word();
+    } else if constexpr (std::is_integral_v<T>) {
       r[i] = engine.next();
     } else {
       r[i] = static_cast<T>(static_cast<double>(engine.next()) * Engine::scale);
@@ -127,6 +151,7 @@ const bool added = [] {
   add_engine<Mcg59>();
   add_engine<Mrg32k3a>();
   add_engine<R250>();
+  add_engine<Wh>();
   return true;
 }();
 

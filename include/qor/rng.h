@@ -37,6 +37,7 @@ typedef struct qor_stream qor_stream;
 #define QOR_RNG_BAD_SEED_WORDS (-1010)  /* record: seedWords < 1 */
 #define QOR_RNG_BAD_BITS (-1011)        /* record: bitsPerWord < 1 */
 #define QOR_RNG_REGISTRY_FULL (-1012)   /* 512 generators are registered */
+#define QOR_RNG_BAD_UPDATE (-1020)      /* an abstract stream's callback delivered too few elements, or too many */
 #define QOR_RNG_CANNOT_CLOSE (-1100)    /* stream file: closing failed, as with a last write on a full disk */
 #define QOR_RNG_CANNOT_OPEN (-1101)     /* stream file: opening failed */
 #define QOR_RNG_CANNOT_WRITE (-1102)    /* stream file: a write failed */
@@ -47,9 +48,9 @@ typedef struct qor_stream qor_stream;
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
 /* Identifiers: (registry entry + 1) * 2^20 + member.
-   Not available in this release: WH, SOBOL, NIEDERR, MT2203 and the abstract streams. Their records are complete and
-   their identifiers valid, but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be
-   deleted). */
+   Not available in this release: SOBOL, NIEDERR and MT2203. Their records are complete and their identifiers valid,
+   but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams
+   have constructors of their own. */
 #define QOR_BRNG_MCG31M1 0x100000
 #define QOR_BRNG_R250 0x200000
 #define QOR_BRNG_MRG32K3A 0x300000
@@ -123,7 +124,8 @@ int __wxrAllocateStream(qor_stream** slot, const BrngRecord* table, int brng, in
 int __wxrCopyStream(qor_stream** slot, const qor_stream* source);
 /* Copies the seedable state (wordBytes * seedWords bytes of the source's generator, never beyond either stream's own
    state). 0, or -1005 when the generators differ; the bytes are copied even then. Of the MCG engines it is the current
-   value, not the multiplier that leapfrogging sets. A stream and itself: 0, nothing happens. */
+   value, not the multiplier that leapfrogging sets; of WH it is both, and fits the same member only. An abstract stream
+   has no such state: nothing goes in or out. A stream and itself: 0, nothing happens. */
 int __wxrCopyStreamState(qor_stream* destination, const qor_stream* source);
 /* Makes the stream number k (from 0) of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its
    sequence. Call it once, on streams that stand at the same place. -1002 when the engine can't. */
@@ -186,7 +188,14 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
    - MCG59: x' = 13^13 x mod 2^59. Words x in 1 .. 2^59 - 1 of 64 bits, low half first; the first is the seed, of up to
      two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead.
    - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
-     (none: as by the one word 1). Words of 32 bits, unit 2^-32. */
+     (none: as by the one word 1). Words of 32 bits, unit 2^-32.
+   - WH, 273 members: four generators x' = a x mod m added modulo 1 (B. A. Wichmann and I. D. Hill, Applied Statistics
+     31, 1982), m a prime below 2^24 with (m - 1)/2 prime, a a primitive root; no two members share a modulus, and each
+     has a period above 2^92. Seeded with up to four words, missing ones 1, each modulo its m with 1 for 0; the first
+     element comes after the seed. Words are the four x, of 32 bits each; the number is
+     u = s - floor(s), s = ((x0 r0 + x1 r1) + x2 r2) + x3 r3, r = 1/m, in double precision, and on an interval
+     u * (b - a) + a. Leapfrogs and skips ahead; an odd count of leapfrogged streams keeps the period, an even one
+   halves each component's. */
 #define QOR_ENGINE(tag)                                                                          \
   int __wxrBRng##tag##InitStream(int method, qor_stream* stream, int n, const unsigned* params); \
   int __wxrsBRng##tag(qor_stream* stream, int n, float* r, float a, float b);                    \
@@ -197,7 +206,56 @@ QOR_ENGINE(R250)
 QOR_ENGINE(MRG32K3A)
 QOR_ENGINE(MCG59)
 QOR_ENGINE(MT19937)
+QOR_ENGINE(WH)
+QOR_ENGINE(iAbstract)
+QOR_ENGINE(dAbstract)
+QOR_ENGINE(sAbstract)
 #undef QOR_ENGINE
+
+/* ---- abstract streams -------------------------------------------------------------------------------------------- */
+
+/* Streams of the caller's own numbers: a hardware generator, a file, another program. Such a stream delivers out of a
+   buffer of n elements that the caller owns, and calls the caller's function whenever it has used them up.
+
+   What the buffer holds: unsigned ones words whose 32 bits are all random, doubles and singles numbers uniform on
+   [a, b). It is empty at first: what it held before is never read. It must exist, and be left alone outside the
+   callback, for as long as the stream is drawn from; deleting the stream doesn't touch it.
+
+   The callback is to store elements at buffer[*idx], buffer[*idx + 1] ... and to return their count:
+     *n     elements that the buffer has room for, all of it: a callback is made when none is left
+     *nmin  at least so many are needed: what is left of the request, or the whole room when that is less
+     *nmax  at most so many may be stored; any count from *nmin on will do, the surplus serves later requests
+     *idx   where to start; *idx + *nmax never exceeds the buffer's length
+   The four are copies: what is stored in them has no effect. A returned count outside *nmin .. *nmax, negative ones
+   included, ends the request with -1020. Elements delivered before stay stored in the result. When the count was short
+   but not negative, what the callback did store serves the next request, so that a device may catch up; nothing is kept
+   of a count beyond *nmax. The next request calls again.
+   The callback runs in the thread that draws, with its control words, and may call any function of the library but
+   those that draw from this stream, change it, or delete it. Data of its own it may keep in a chunk of the stream
+   (__wxrSearchChunk; keys 1 and 2 are in use). What it leaves in errno stays.
+
+   What a stream delivers. Requests for none or less do nothing.
+     unsigned: words as they are; numbers a + (b - a) w 2^-32 with the roundings of the engines above.
+     double:   on its own [a, b) the numbers as they are; on another [a', b') (v - a) * ((b' - a') / (b - a)) + a' in
+               double precision. Singles are that rounded once more. A number gives a word,
+               floor((v - a) * (2^32 / (b - a))).
+     single:   numbers likewise, in double precision; doubles made of them have the 24 bits of a single. Two numbers
+               give a word, the first its high 16 bits, floor((v - a) * (2^16 / (b - a))), and the second the low ones.
+   A number outside the stream's interval is mapped like any other, and to the nearest word (not a number: to 0).
+   Distributions draw what they need by these rules, from any of the three.
+
+   Abstract streams neither leapfrog (-1002) nor skip ahead (-1003). A copy (__wxrCopyStream) has the same buffer and
+   callback: draw from one of the two only, since each refill overwrites what the other has not delivered yet.
+
+   The constructors return 0; -3 when stream, buffer or callback is null, n < 1, a or b is no finite number, not a < b,
+   or b - a overflows (*stream untouched); -4: no memory (*stream null). They pass initialisation method 0 a block of 6
+   words, or 10: n, buffer, callback, three of zero, and as doubles a and b; another count or bad values there: -3. */
+typedef int (*qor_i_update)(qor_stream* stream, int* n, unsigned* buffer, int* nmin, int* nmax, int* idx);
+typedef int (*qor_d_update)(qor_stream* stream, int* n, double* buffer, int* nmin, int* nmax, int* idx);
+typedef int (*qor_s_update)(qor_stream* stream, int* n, float* buffer, int* nmin, int* nmax, int* idx);
+int __wxriNewAbstractStream(qor_stream** stream, int n, unsigned* buffer, qor_i_update callback);
+int __wxrdNewAbstractStream(qor_stream** stream, int n, double* buffer, double a, double b, qor_d_update callback);
+int __wxrsNewAbstractStream(qor_stream** stream, int n, float* buffer, float a, float b, qor_s_update callback);
 
 /* Modular powers, the arithmetic of leapfrog and skip-ahead. m > 0; exponents n below 1 give the identity; matrices are
    nine words by rows; a result may be one of the arguments. */

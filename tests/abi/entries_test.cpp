@@ -146,10 +146,32 @@ class Array {
   alignas(16) unsigned char bytes_[4 + sizeof(T) * elements + 12];
 };
 
+// Callbacks of abstract streams: a ramp of words, or of numbers in [0, 1).
+template <class T>
+int probe_update(qor_stream*, int*, T* r, int* nmin, int*, int* idx) {
+  note_frame(__builtin_frame_address(0));
+  for (int i = 0; i < *nmin; ++i) r[*idx + i] = std::is_integral_v<T> ? T(i) : T(i % 128) / 128;
+  return *nmin;
+}
+unsigned word_buffer[7];
+double double_buffer[7];
+float single_buffer[7];
+int new_abstract(qor_stream** slot, int brng) {
+  if (brng == QOR_BRNG_IABSTRACT) return __wxriNewAbstractStream(slot, 7, word_buffer, probe_update);
+  if (brng == QOR_BRNG_DABSTRACT) return __wxrdNewAbstractStream(slot, 7, double_buffer, 0, 1, probe_update);
+  return __wxrsNewAbstractStream(slot, 7, single_buffer, 0, 1, probe_update);
+}
+
 // A stream made and deleted by plain calls.
 class Stream {
  public:
-  explicit Stream(int brng) { EXPECT_EQ(__wxrNewStreamEx(&stream_, brng, 2, seeds), 0) << std::hex << brng; }
+  explicit Stream(int brng) {
+    if (brng >= QOR_BRNG_IABSTRACT && brng <= QOR_BRNG_SABSTRACT) {
+      EXPECT_EQ(new_abstract(&stream_, brng), 0);
+      return;
+    }
+    EXPECT_EQ(__wxrNewStreamEx(&stream_, brng, 2, seeds), 0) << std::hex << brng;
+  }
   ~Stream() {
     if (stream_ != nullptr) __wxrDeleteStream(&stream_);
   }
@@ -475,11 +497,10 @@ void add_engines() {
     std::string tag;
     int brng;
   };
-  static const Engine engines[] = {{"MCG31M1", QOR_BRNG_MCG31M1},
-                                   {"R250", QOR_BRNG_R250},
-                                   {"MRG32K3A", QOR_BRNG_MRG32K3A},
-                                   {"MCG59", QOR_BRNG_MCG59},
-                                   {"MT19937", QOR_BRNG_MT19937}};
+  static const Engine engines[] = {
+      {"MCG31M1", QOR_BRNG_MCG31M1},     {"R250", QOR_BRNG_R250},           {"MRG32K3A", QOR_BRNG_MRG32K3A},
+      {"MCG59", QOR_BRNG_MCG59},         {"MT19937", QOR_BRNG_MT19937},     {"WH", QOR_BRNG_WH},
+      {"iAbstract", QOR_BRNG_IABSTRACT}, {"dAbstract", QOR_BRNG_DABSTRACT}, {"sAbstract", QOR_BRNG_SABSTRACT}};
   for (const Engine& engine : engines) {
     add("__wxrBRng" + engine.tag + "InitStream", [&engine](Caller& call) {
       const Stream stream(engine.brng);
@@ -506,10 +527,30 @@ void add_engines() {
     add("__wxriBRng" + engine.tag, [&engine](Caller& call) {
       const Stream stream(engine.brng);
       Array<std::uint64_t> out;
-      call.result(stream.get(), elements - 1, out.get());
+      call.result(stream.get(), elements / 2 - 1, out.get());  // words of 128 bits at most
       call.note(out.bytes());
     });
   }
+
+  const auto add_constructor = [](const std::string& name, const std::function<void(Caller&, qor_stream**)>& make) {
+    add(name, [make](Caller& call) {
+      qor_stream* stream = nullptr;
+      make(call, &stream);
+      ASSERT_NE(stream, nullptr);
+      double r[9];
+      call.note(static_cast<unsigned>(_wxrdRngUniform(0, stream, 9, r, 1, 2)));
+      call.note(std::string(reinterpret_cast<const char*>(r), sizeof r));
+      __wxrDeleteStream(&stream);
+    });
+  };
+  add_constructor("__wxriNewAbstractStream",
+                  [](Caller& call, qor_stream** slot) { call.result(slot, 7, word_buffer, probe_update<unsigned>); });
+  add_constructor("__wxrdNewAbstractStream", [](Caller& call, qor_stream** slot) {
+    call.result(slot, 7, double_buffer, 0.25, 1.5, probe_update<double>);
+  });
+  add_constructor("__wxrsNewAbstractStream", [](Caller& call, qor_stream** slot) {
+    call.result(slot, 7, single_buffer, 0.25f, 1.5f, probe_update<float>);
+  });
 
   static const unsigned matrix[9] = {0, 1, 0, 0, 0, 1, 4294156359u, 1403580u, 0}, modulus = 4294967087u;
   add("__wxriPowMod", [](Caller& call) { call.result(1132489760u, 1000, modulus); });

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -21,7 +22,9 @@ using Seeds = std::vector<unsigned>;
 // A sequence and, as the words behind a stream's header, the state before its next element.
 struct Sequence {
   virtual ~Sequence() = default;
-  virtual std::uint64_t next() = 0;
+  virtual std::uint64_t next() = 0;                 // a word; of wider ones the low half
+  virtual std::uint64_t high() const { return 0; }  // the other half of that word
+  virtual double u() const { return 0; }            // the number of the last element, where no word gives it
   virtual Seeds state() const = 0;
 };
 
@@ -136,6 +139,44 @@ struct MT19937 : Sequence {
   Seeds state() const override {
     Seeds all = mt;
     all.push_back(pos);
+    return all;
+  }
+};
+
+struct WhRow {
+  std::uint64_t m[4], a[4];
+};
+inline constexpr WhRow wh_table[] = {
+#include "rng/engines/wh_table.inc"
+};
+struct WH : Sequence {
+  static constexpr double unit = 0;  // times a word: no number
+  static constexpr int least = 0;
+  const WhRow& row;
+  std::uint64_t x[4], mult[4], last[4] = {};
+  explicit WH(const Seeds& s, int member = 0) : row(wh_table[member]) {
+    for (unsigned i = 0; i < 4; ++i) {
+      mult[i] = row.a[i];
+      const std::uint64_t seed = i < s.size() ? s[i] % row.m[i] : 1;
+      x[i] = (seed == 0 ? 1 : seed) * mult[i] % row.m[i];
+    }
+  }
+  std::uint64_t next() override {
+    for (int i = 0; i < 4; ++i) {
+      last[i] = x[i];
+      x[i] = x[i] * mult[i] % row.m[i];
+    }
+    return last[0] | last[1] << 32;
+  }
+  std::uint64_t high() const override { return last[2] | last[3] << 32; }
+  double u() const override {
+    double sum = 0;
+    for (int i = 0; i < 4; ++i) sum += double(last[i]) * (1 / double(row.m[i]));
+    return sum - std::floor(sum);
+  }
+  Seeds state() const override {
+    Seeds all(x, x + 4);
+    all.insert(all.end(), mult, mult + 4);
     return all;
   }
 };

@@ -13,7 +13,9 @@ namespace {
 const plain::Seeds usual_seeds = {777, 0xDEADBEEF, 3, 4, 5, 0x80000001};
 
 double as_double(std::uint64_t w) { return double(unsigned(w)) + 0x1p32 * double(unsigned(w >> 32)); }
-double number(const EngineRow& e, std::uint64_t w, double a, double b) { return as_double(w) * ((b - a) * e.unit) + a; }
+double number(const EngineRow& e, const plain::Sequence& seq, std::uint64_t w, double a, double b) {
+  return e.word_bytes == 16 ? seq.u() * (b - a) + a : as_double(w) * ((b - a) * e.unit) + a;
+}
 
 // The three kinds of output as bytes of `n` elements, from the library and from the plain sequence.
 enum class Kind { words, doubles, singles };
@@ -36,11 +38,11 @@ int draw(qor_stream* s, Kind kind, int n, void* r, double a, double b) {
 }
 void plain_draw(const EngineRow& e, plain::Sequence& seq, Kind kind, int n, char* r, double a, double b) {
   for (int i = 0; i < n; ++i, r += element_bytes(e, kind)) {
-    const std::uint64_t w = seq.next();
-    const double d = kind == Kind::singles ? number(e, w, float(a), float(b)) : number(e, w, a, b);
+    const std::uint64_t low = seq.next(), w[2] = {low, seq.high()};
+    const double d = kind == Kind::singles ? number(e, seq, low, float(a), float(b)) : number(e, seq, low, a, b);
     const float f = float(d);
     std::memcpy(r,
-                kind == Kind::words     ? static_cast<const void*>(&w)
+                kind == Kind::words     ? static_cast<const void*>(w)
                 : kind == Kind::doubles ? static_cast<const void*>(&d)
                                         : &f,
                 element_bytes(e, kind));
@@ -60,7 +62,7 @@ class GuardedRoom {
   GuardedRoom& operator=(const GuardedRoom&) = delete;
   char* end() const { return base_ + bytes; }
   char* begin() const { return base_; }
-  static constexpr std::size_t page = 4096, bytes = 20 * page;
+  static constexpr std::size_t page = 4096, bytes = 28 * page;
 
  private:
   char* base_;
@@ -89,7 +91,7 @@ TEST_P(Engines, DeliverThePlainSequenceForEverySizeAndAlignmentAndLeaveThePlainS
       const int delivered = std::max(n, e.least);
       const TestStream s(e.brng, usual_seeds);
       const auto seq = e.sequence(usual_seeds);
-      std::vector<char> skipped(8 * 700);
+      std::vector<char> skipped(16 * 700);
       if (before > 0) draw(s, Kind::words, before, skipped.data(), 0, 1);
       for (int i = 0; i < before; ++i) seq->next();
 
@@ -195,7 +197,7 @@ TEST(KnownAnswers, OfTheDataFile) {
     std::uint64_t expected;
     for (std::size_t i = std::size_t(first); fields >> expected; ++i) {
       std::uint64_t word = 0;
-      std::memcpy(&word, &words[i * width], width);
+      std::memcpy(&word, &words[i * width], std::min<std::size_t>(width, 8));
       EXPECT_EQ(word, expected) << line << ": word " << i;
     }
     ++lines;
@@ -218,13 +220,16 @@ TEST(Seeding, TakesWhatTheEngineTakesOfAnyNumberOfWords) {
 
 // ---- leapfrog and skip-ahead --------------------------------------------------------------------------------------
 
+// Words; of 128 bits a mixture of the halves.
 std::vector<std::uint64_t> words(const EngineRow& e, qor_stream* s, int n) {
   std::vector<unsigned> raw(std::size_t(n * e.word_bytes / 4));
   draw(s, Kind::words, n, raw.data(), 0, 1);
   std::vector<std::uint64_t> out(std::size_t(n), 0);
   for (std::size_t i = 0; i < out.size(); ++i) {
-    std::memcpy(&out[i], reinterpret_cast<const char*>(raw.data()) + i * std::size_t(e.word_bytes),
+    std::uint64_t word[2] = {};
+    std::memcpy(word, reinterpret_cast<const char*>(raw.data()) + i * std::size_t(e.word_bytes),
                 std::size_t(e.word_bytes));
+    out[i] = word[0] + 1000003 * word[1];
   }
   return out;
 }
@@ -233,7 +238,7 @@ const EngineRow& engine(const std::string& name) {
 }
 
 TEST(Leapfrog, DeliversEveryNthElementAndThenSkipsInThoseElements) {
-  for (const char* name : {"MCG31M1", "MCG59"}) {
+  for (const char* name : {"MCG31M1", "MCG59", "WH"}) {
     const EngineRow& e = engine(name);
     const TestStream whole(e.brng, {99});
     const auto all = words(e, whole, 4000);
@@ -254,7 +259,7 @@ TEST(Leapfrog, DeliversEveryNthElementAndThenSkipsInThoseElements) {
 }
 
 TEST(SkipAhead, IsDiscardingThatManyElements) {
-  for (const char* name : {"MCG31M1", "MCG59", "MRG32K3A"}) {
+  for (const char* name : {"MCG31M1", "MCG59", "MRG32K3A", "WH"}) {
     const EngineRow& e = engine(name);
     for (const int n : {0, 1, 2, 3, 4, 1000, 123457}) {
       const TestStream skipped(e.brng, usual_seeds), drawn(e.brng, usual_seeds);
@@ -272,23 +277,47 @@ TEST(SkipAhead, IsDiscardingThatManyElements) {
   }
 }
 
+TEST(WichmannHill, MembersFollowTheirRowsUnderBothNumberings) {
+  for (int member = 0; member < 273; member += member < 8 || member >= 264 ? 1 : 8) {
+    const TestStream s(QOR_BRNG_WH + member, usual_seeds), old(4 + member, usual_seeds);
+    ASSERT_EQ(s.status(), 0);
+    ASSERT_EQ(__wxrLeapfrogStream(s, 2, 3), 0);
+    plain::WH seq(usual_seeds, member);
+    double all[60], third[20];
+    ASSERT_EQ(_wxrdRngUniform(0, old, 60, all, 0, 1), 0);
+    ASSERT_EQ(_wxrdRngUniform(0, s, 20, third, 0, 1), 0);
+    for (int i = 0; i < 60; ++i) {
+      seq.next();
+      ASSERT_EQ(all[i], seq.u()) << "member " << member;
+      if (i % 3 != 2) continue;
+      ASSERT_EQ(third[i / 3], seq.u()) << "member " << member;
+    }
+    EXPECT_EQ(old.state(), seq.state()) << "member " << member;
+  }
+}
+
 TEST(StateWords, FromAnotherGeneratorAreReducedHoweverManyElementsAreDrawn) {
   const auto after_foreign_words = [](const char* name, int n) {
     const TestStream s(engine(name).brng, {});
     std::memset(reinterpret_cast<char*>(static_cast<qor_stream*>(s)) + 16, 0xFF,
-                std::string(name) == "MRG32K3A" ? 24 : std::size_t(engine(name).word_bytes));
+                std::string(name) == "MRG32K3A" ? 24
+                : std::string(name) == "WH"     ? 32
+                                                : std::size_t(engine(name).word_bytes));
     return words(engine(name), s, n);
   };
   for (const int n : {5, 9, 90, 2000}) {
     plain::MCG31M1 mcg31m1({});
     plain::MCG59 mcg59({});
     plain::MRG32K3A mrg32k3a({});
+    plain::WH wh({});
     mcg31m1.x = 0xFFFFFFFF % 0x7FFFFFFF;
     mcg59.x = (std::uint64_t{1} << 59) - 1;
     for (int i = 0; i < 3; ++i) mrg32k3a.s[i] = mrg32k3a.t[i] = 0xFFFFFFFF;
+    for (int i = 0; i < 4; ++i) wh.x[i] = wh.mult[i] = 0xFFFFFFFF % wh.row.m[i];
     for (const std::uint64_t w : after_foreign_words("MCG31M1", n)) ASSERT_EQ(w, mcg31m1.next()) << n;
     for (const std::uint64_t w : after_foreign_words("MCG59", n)) ASSERT_EQ(w, mcg59.next()) << n;
     for (const std::uint64_t w : after_foreign_words("MRG32K3A", n)) ASSERT_EQ(w, mrg32k3a.next()) << n;
+    for (const std::uint64_t w : after_foreign_words("WH", n)) ASSERT_EQ(w, wh.next() + 1000003 * wh.high()) << n;
   }
 }
 
@@ -300,6 +329,7 @@ TEST(Initialisation, RefusesWhatAnEngineCannotDoAndLeavesItsState) {
   for (const Refusal& r : {Refusal{"MCG31M1", 0, 0},
                            {"MCG59", 0, 0},
                            {"MRG32K3A", QOR_RNG_NO_LEAPFROG, 0},
+                           {"WH", 0, 0},
                            {"R250", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD},
                            {"MT19937", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD}}) {
     const EngineRow& e = engine(r.name);

@@ -106,15 +106,15 @@ TEST(StreamFiles, HaveTheseBytes) {
 
 // The next elements in all forms, as bytes.
 std::string drawn(qor_stream* s, int n) {
-  std::vector<std::uint64_t> words(std::size_t(n), 0);
-  std::vector<double> doubles(words.size());
-  std::vector<float> singles(words.size());
+  std::vector<std::uint64_t> words(2 * std::size_t(n), 0);  // 16 bytes are the longest
+  std::vector<double> doubles(std::size_t(n), 0);
+  std::vector<float> singles(doubles.size());
   EXPECT_EQ(_wxriRngUniformBits(0, s, n, reinterpret_cast<unsigned*>(words.data())), 0);
   EXPECT_EQ(_wxrdRngUniform(0, s, n, doubles.data(), -1, 3), 0);
   EXPECT_EQ(_wxrsRngUniform(0, s, n, singles.data(), 0, 1), 0);
   return std::string(reinterpret_cast<const char*>(words.data()), 8 * words.size()) +
-         std::string(reinterpret_cast<const char*>(doubles.data()), 8 * words.size()) +
-         std::string(reinterpret_cast<const char*>(singles.data()), 4 * words.size());
+         std::string(reinterpret_cast<const char*>(doubles.data()), 8 * doubles.size()) +
+         std::string(reinterpret_cast<const char*>(singles.data()), 4 * singles.size());
 }
 
 TEST(StreamFiles, ContinueTheSequenceOfEveryEngine) {
@@ -275,6 +275,12 @@ const std::map<std::string, std::function<bool(const Seeds&)>> possible = {
        return std::max({w[0], w[1], w[2]}) < 4294967087 && std::max({w[3], w[4], w[5]}) < 4294944443 &&
               (w[0] | w[1] | w[2]) && (w[3] | w[4] | w[5]);
      }},
+    {"WH",
+     [](const Seeds& w) {
+       bool all = true;
+       for (std::size_t i = 0; i < 8; ++i) all = all && w[i] != 0 && w[i] < plain::wh_table[0].m[i % 4];
+       return all;
+     }},
     {"R250", [](const Seeds& w) { return w[250] < 250 && w[251] == 103; }},
     {"MT19937", [](const Seeds& w) { return w[624] <= 624; }},
 };
@@ -291,7 +297,7 @@ void expect_harmless(const EngineRow& row, ScratchFile& file, const std::string&
   if (loaded.status != 0) return;
   EXPECT_EQ(saved(loaded.stream).substr(16), bytes.substr(16)) << where;
   drawn(loaded.stream, 9);
-  unsigned more[2 * 1300];
+  unsigned more[4 * 1300];
   EXPECT_EQ(_wxriRngUniformBits(0, loaded.stream, 1300, more), 0);
   __wxrSkipAheadStream(loaded.stream, 1000);
   drawn(loaded.stream, 1);

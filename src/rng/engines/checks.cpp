@@ -8,16 +8,18 @@
 #include "rng/engines/mt19937.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
+#include "rng/engines/wh.h"
 
 namespace qor::rng {
 namespace {
 
-// Without an engine nothing can have produced a state.
+// Without an engine nothing can have produced a state, and that of an abstract stream is addresses in the process that
+// saved it.
 bool never(const Stream*) { return false; }
 
 #define QOR_ENGINE_CHECK(tag, Engine, ...) Slots<Engine>::valid,
-#define QOR_RECORD_CHECK(...) never,
-constexpr bool (*checks[])(const Stream*) = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_RECORD_CHECK)};
+#define QOR_NO_CHECK(...) never,
+constexpr bool (*checks[])(const Stream*) = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_NO_CHECK, QOR_NO_CHECK)};
 static_assert(std::size(checks) == predefined_generators);
 
 }  // namespace

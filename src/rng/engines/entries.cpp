@@ -3,6 +3,7 @@
 
 #include "base/target.h"
 #include "numeric/modular.h"
+#include "rng/engines/abstract.h"
 #include "rng/engines/engines.def"
 #include "rng/engines/mcg31m1.h"
 #include "rng/engines/mcg59.h"
@@ -10,6 +11,7 @@
 #include "rng/engines/mt19937.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
+#include "rng/engines/wh.h"
 
 using namespace qor;
 
@@ -27,7 +29,19 @@ using namespace qor;
   QOR_ENTRY int __wxriBRng##tag(qor_stream* stream, int n, unsigned* r) {                                   \
     return rng::Slots<rng::Engine>::words(stream, n, r);                                                    \
   }
-QOR_ENGINES(QOR_ENGINE_ENTRIES)
+#define QOR_NO_ENTRIES(...)
+QOR_GENERATORS(QOR_ENGINE_ENTRIES, QOR_ENGINE_ENTRIES, QOR_NO_ENTRIES)
+
+QOR_ENTRY int __wxriNewAbstractStream(qor_stream** slot, int n, unsigned* buffer, qor_i_update update) {
+  return rng::IAbstract::create(slot, QOR_BRNG_IABSTRACT, {n, buffer, update, {}, 0, 0});
+}
+QOR_ENTRY int __wxrdNewAbstractStream(qor_stream** slot, int n, double* buffer, double a, double b,
+                                      qor_d_update update) {
+  return rng::DAbstract::create(slot, QOR_BRNG_DABSTRACT, {n, buffer, update, {}, a, b});
+}
+QOR_ENTRY int __wxrsNewAbstractStream(qor_stream** slot, int n, float* buffer, float a, float b, qor_s_update update) {
+  return rng::SAbstract::create(slot, QOR_BRNG_SABSTRACT, {n, buffer, update, {}, a, b});
+}
 
 namespace {
 

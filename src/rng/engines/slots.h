@@ -17,11 +17,20 @@
 
 namespace qor::rng {
 
+// The engine of a stream. That of a family is told its member: Engine::Member(state, member) has the functions.
 template <class Engine>
-class Slots {
- public:
+decltype(auto) engine_of(Stream* stream) {
+  if constexpr (requires { typename Engine::Member; }) {
+    return typename Engine::Member(stream->state<Engine>(), resolve(stream->brng).member);
+  } else {
+    return (stream->state<Engine>());
+  }
+}
+
+template <class Engine>
+struct InitSlot {
   static int init(int how, Stream* stream, int n, const std::uint32_t* params) {
-    Engine& engine = stream->state<Engine>();
+    auto&& engine = engine_of<Engine>(stream);
     switch (how) {
       case method::seed:
         return engine.seed(n, params);
@@ -36,7 +45,11 @@ class Slots {
         return status::bad_method;
     }
   }
+};
 
+template <class Engine>
+class Slots : public InitSlot<Engine> {
+ public:
   static bool valid(const Stream* stream) {
     const Engine& engine = stream->state<Engine>();
     if constexpr (requires { engine.valid(*stream); }) {

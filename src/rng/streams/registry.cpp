@@ -20,7 +20,7 @@ int no_i_out(qor_stream*, int, unsigned*) { return status::bad_brng; }
   {bytes, words, zero, width, bits, __wxrBRng##tag##InitStream, __wxrsBRng##tag, __wxrdBRng##tag, __wxriBRng##tag},
 #define QOR_RECORD_ROW(tag, bytes, words, zero, width, bits, members) \
   {bytes, words, zero, width, bits, no_init, no_s_out, no_d_out, no_i_out},
-constexpr BrngRecord predefined[] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_RECORD_ROW)};
+constexpr BrngRecord predefined[] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_ENGINE_ROW, QOR_RECORD_ROW)};
 static_assert(std::size(predefined) == predefined_generators);
 
 #define QOR_ENGINE_MEMBERS(tag, engine, bytes, words, zero, width, bits, members) members,
@@ -40,9 +40,11 @@ QOR_DATA constinit BrngRecord __RegBrngs[registry_capacity] = {
     predefined[0], predefined[1], predefined[2], predefined[3], QOR_WH_64,     QOR_WH_64,
     QOR_WH_64,     QOR_WH_64,     QOR_WH_16,     QOR_WH,        predefined[5], predefined[6],
 };
-QOR_DATA constinit BrngRecord __RegBrngsNew[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_RECORD_ROW)};
+QOR_DATA constinit BrngRecord __RegBrngsNew[registry_capacity] = {
+    QOR_GENERATORS(QOR_ENGINE_ROW, QOR_ENGINE_ROW, QOR_RECORD_ROW)};
 QOR_DATA constinit int NRegBrngsNew = predefined_generators;
-QOR_DATA constinit int NumOffsets[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
+QOR_DATA constinit int NumOffsets[registry_capacity] = {
+    QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
 
 namespace qor::rng {
 

@@ -53,7 +53,8 @@ int copy_state(Stream* destination, const Stream* source) {
   // Records may promise more seedable words than their state holds. The least of the three is never negative.
   const std::size_t room = std::min(block_bytes(to.record()), block_bytes(record)) - header_bytes;
   const std::size_t seedable = static_cast<std::size_t>(record.wordBytes) * static_cast<std::size_t>(record.seedWords);
-  std::memcpy(destination + 1, source + 1, std::min(room, seedable));
+  // A state without seedable words is no numbers but pointers of the caller's.
+  if (to.record().seedWords > 0) std::memcpy(destination + 1, source + 1, std::min(room, seedable));
   // On purpose after the copy, which is made between different generators too.
   return to.entry == from.entry ? status::ok : status::incompatible;
 }
