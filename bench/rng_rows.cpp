@@ -15,6 +15,7 @@ struct Engine {
   const char* opponent;
   double words, doubles, singles;  // targets
   int word_bits;
+  unsigned dimension = 0;  // of quasi-random vectors
 };
 const Engine engines[] = {
     {"MT19937", QOR_BRNG_MT19937, "std::mt19937", 1.8, 1.5, 0, 32},
@@ -23,6 +24,10 @@ const Engine engines[] = {
     {"MCG59", QOR_BRNG_MCG59, "plain loop", 1.5, 1.5, 1.5, 64},
     {"R250", QOR_BRNG_R250, "plain loop", 0, 0, 0, 32},
     {"WH", QOR_BRNG_WH, "plain loop", 3, 3, 3, 128},
+    {"Sobol 40", QOR_BRNG_SOBOL, "gsl sobol", 0, 5, 0, 32, 40},
+    {"Sobol 7", QOR_BRNG_SOBOL, "gsl sobol", 0, 0, 0, 32, 7},
+    {"Sobol 1", QOR_BRNG_SOBOL, "gsl sobol", 0, 0, 0, 32, 1},
+    {"Niederr 40", QOR_BRNG_NIEDERR, "gsl sobol", 0, 5, 0, 32, 40},
 };
 constexpr int elements = 10000;
 
@@ -34,11 +39,15 @@ int draw(qor_stream* s, int n, std::uint64_t* r) {
 }
 int draw(qor_stream* s, int n, WideWord* r) { return _wxriRngUniformBits(0, s, n, r->part); }
 
+int open(qor_stream** stream, const Engine& engine) {
+  return __wxrNewStreamEx(stream, engine.brng, engine.dimension > 0 ? 1 : 0, &engine.dimension);
+}
+
 // Opens the stream on first use: nothing of the library is called by rows that aren't run.
 template <class T>
-std::function<void(int)> ours(int brng) {
-  return [brng, stream = static_cast<qor_stream*>(nullptr)](int n) mutable {
-    if (stream == nullptr) __wxrNewStreamEx(&stream, brng, 0, nullptr);
+std::function<void(int)> ours(const Engine& engine) {
+  return [engine, stream = static_cast<qor_stream*>(nullptr)](int n) mutable {
+    if (stream == nullptr) open(&stream, engine);
     draw(stream, n, output<T>());
   };
 }
@@ -47,7 +56,7 @@ std::function<void(int)> ours(int brng) {
 template <class T>
 std::string check(const Engine& engine, const std::vector<DrawPeer<T>>& same) {
   qor_stream* stream = nullptr;
-  int status = __wxrNewStreamEx(&stream, engine.brng, 0, nullptr);
+  int status = open(&stream, engine);
   if (status == 0) status = draw(stream, elements, output<T>());
   __wxrDeleteStream(&stream);
   if (status != 0) return "the library returns " + std::to_string(status);
@@ -64,14 +73,16 @@ std::string check(const Engine& engine, const std::vector<DrawPeer<T>>& same) {
 template <class T>
 void add(std::vector<Work>& works, const Engine& engine, const char* what, double target) {
   Work work{"streams", std::string(engine.name) + " " + what, elements, {}, {}};
-  work.contenders.push_back({"qor", 0, true, ours<T>(engine.brng)});
+  work.contenders.push_back({"qor", 0, true, ours<T>(engine)});
   std::vector<DrawPeer<T>> same;
   for (const DrawPeer<T>& peer : draw_peers<T>()) {
     if (std::strcmp(peer.work, engine.name) != 0 && std::strcmp(peer.work, "uniform") != 0) continue;
     work.contenders.push_back({peer.name, 0, false, [peer](int n) { peer.run(n, output<T>()); }});
     if (peer.same_sequence) same.push_back(peer);
   }
-  work.claims.push_back({work.name, "qor", {engine.opponent}, no_limit, target, ""});
+  if (engine.dimension == 0 || std::strcmp(what, "words") != 0) {  // no peer delivers vectors of words
+    work.claims.push_back({work.name, "qor", {engine.opponent}, no_limit, target, ""});
+  }
   const bool far_target = std::strcmp(engine.name, "MT19937") == 0 && std::strcmp(what, "double") == 0;
   work.claims.push_back({work.name, "qor", {"dSFMT"}, no_limit, far_target ? 1.0 : 0.0, "far mark"});
   work.check = [engine, same] { return check<T>(engine, same); };

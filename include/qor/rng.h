@@ -25,7 +25,7 @@ typedef struct qor_stream qor_stream;
 
 #define QOR_RNG_OK 0
 #define QOR_RNG_BAD_METHOD (-2)   /* an engine's initialisation method is not 0, 1 or 2 */
-#define QOR_RNG_BAD_ARGUMENT (-3) /* null pointer or bad argument of an abstract stream's constructor */
+#define QOR_RNG_BAD_ARGUMENT (-3) /* bad argument of an abstract stream, bad table of a quasi-random one */
 #define QOR_RNG_NO_MEMORY (-4)
 #define QOR_RNG_NULL_SLOT (-5)          /* a function of a record to be registered is null */
 #define QOR_RNG_BAD_BRNG (-1000)        /* unknown generator identifier */
@@ -48,9 +48,9 @@ typedef struct qor_stream qor_stream;
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
 /* Identifiers: (registry entry + 1) * 2^20 + member.
-   Not available in this release: SOBOL, NIEDERR and MT2203. Their records are complete and their identifiers valid,
-   but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams
-   have constructors of their own. */
+   Not available in this release: MT2203. Its record is complete and its identifiers valid, but initialisation and
+   output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams have constructors of their
+   own. */
 #define QOR_BRNG_MCG31M1 0x100000
 #define QOR_BRNG_R250 0x200000
 #define QOR_BRNG_MRG32K3A 0x300000
@@ -175,7 +175,7 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
 /* ---- engines ----------------------------------------------------------------------------------------------------- */
 
 /* The functions that the predefined records hold. Output returns 0 and checks nothing: for n < 1 the MCG engines and
-   MRG32K3A still store one element and go on by one; R250 and MT19937 do nothing. With w a raw word, a number is
+   MRG32K3A still store one element and go on by one; the others do nothing. With w a raw word, a number is
    w * ((b - a) * unit) + a in double precision with these roundings, in the single function rounded once more.
 
    - MCG31M1: x' = 1132489760 x mod 2^31 - 1 (P. L'Ecuyer, Math. Comp. 68, 1999). Words x in 1 .. 2^31 - 2, the first is
@@ -187,6 +187,7 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
      three a recurrence, missing ones 1. Words 0 .. 2^32 - 210, unit 1/(2^32 - 209). Skips ahead.
    - MCG59: x' = 13^13 x mod 2^59. Words x in 1 .. 2^59 - 1 of 64 bits, low half first; the first is the seed, of up to
      two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead.
+   - Sobol, Niederr: quasi-random vectors, told below.
    - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
      (none: as by the one word 1). Words of 32 bits, unit 2^-32.
    - WH, 273 members: four generators x' = a x mod m added modulo 1 (B. A. Wichmann and I. D. Hill, Applied Statistics
@@ -210,7 +211,30 @@ QOR_ENGINE(WH)
 QOR_ENGINE(iAbstract)
 QOR_ENGINE(dAbstract)
 QOR_ENGINE(sAbstract)
+QOR_ENGINE(Sobol)
+QOR_ENGINE(Niederr)
 #undef QOR_ENGINE
+
+/* Quasi-random vectors. Sobol (I. M. Sobol, 1967) has up to 40 dimensions, Niederr (H. Niederreiter, base 2, 1988) up
+   to 318. The elements of a stream are the coordinates of one vector after another, whatever requests they are drawn
+   by: element i belongs to vector i / d and coordinate i % d. Vectors come in the order of the Gray code from the
+   origin on, 2^32 of them, and then again. Words of 32 bits, unit 2^-32. The origin's words are zero, although the
+   records' zeroPossible is 0.
+   Seeding. None or one word: the dimension d; anything out of range means 1. Sobol's table is our own, with Sobol's
+   property A and the best two-dimensional projections of a search; Niederr's polynomials are the irreducible ones from
+   x on by degree and value. More words are a table of the caller's: d, and then
+     Sobol     for each coordinate a primitive polynomial, bit i being the coefficient of x^i, and as many initial
+               direction numbers as its degree s, m[1] .. m[s], odd and m[k] < 2^k; the polynomial may also be 1,
+               without numbers, which is the van der Corput sequence;
+     Niederr   for each coordinate an irreducible polynomial.
+   Degrees are 31 at most and all polynomials differ. The words must end with the table. A table that isn't so is
+   refused with -3, and for want of memory with -4: the stream then has dimension 1. The stream keeps an accepted table
+   as the chunk of the key below, for the caller to look up; drawing doesn't read it. Seeding anew deletes chunks of
+   that key.
+   Leapfrog splits by coordinates: nstreams must be d, and stream k then delivers coordinate k of the vectors, beginning
+   with the first that has it still to be delivered; else -1002. Its further leapfrogs are those of dimension 1. */
+#define QOR_RNG_CHUNK_SOBOL 5u
+#define QOR_RNG_CHUNK_NIEDERR 6u
 
 /* ---- abstract streams -------------------------------------------------------------------------------------------- */
 

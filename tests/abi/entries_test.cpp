@@ -170,7 +170,8 @@ class Stream {
       EXPECT_EQ(new_abstract(&stream_, brng), 0);
       return;
     }
-    EXPECT_EQ(__wxrNewStreamEx(&stream_, brng, 2, seeds), 0) << std::hex << brng;
+    const int n = brng == QOR_BRNG_SOBOL || brng == QOR_BRNG_NIEDERR ? 1 : 2;  // those take a dimension
+    EXPECT_EQ(__wxrNewStreamEx(&stream_, brng, n, seeds), 0) << std::hex << brng;
   }
   ~Stream() {
     if (stream_ != nullptr) __wxrDeleteStream(&stream_);
@@ -500,7 +501,8 @@ void add_engines() {
   static const Engine engines[] = {
       {"MCG31M1", QOR_BRNG_MCG31M1},     {"R250", QOR_BRNG_R250},           {"MRG32K3A", QOR_BRNG_MRG32K3A},
       {"MCG59", QOR_BRNG_MCG59},         {"MT19937", QOR_BRNG_MT19937},     {"WH", QOR_BRNG_WH},
-      {"iAbstract", QOR_BRNG_IABSTRACT}, {"dAbstract", QOR_BRNG_DABSTRACT}, {"sAbstract", QOR_BRNG_SABSTRACT}};
+      {"iAbstract", QOR_BRNG_IABSTRACT}, {"dAbstract", QOR_BRNG_DABSTRACT}, {"sAbstract", QOR_BRNG_SABSTRACT},
+      {"Sobol", QOR_BRNG_SOBOL},         {"Niederr", QOR_BRNG_NIEDERR}};
   for (const Engine& engine : engines) {
     add("__wxrBRng" + engine.tag + "InitStream", [&engine](Caller& call) {
       const Stream stream(engine.brng);

@@ -14,6 +14,7 @@
 
 #include "qor/rng.h"
 #include "rng/engines/engines.def"
+#include "rng/nets.h"
 
 namespace plain {
 
@@ -181,6 +182,45 @@ struct WH : Sequence {
   }
 };
 
+// Vectors by the Gray code of their index. `matrices` are those of the largest dimension.
+struct Net : Sequence {
+  static constexpr double unit = 0x1p-32;
+  static constexpr int least = 0;
+  const std::vector<Matrix>& matrices;
+  unsigned d, index = 0, position = 0;
+  Net(const std::vector<Matrix>& m, const Seeds& s)
+      : matrices(m), d(s.size() == 1 && s[0] >= 1 && s[0] <= m.size() ? s[0] : 1) {}
+  std::uint64_t next() override {
+    const unsigned w = coordinate(matrices[position], gray_code(index));
+    if (++position == d) position = 0, ++index;
+    return w;
+  }
+  Seeds state() const override {
+    const std::size_t most = matrices.size();
+    Seeds all(34 * most + 4);
+    all[0] = index, all[1] = d, all[2] = position;
+    for (std::size_t j = 0; j < d; ++j) {
+      for (unsigned r = 0; r < 32; ++r) all[4 + r * most + j] = coordinate(matrices[j], 1u << r);
+      all[4 + 32 * most + j] = coordinate(matrices[j], gray_code(index));
+    }
+    return all;
+  }
+};
+struct Sobol : Net {
+  explicit Sobol(const Seeds& s) : Net(all(), s) {}
+  static const std::vector<Matrix>& all() {
+    static const std::vector<Matrix> matrices = sobol_matrices(sobol_table());
+    return matrices;
+  }
+};
+struct Niederr : Net {
+  explicit Niederr(const Seeds& s) : Net(all(), s) {}
+  static const std::vector<Matrix>& all() {
+    static const std::vector<Matrix> matrices = niederreiter_matrices(irreducible_polynomials(318));
+    return matrices;
+  }
+};
+
 }  // namespace plain
 
 struct EngineRow {
@@ -189,6 +229,7 @@ struct EngineRow {
   double unit;
   int least;       // elements that a request for none delivers
   int word_bytes;  // of a raw word
+  bool quasi;      // seeded with a dimension, not with words of any value
   std::function<std::unique_ptr<plain::Sequence>(const plain::Seeds&)> sequence;
 };
 // By name in messages; its bytes have gaps.
@@ -201,6 +242,7 @@ inline const std::vector<EngineRow>& engine_rows() {
    plain::tag::unit,                                            \
    plain::tag::least,                                           \
    width,                                                       \
+   std::is_base_of_v<plain::Net, plain::tag>,                   \
    [](const plain::Seeds& s) -> std::unique_ptr<plain::Sequence> { return std::make_unique<plain::tag>(s); }},
   static const std::vector<EngineRow> rows = {QOR_ENGINES(ENGINE_ROW)};
 #undef ENGINE_ROW

@@ -6,8 +6,10 @@
 #include "rng/engines/mcg59.h"
 #include "rng/engines/mrg32k3a.h"
 #include "rng/engines/mt19937.h"
+#include "rng/engines/niederreiter.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
+#include "rng/engines/sobol.h"
 #include "rng/engines/wh.h"
 
 namespace qor::rng {

@@ -45,6 +45,29 @@ void delete_chunks(Stream* stream) {
   stream->chunkMark = 0;
 }
 
+void delete_chunks(Stream* stream, std::uint32_t key) {
+  for (Chunk** link = &stream->chunks; *link != nullptr;) {
+    if ((*link)->key != key) {
+      link = &(*link)->next;
+      continue;
+    }
+    const Owned<Chunk> node(*link);
+    const Owned<void> data(node->data);
+    *link = node->next;
+    stream->chunkMark = 0;
+  }
+}
+
+int add_copy(Stream* stream, std::uint32_t key, const std::uint32_t* words, int n) {
+  const std::size_t bytes = static_cast<std::size_t>(n) * sizeof *words;
+  Owned<void> data = Owned<void>::allocate(bytes);
+  if (!data) return status::no_memory;
+  std::memcpy(data.get(), words, bytes);
+  const int s = add_chunk(stream, key, data.get(), static_cast<std::uint32_t>(bytes));
+  if (s == status::ok) data.release();
+  return s;
+}
+
 int copy_chunks(Stream* stream, const Stream* source) {
   Chunk** tail = &stream->chunks;
   for (const Chunk* c = source->chunks; c != nullptr; c = c->next) {

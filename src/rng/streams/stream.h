@@ -70,6 +70,9 @@ void* search_chunk(const Stream* stream, std::uint32_t key);
 void* search_chunk(const Stream* stream, std::uint32_t key, std::uint32_t size);  // of just this size
 int count_chunks(const Stream* stream);
 void delete_chunks(Stream* stream);
+void delete_chunks(Stream* stream, std::uint32_t key);  // those of one key
+// Adds a copy of n words as a chunk: 0, or -4 with nothing changed.
+int add_copy(Stream* stream, std::uint32_t key, const std::uint32_t* words, int n);
 // Gives `stream`, whose list is empty, copies of the source's chunks in the same order: 0, or -4 with those that found
 // room.
 int copy_chunks(Stream* stream, const Stream* source);
