@@ -3,6 +3,7 @@
 #include <NTL/GF2XFactoring.h>
 
 #include "member.h"
+#include "modulus.h"
 
 namespace mt2203 {
 namespace {
@@ -64,16 +65,19 @@ bool IrreducibilityTest::operator()(std::uint32_t a) const {
       return false;
     }
   }
-  const GF2X f = characteristic_.of(a), t(1, 1);
-  const NTL::GF2XModulus modulus(f);
-  GF2X x = t, product(1);
+  const GF2X f = characteristic_.of(a);
+  const Modulus modulus(f);
+  const Modulus::Element t = element(GF2X(1, 1));
+  Modulus::Element x = t, product = element(GF2X(0, 1));
   int next_gcd = 2 * table_degree;
   for (int d = 1; d <= degree; ++d) {
-    SqrMod(x, x, modulus);
+    x = modulus.square(x);
     if (d <= table_degree || d > sieve_degree) continue;
-    MulMod(product, product, x + t, modulus);
-    if (d == next_gcd || d == sieve_degree) {  // every factor's degree that divides one of those gone through
-      if (!IsOne(GCD(product, f))) return false;
+    Modulus::Element factor = x;
+    factor[0] ^= t[0];
+    product = modulus.multiply(product, factor);
+    if (d == next_gcd || d == sieve_degree) {  // any factor whose degree divides one of those gone through
+      if (!IsOne(GCD(polynomial(product), f))) return false;
       next_gcd = 3 * d / 2;
     }
   }
