@@ -48,8 +48,8 @@ typedef struct qor_stream qor_stream;
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
 /* Identifiers: (registry entry + 1) * 2^20 + member.
-   Not available in this release: SOBOL, NIEDERR and MT2203. Their records are complete and their identifiers valid,
-   but initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams
+   Not available in this release: SOBOL and NIEDERR. Their records are complete and their identifiers valid, but
+   initialisation and output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams
    have constructors of their own. */
 #define QOR_BRNG_MCG31M1 0x100000
 #define QOR_BRNG_R250 0x200000
@@ -175,7 +175,7 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
 /* ---- engines ----------------------------------------------------------------------------------------------------- */
 
 /* The functions that the predefined records hold. Output returns 0 and checks nothing: for n < 1 the MCG engines and
-   MRG32K3A still store one element and go on by one; R250 and MT19937 do nothing. With w a raw word, a number is
+   MRG32K3A still store one element and go on by one; R250, MT19937 and MT2203 do nothing. With w a raw word, a number is
    w * ((b - a) * unit) + a in double precision with these roundings, in the single function rounded once more.
 
    - MCG31M1: x' = 1132489760 x mod 2^31 - 1 (P. L'Ecuyer, Math. Comp. 68, 1999). Words x in 1 .. 2^31 - 2, the first is
@@ -189,6 +189,9 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
      two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead.
    - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
      (none: as by the one word 1). Words of 32 bits, unit 2^-32.
+   - MT2203: 1024 Mersenne Twisters of period 2^2203 - 1 and 69 words, seeded like MT19937. Members differ in recurrence
+     and tempering, so that no sequence is a part of another: one each for the threads or tasks of a job. A row of
+     _wxr_mt2203_table is that member's twist constant and its two tempering masks.
    - WH, 273 members: four generators x' = a x mod m added modulo 1 (B. A. Wichmann and I. D. Hill, Applied Statistics
      31, 1982), m a prime below 2^24 with (m - 1)/2 prime, a a primitive root; no two members share a modulus, and each
      has a period above 2^92. Seeded with up to four words, missing ones 1, each modulo its m with 1 for 0; the first
@@ -206,11 +209,13 @@ QOR_ENGINE(R250)
 QOR_ENGINE(MRG32K3A)
 QOR_ENGINE(MCG59)
 QOR_ENGINE(MT19937)
+QOR_ENGINE(MT2203)
 QOR_ENGINE(WH)
 QOR_ENGINE(iAbstract)
 QOR_ENGINE(dAbstract)
 QOR_ENGINE(sAbstract)
 #undef QOR_ENGINE
+extern const unsigned _wxr_mt2203_table[1024][3];
 
 /* ---- abstract streams -------------------------------------------------------------------------------------------- */
 

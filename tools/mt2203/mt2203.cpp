@@ -1,11 +1,11 @@
 // Makes the table of the MT2203 family and proves it.
 //
-//   mt2203 --search ROWS FIRST LAST   finds members FIRST .. LAST and appends them to the file ROWS, a line each.
-//   Members
-//                                     that stand there are left out, so an interrupted search goes on where it stopped;
-//                                     several processes may share out the members, each with a file of its own
+//   mt2203 --search ROWS FIRST LAST   finds members FIRST .. LAST and appends them to the file ROWS, a line each
 //   mt2203 --verify TABLE             proves every row of the table: period and defect
-//   mt2203 --emit ROWS ... > TABLE    the table of all members from the rows found
+//   mt2203 --emit ROWS ... > TABLE    writes the table of all members from the rows found
+//
+// A search leaves out the members that stand in its file already, so that it goes on where it was stopped; several
+// processes may share out the members, each with a file of its own.
 //
 // A member's row depends on its number alone: the first of its candidates for matA whose characteristic polynomial is
 // irreducible and for which masks are found that leave no greater total defect than family_defect.

@@ -9,6 +9,7 @@
 #include "rng/engines/mcg59.h"
 #include "rng/engines/mrg32k3a.h"
 #include "rng/engines/mt19937.h"
+#include "rng/engines/mt2203.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
 #include "rng/engines/wh.h"

@@ -3,7 +3,7 @@
 //   static constexpr int least;         elements that a request for none delivers
 //   int seed(int n, const std::uint32_t* words), leapfrog(std::int32_t k, int nstreams), skip_ahead(int n);
 //   bool valid() const;                 whether seeding and drawing can produce this state; as valid(const Stream&) it
-//                                       may look at the stream's identifier and chunks too
+//                                       may look at the stream's identifier and chunks too, as may seed(stream, ...)
 //   template <class Sink> void draw(int n, Sink sink);   the next n words, in order
 #pragma once
 
@@ -33,7 +33,11 @@ struct InitSlot {
     auto&& engine = engine_of<Engine>(stream);
     switch (how) {
       case method::seed:
-        return engine.seed(n, params);
+        if constexpr (requires { engine.seed(*stream, n, params); }) {
+          return engine.seed(*stream, n, params);
+        } else {
+          return engine.seed(n, params);
+        }
       case method::leapfrog: {
         std::int32_t k;
         std::memcpy(&k, params, sizeof k);
