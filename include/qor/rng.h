@@ -175,8 +175,8 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
 /* ---- engines ----------------------------------------------------------------------------------------------------- */
 
 /* The functions that the predefined records hold. Output returns 0 and checks nothing: for n < 1 the MCG engines and
-   MRG32K3A still store one element and go on by one; R250, MT19937 and MT2203 do nothing. With w a raw word, a number is
-   w * ((b - a) * unit) + a in double precision with these roundings, in the single function rounded once more.
+   MRG32K3A still store one element and go on by one; R250, MT19937 and MT2203 do nothing. With w a raw word, a number
+   is w * ((b - a) * unit) + a in double precision with these roundings, in the single function rounded once more.
 
    - MCG31M1: x' = 1132489760 x mod 2^31 - 1 (P. L'Ecuyer, Math. Comp. 68, 1999). Words x in 1 .. 2^31 - 2, the first is
      the seed modulo 2^31 - 1 (1 for 0 or none); unit 1/(2^31 - 1). Leapfrogs and skips ahead.
