@@ -19,6 +19,7 @@ struct Engine {
 };
 const Engine engines[] = {
     {"MT19937", QOR_BRNG_MT19937, "std::mt19937", 1.8, 1.5, 0, 32},
+    {"MT2203", QOR_BRNG_MT2203, "std engine", 1.6, 1.6, 1.6, 32},
     {"MRG32K3A", QOR_BRNG_MRG32K3A, "plain loop", 6, 6, 6, 32},
     {"MCG31M1", QOR_BRNG_MCG31M1, "plain loop", 3, 3, 3, 32},
     {"MCG59", QOR_BRNG_MCG59, "plain loop", 1.5, 1.5, 1.5, 64},

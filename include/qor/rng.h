@@ -48,9 +48,7 @@ typedef struct qor_stream qor_stream;
 /* ---- generators -------------------------------------------------------------------------------------------------- */
 
 /* Identifiers: (registry entry + 1) * 2^20 + member.
-   Not available in this release: MT2203. Its record is complete and its identifiers valid, but initialisation and
-   output return -1000 (and __wxrNewStreamEx leaves a stream to be deleted). Abstract streams have constructors of their
-   own. */
+   Abstract streams have constructors of their own. */
 #define QOR_BRNG_MCG31M1 0x100000
 #define QOR_BRNG_R250 0x200000
 #define QOR_BRNG_MRG32K3A 0x300000
@@ -190,6 +188,9 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
    - Sobol, Niederr: quasi-random vectors, told below.
    - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
      (none: as by the one word 1). Words of 32 bits, unit 2^-32.
+   - MT2203: 1024 Mersenne Twisters of period 2^2203 - 1 and 69 words, seeded like MT19937. Members differ in recurrence
+     and tempering, so that no sequence is a part of another: one each for the threads or tasks of a job. A row of
+     _wxr_mt2203_table is that member's twist constant and its two tempering masks.
    - WH, 273 members: four generators x' = a x mod m added modulo 1 (B. A. Wichmann and I. D. Hill, Applied Statistics
      31, 1982), m a prime below 2^24 with (m - 1)/2 prime, a a primitive root; no two members share a modulus, and each
      has a period above 2^92. Seeded with up to four words, missing ones 1, each modulo its m with 1 for 0; the first
@@ -207,6 +208,7 @@ QOR_ENGINE(R250)
 QOR_ENGINE(MRG32K3A)
 QOR_ENGINE(MCG59)
 QOR_ENGINE(MT19937)
+QOR_ENGINE(MT2203)
 QOR_ENGINE(WH)
 QOR_ENGINE(iAbstract)
 QOR_ENGINE(dAbstract)
@@ -214,6 +216,7 @@ QOR_ENGINE(sAbstract)
 QOR_ENGINE(Sobol)
 QOR_ENGINE(Niederr)
 #undef QOR_ENGINE
+extern const unsigned _wxr_mt2203_table[1024][3];
 
 /* Quasi-random vectors. Sobol (I. M. Sobol, 1967) has up to 40 dimensions, Niederr (H. Niederreiter, base 2, 1988) up
    to 318. The elements of a stream are the coordinates of one vector after another, whatever requests they are drawn

@@ -498,11 +498,18 @@ void add_engines() {
     std::string tag;
     int brng;
   };
-  static const Engine engines[] = {
-      {"MCG31M1", QOR_BRNG_MCG31M1},     {"R250", QOR_BRNG_R250},           {"MRG32K3A", QOR_BRNG_MRG32K3A},
-      {"MCG59", QOR_BRNG_MCG59},         {"MT19937", QOR_BRNG_MT19937},     {"WH", QOR_BRNG_WH},
-      {"iAbstract", QOR_BRNG_IABSTRACT}, {"dAbstract", QOR_BRNG_DABSTRACT}, {"sAbstract", QOR_BRNG_SABSTRACT},
-      {"Sobol", QOR_BRNG_SOBOL},         {"Niederr", QOR_BRNG_NIEDERR}};
+  static const Engine engines[] = {{"MCG31M1", QOR_BRNG_MCG31M1},
+                                   {"R250", QOR_BRNG_R250},
+                                   {"MRG32K3A", QOR_BRNG_MRG32K3A},
+                                   {"MCG59", QOR_BRNG_MCG59},
+                                   {"MT19937", QOR_BRNG_MT19937},
+                                   {"MT2203", QOR_BRNG_MT2203 + 1},
+                                   {"WH", QOR_BRNG_WH},
+                                   {"iAbstract", QOR_BRNG_IABSTRACT},
+                                   {"dAbstract", QOR_BRNG_DABSTRACT},
+                                   {"sAbstract", QOR_BRNG_SABSTRACT},
+                                   {"Sobol", QOR_BRNG_SOBOL},
+                                   {"Niederr", QOR_BRNG_NIEDERR}};
   for (const Engine& engine : engines) {
     add("__wxrBRng" + engine.tag + "InitStream", [&engine](Caller& call) {
       const Stream stream(engine.brng);

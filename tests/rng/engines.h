@@ -104,42 +104,57 @@ struct R250 : Sequence {
   }
 };
 
-struct MT19937 : Sequence {
+struct Twister : Sequence {
   static constexpr double unit = 0x1p-32;
   static constexpr int least = 0;
-  Seeds mt = Seeds(624);
-  unsigned pos = 624;
-  explicit MT19937(Seeds key) {
+  const unsigned size, middle, upper, first_shift, a, b, c;
+  Seeds mt;
+  unsigned pos;
+  Twister(unsigned words, unsigned m, unsigned mask, unsigned shift, const unsigned (&row)[3], Seeds key)
+      : size(words), middle(m), upper(mask), first_shift(shift), a(row[0]), b(row[1]), c(row[2]), mt(size), pos(size) {
     if (key.empty()) key = {1};
     const unsigned n = unsigned(key.size());
     mt[0] = 19650218;
-    for (unsigned i = 1; i < 624; ++i) mt[i] = 1812433253 * (mt[i - 1] ^ (mt[i - 1] >> 30)) + i;
+    for (unsigned i = 1; i < size; ++i) mt[i] = 1812433253 * (mt[i - 1] ^ (mt[i - 1] >> 30)) + i;
     unsigned i = 1;
     const auto mix = [&](unsigned factor, unsigned add) {
       mt[i] = (mt[i] ^ ((mt[i - 1] ^ (mt[i - 1] >> 30)) * factor)) + add;
-      if (++i == 624) mt[0] = mt[623], i = 1;
+      if (++i == size) mt[0] = mt[size - 1], i = 1;
     };
-    for (unsigned k = 0; k < std::max(624u, n); ++k) mix(1664525, key[k % n] + k % n);
-    for (unsigned k = 0; k < 623; ++k) mix(1566083941, 0u - i);
+    for (unsigned k = 0; k < std::max(size, n); ++k) mix(1664525, key[k % n] + k % n);
+    for (unsigned k = 0; k < size - 1; ++k) mix(1566083941, 0u - i);
     mt[0] = 0x80000000;
   }
   std::uint64_t next() override {
-    if (pos == 624) {
-      for (unsigned k = 0; k < 624; ++k) {
-        const unsigned y = (mt[k] & 0x80000000) | (mt[(k + 1) % 624] & 0x7FFFFFFF);
-        mt[k] = mt[(k + 397) % 624] ^ (y >> 1) ^ (y % 2 != 0 ? 0x9908B0DF : 0);
+    if (pos == size) {
+      for (unsigned k = 0; k < size; ++k) {
+        const unsigned y = (mt[k] & upper) | (mt[(k + 1) % size] & ~upper);
+        mt[k] = mt[(k + middle) % size] ^ (y >> 1) ^ (y % 2 != 0 ? a : 0);
       }
       pos = 0;
     }
     unsigned y = mt[pos++];
-    y ^= y >> 11;
-    y ^= (y << 7) & 0x9D2C5680;
-    y ^= (y << 15) & 0xEFC60000;
+    y ^= y >> first_shift;
+    y ^= (y << 7) & b;
+    y ^= (y << 15) & c;
     return y ^ (y >> 18);
   }
   Seeds state() const override {
     Seeds all = mt;
     all.push_back(pos);
+    return all;
+  }
+};
+
+struct MT19937 : Twister {
+  explicit MT19937(const Seeds& key) : Twister(624, 397, 0x80000000, 11, {0x9908B0DF, 0x9D2C5680, 0xEFC60000}, key) {}
+};
+
+struct MT2203 : Twister {
+  explicit MT2203(const Seeds& key, int member = 0) : Twister(69, 34, 0xFFFFFFE0, 12, _wxr_mt2203_table[member], key) {}
+  Seeds state() const override {
+    Seeds all = Twister::state();
+    all.insert(all.end(), {a, b, c});
     return all;
   }
 };

@@ -78,8 +78,8 @@ INSTANTIATE_TEST_SUITE_P(All, Engines, testing::ValuesIn(engine_rows()),
 TEST_P(Engines, DeliverThePlainSequenceForEverySizeAndAlignmentAndLeaveThePlainState) {
   const EngineRow& e = GetParam();
   const GuardedRoom room;
-  std::vector<int> sizes = {127,  128,  129,  247,  250,  251,  353,  623,  624, 625,
-                            1023, 1024, 1025, 1151, 1247, 1248, 1249, 3000, 6007};
+  std::vector<int> sizes = {127, 128, 129, 137,  138,  139,  206,  207,  208,  247,  250,  251, 353,
+                            623, 624, 625, 1023, 1024, 1025, 1151, 1247, 1248, 1249, 3000, 6007};
   for (int n = 0; n <= 70; ++n) sizes.push_back(n);
   const double intervals[][2] = {{0, 1}, {-3, 2.5}, {0, 4}, {1, 2}};
   for (const int n : sizes) {
@@ -213,7 +213,7 @@ TEST(Seeding, TakesWhatTheEngineTakesOfAnyNumberOfWords) {
   for (unsigned i = 0; i < many.size(); ++i) many[i] = 0xFFFFFFF0 + i * 2654435761u;
   for (const EngineRow& e : engine_rows()) {
     if (e.quasi) continue;
-    for (const std::size_t n : {0, 1, 2, 3, 5, 6, 7, 249, 250, 251, 623, 624, 625, 1300}) {
+    for (const std::size_t n : {0, 1, 2, 3, 5, 6, 7, 68, 69, 70, 249, 250, 251, 623, 624, 625, 1300}) {
       const plain::Seeds seeds(many.begin(), many.begin() + std::ptrdiff_t(n));
       const TestStream s(e.brng, seeds);
       EXPECT_EQ(s.status(), 0);
@@ -336,6 +336,8 @@ TEST(Initialisation, RefusesWhatAnEngineCannotDoAndLeavesItsState) {
                            {"WH", 0, 0},
                            {"R250", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD},
                            {"MT19937", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD},
+                           {"MT2203", QOR_RNG_NO_LEAPFROG, QOR_RNG_NO_SKIP_AHEAD},
+
                            {"Sobol", QOR_RNG_NO_LEAPFROG, 0},
                            {"Niederr", QOR_RNG_NO_LEAPFROG, 0}}) {
     const EngineRow& e = engine(r.name);

@@ -300,6 +300,7 @@ const std::map<std::string, std::function<bool(const Seeds&)>> possible = {
      }},
     {"R250", [](const Seeds& w) { return w[250] < 250 && w[251] == 103; }},
     {"MT19937", [](const Seeds& w) { return w[624] <= 624; }},
+    {"MT2203", [](const Seeds& w) { return w[69] <= 69 && std::equal(w.begin() + 70, w.end(), _wxr_mt2203_table[0]); }},
     {"Sobol", possible_net},
     {"Niederr", possible_net},
 };
@@ -356,6 +357,8 @@ TEST(StreamFiles, WithImpossibleStatesAreRefused) {
     bool possible;
   };
   constexpr unsigned m31 = 0x7FFFFFFF, m1 = 4294967087, m2 = 4294944443;
+  const auto& [a, b, c3] = _wxr_mt2203_table[3];
+  const int third = QOR_BRNG_MT2203 + 3;
   for (const Case& c : {Case{QOR_BRNG_MCG31M1, 1, {}, true},
                         {QOR_BRNG_MCG31M1, m31 - 1, {}, true},
                         {QOR_BRNG_MCG31M1, 1, {{0, 0}}, false},
@@ -381,7 +384,14 @@ TEST(StreamFiles, WithImpossibleStatesAreRefused) {
                         {QOR_BRNG_MT19937, 0, {{623, 1}, {624, 624}}, true},
                         {QOR_BRNG_MT19937, 0, {{0, 0x7FFFFFFF}, {624, 1}}, false},
                         {QOR_BRNG_MT19937, 1, {{624, 625}}, false},
-                        {QOR_BRNG_MT19937, 1, {{624, 0xFFFFFFFF}}, false}}) {
+                        {QOR_BRNG_MT19937, 1, {{624, 0xFFFFFFFF}}, false},
+                        {third, 0, {{0, 0x20}, {69, 69}, {70, a}, {71, b}, {72, c3}}, true},
+                        {third, 0, {{0, 0x1F}, {69, 69}, {70, a}, {71, b}, {72, c3}}, false},
+                        {third, 1, {{69, 70}, {70, a}, {71, b}, {72, c3}}, false},
+                        {third + 1, 1, {{70, a}, {71, b}, {72, c3}}, false},
+                        {third, 1, {{70, a ^ 2}, {71, b}, {72, c3}}, false},
+                        {third, 1, {{70, a}, {71, b ^ 128}, {72, c3}}, false},
+                        {third, 1, {{70, a}, {71, b}, {72, c3 ^ 32768}}, false}}) {
     std::string what = std::to_string(c.brng >> 20);
     for (const auto& [word, value] : c.words) what += " [" + std::to_string(word) + "] = " + std::to_string(value);
     EXPECT_EQ(state(c.brng, c.fill, c.words), c.possible ? 0 : QOR_RNG_BAD_FILE) << what;

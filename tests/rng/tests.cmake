@@ -1,6 +1,7 @@
 # Tests of this folder; paths are relative to tests/.
 qor_test(rng_engines_test SOURCES rng/engines_test.cpp)
 qor_test(rng_quasi_test SOURCES rng/quasi_test.cpp)
+qor_test(rng_mt2203_test SOURCES rng/mt2203_test.cpp)
 qor_test(rng_streams_test SOURCES rng/streams_test.cpp)
 qor_test(rng_files_test SOURCES rng/files_test.cpp)
 qor_test(rng_uniform_test SOURCES rng/uniform_test.cpp)

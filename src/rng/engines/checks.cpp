@@ -6,6 +6,7 @@
 #include "rng/engines/mcg59.h"
 #include "rng/engines/mrg32k3a.h"
 #include "rng/engines/mt19937.h"
+#include "rng/engines/mt2203.h"
 #include "rng/engines/niederreiter.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
@@ -15,13 +16,12 @@
 namespace qor::rng {
 namespace {
 
-// Without an engine nothing can have produced a state, and that of an abstract stream is addresses in the process that
-// saved it.
+// The state of an abstract stream is addresses in the process that saved it.
 bool never(const Stream*) { return false; }
 
 #define QOR_ENGINE_CHECK(tag, Engine, ...) Slots<Engine>::valid,
 #define QOR_NO_CHECK(...) never,
-constexpr bool (*checks[])(const Stream*) = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_NO_CHECK, QOR_NO_CHECK)};
+constexpr bool (*checks[])(const Stream*) = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_NO_CHECK)};
 static_assert(std::size(checks) == predefined_generators);
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "rng/engines/mcg59.h"
 #include "rng/engines/mrg32k3a.h"
 #include "rng/engines/mt19937.h"
+#include "rng/engines/mt2203.h"
 #include "rng/engines/niederreiter.h"
 #include "rng/engines/r250.h"
 #include "rng/engines/slots.h"
@@ -31,8 +32,7 @@ using namespace qor;
   QOR_ENTRY int __wxriBRng##tag(qor_stream* stream, int n, unsigned* r) {                                   \
     return rng::Slots<rng::Engine>::words(stream, n, r);                                                    \
   }
-#define QOR_NO_ENTRIES(...)
-QOR_GENERATORS(QOR_ENGINE_ENTRIES, QOR_ENGINE_ENTRIES, QOR_NO_ENTRIES)
+QOR_GENERATORS(QOR_ENGINE_ENTRIES, QOR_ENGINE_ENTRIES)
 
 QOR_ENTRY int __wxriNewAbstractStream(qor_stream** slot, int n, unsigned* buffer, qor_i_update update) {
   return rng::IAbstract::create(slot, QOR_BRNG_IABSTRACT, {n, buffer, update, {}, 0, 0});

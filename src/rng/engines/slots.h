@@ -4,7 +4,7 @@
 //   int seed(int n, const std::uint32_t* words), leapfrog(std::int32_t k, int nstreams), skip_ahead(int n);
 //                                       as seed(Stream&, n, words) it may look at the identifier and add chunks
 //   bool valid() const;                 whether seeding and drawing can produce this state; as valid(const Stream&) it
-//                                       may look at the stream's identifier and chunks too
+//                                       may look at the stream's identifier and chunks too, as may seed(stream, ...)
 //   template <class Sink> void draw(int n, Sink sink);   the next n words, in order
 #pragma once
 

@@ -62,11 +62,11 @@ struct Twister {
     for (int i = 0; i < n;) {
       if (pos == N) {
         if (n - i >= N) {
-          regenerate(rule.matrix, [&](int k, VecU32 w) { sink.put(i + k, rule.temper(w)); });
+          regenerate(rule.matrix, [&](int k, VecU32 w, auto... count) { sink.put(i + k, rule.temper(w), count...); });
           i += N;
           continue;
         }
-        regenerate(rule.matrix, [](int, VecU32) {});
+        regenerate(rule.matrix, [](auto...) {});
         pos = 0;
       }
       const int count = N - pos < n - i ? N - pos : n - i;
@@ -95,8 +95,8 @@ struct Twister {
 
   VecU32 next_to(int k) const { return simd::load<VecU32>(mt + k + 1); }
 
-  // The next block in place, each vector of it given to out(k, words). Word k comes from the old words k and k + 1 and
-  // from word k + M: old below N, then new.
+  // The next block in place, each vector of it given to out(k, words), a word that is left over to out(k, words, 1).
+  // Word k comes from the old words k and k + 1 and from word k + M: old below N, then new.
   template <class Out>
   QOR_INLINE void regenerate(std::uint32_t matrix, Out out) {
     const VecU32 a = splat<VecU32>(matrix);
@@ -107,12 +107,20 @@ struct Twister {
       out(k, w);
     };
     constexpr int across = (N - M) / lanes * lanes;  // here the middle words run over the block's end
-    constexpr int last = N - lanes;                  // here the following words do
-    static_assert(N % lanes == 0 && (N - M) % lanes != 0);
+    constexpr int left = N % lanes;
+    constexpr int last = N - left - lanes;  // the last vector: unless words are left, here the following words do, too
+    static_assert((N - M) % lanes != 0 && left <= 1);
     for (int k = 0; k < across; k += lanes) twist(k, next_to(k), simd::load<VecU32>(mt + k + M));
     twist(across, next_to(across), wrapped<across + M>());
     for (int k = across + lanes; k < last; k += lanes) twist(k, next_to(k), simd::load<VecU32>(mt + k + M - N));
-    twist(last, wrapped<last + 1>(), simd::load<VecU32>(mt + last + M - N));
+    if constexpr (left == 0) {
+      twist(last, wrapped<last + 1>(), simd::load<VecU32>(mt + last + M - N));
+    } else {
+      twist(last, next_to(last), simd::load<VecU32>(mt + last + M - N));
+      const std::uint32_t y = (mt[N - 1] & Upper) | (mt[0] & ~Upper);
+      mt[N - 1] = mt[M - 1] ^ (y >> 1) ^ (y % 2 != 0 ? matrix : 0);
+      out(N - 1, splat<VecU32>(mt[N - 1]), 1);
+    }
   }
 };
 

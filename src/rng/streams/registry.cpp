@@ -9,22 +9,13 @@
 namespace qor::rng {
 namespace {
 
-// The slots of generators that have a record but no engine in this release.
-int no_init(int, qor_stream*, int, const unsigned*) { return status::bad_brng; }
-int no_s_out(qor_stream*, int, float*, float, float) { return status::bad_brng; }
-int no_d_out(qor_stream*, int, double*, double, double) { return status::bad_brng; }
-int no_i_out(qor_stream*, int, unsigned*) { return status::bad_brng; }
-
 // The records name the exported entries, as a caller's own table would.
 #define QOR_ENGINE_ROW(tag, engine, bytes, words, zero, width, bits, members) \
   {bytes, words, zero, width, bits, __wxrBRng##tag##InitStream, __wxrsBRng##tag, __wxrdBRng##tag, __wxriBRng##tag},
-#define QOR_RECORD_ROW(tag, bytes, words, zero, width, bits, members) \
-  {bytes, words, zero, width, bits, no_init, no_s_out, no_d_out, no_i_out},
-constexpr BrngRecord predefined[] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_ENGINE_ROW, QOR_RECORD_ROW)};
+constexpr BrngRecord predefined[] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_ENGINE_ROW)};
 static_assert(std::size(predefined) == predefined_generators);
 
 #define QOR_ENGINE_MEMBERS(tag, engine, bytes, words, zero, width, bits, members) members,
-#define QOR_RECORD_MEMBERS(tag, bytes, words, zero, width, bits, members) members,
 
 }  // namespace
 }  // namespace qor::rng
@@ -40,11 +31,9 @@ QOR_DATA constinit BrngRecord __RegBrngs[registry_capacity] = {
     predefined[0], predefined[1], predefined[2], predefined[3], QOR_WH_64,     QOR_WH_64,
     QOR_WH_64,     QOR_WH_64,     QOR_WH_16,     QOR_WH,        predefined[5], predefined[6],
 };
-QOR_DATA constinit BrngRecord __RegBrngsNew[registry_capacity] = {
-    QOR_GENERATORS(QOR_ENGINE_ROW, QOR_ENGINE_ROW, QOR_RECORD_ROW)};
+QOR_DATA constinit BrngRecord __RegBrngsNew[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_ROW, QOR_ENGINE_ROW)};
 QOR_DATA constinit int NRegBrngsNew = predefined_generators;
-QOR_DATA constinit int NumOffsets[registry_capacity] = {
-    QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_ENGINE_MEMBERS, QOR_RECORD_MEMBERS)};
+QOR_DATA constinit int NumOffsets[registry_capacity] = {QOR_GENERATORS(QOR_ENGINE_MEMBERS, QOR_ENGINE_MEMBERS)};
 
 namespace qor::rng {
 
