@@ -325,6 +325,17 @@ TEST(StateWords, FromAnotherGeneratorAreReducedHoweverManyElementsAreDrawn) {
   }
 }
 
+// A zero once reached would stay.
+TEST(StateWords, OfAZeroMultiplierCountAsOne) {
+  const TestStream s(QOR_BRNG_WH, {7, 7, 7, 7});
+  const auto before = s.state();
+  unsigned* const state = reinterpret_cast<unsigned*>(static_cast<qor_stream*>(s)) + 4;
+  for (int i = 0; i < 4; ++i) state[4 + i] = unsigned(plain::wh_table[0].m[i]);
+  unsigned drawn[4 * 9];
+  ASSERT_EQ(_wxriRngUniformBits(0, s, 9, drawn), 0);
+  for (std::size_t i = 0; i < std::size(drawn); ++i) EXPECT_EQ(drawn[i], before[i % 4]) << i;
+}
+
 TEST(Initialisation, RefusesWhatAnEngineCannotDoAndLeavesItsState) {
   struct Refusal {
     const char* name;
