@@ -259,7 +259,7 @@ extern const unsigned _wxr_mt2203_table[1024][3];
    of a count beyond *nmax. The next request calls again.
    The callback runs in the thread that draws, with its control words, and may call any function of the library but
    those that draw from this stream, change it, or delete it. Data of its own it may keep in a chunk of the stream
-   (__wxrSearchChunk; keys 1 and 2 are in use). What it leaves in errno stays.
+   (__wxrSearchChunk; keys below 16 are the library's). What it leaves in errno stays.
 
    What a stream delivers. Requests for none or less do nothing.
      unsigned: words as they are; numbers a + (b - a) w 2^-32 with the roundings of the engines above.
