@@ -272,7 +272,8 @@ extern const unsigned _wxr_mt2203_table[1024][3];
    Distributions draw what they need by these rules, from any of the three.
 
    Abstract streams neither leapfrog (-1002) nor skip ahead (-1003). A copy (__wxrCopyStream) has the same buffer and
-   callback: draw from one of the two only, since each refill overwrites what the other has not delivered yet.
+   callback: draw from one of the two only, since each refill overwrites what the other has not delivered yet. A stream
+   file of one holds addresses and loads nowhere (-1110).
 
    The constructors return 0; -3 when stream, buffer or callback is null, n < 1, a or b is no finite number, not a < b,
    or b - a overflows (*stream untouched); -4: no memory (*stream null). They pass initialisation method 0 a block of 6
