@@ -269,7 +269,7 @@ struct TrigKernel {
   static constexpr int results = Core::results;
   static constexpr double filler = 1;
   template <class T>
-  static constexpr double bound = default_bound<T>(A);
+  static constexpr double bound = Core::has_cosine&& A == Accuracy::low && sizeof(T) == 4 ? 2.1 : default_bound<T>(A);
 
   QOR_INLINE static auto begin(simd::VecD x) requires(A == Accuracy::high) { return Core::template reduce<A>(x); }
   QOR_INLINE static void finish(const typename Core::Reduced& x, simd::VecD* y, simd::VecU64& usual) {
