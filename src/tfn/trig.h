@@ -167,7 +167,6 @@ struct Trig {
     using namespace simd;
     const VecF least = x * 0x1p-14f, least2 = least * least;
     VecF r2;
-    usual = ~VecU32{};
     VecU32 good[results];
     if constexpr (has_sine) {
       y[sine_at] = single_low_part<true>(x, r2);
