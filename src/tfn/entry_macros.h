@@ -7,18 +7,33 @@
 #include "tfn/kernels.h"
 #include "tfn/map.h"
 
-// A member of one result, and of two.
+// A member of one result; of two; of two arguments; of an argument and a scalar.
 #define TFN_MEMBER(letter, T, Name, suffix, level)                         \
   void qor::tfn::letter##Name##_##suffix(int n, const T* a, T* r) {        \
     map<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, r); \
   }                                                                        \
   QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T* r) { qor::tfn::letter##Name##_##suffix(n, a, r); }
-#define TFN_MEMBER2(letter, T, Name, suffix, level)                               \
+#define TFN_PAIR_MEMBER(letter, T, Name, suffix, level)                           \
   void qor::tfn::letter##Name##_##suffix(int n, const T* a, T* r1, T* r2) {       \
     map<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, r1, r2);   \
   }                                                                               \
   QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T* r1, T* r2) { \
     qor::tfn::letter##Name##_##suffix(n, a, r1, r2);                              \
+  }
+
+#define TFN_BINARY_MEMBER(letter, T, Name, suffix, level)                             \
+  void qor::tfn::letter##Name##_##suffix(int n, const T* a, const T* b, T* r) {       \
+    map2<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, b, r);        \
+  }                                                                                   \
+  QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, const T* b, T* r) { \
+    qor::tfn::letter##Name##_##suffix(n, a, b, r);                                    \
+  }
+#define TFN_SCALAR_MEMBER(letter, T, Name, suffix, level)                      \
+  void qor::tfn::letter##Name##_##suffix(int n, const T* a, T b, T* r) {       \
+    mapx<Name<Accuracy::level>>("_tfn" #letter #Name "_" #suffix, n, a, b, r); \
+  }                                                                            \
+  QOR_ENTRY void _tfn##letter##Name##_##suffix(int n, const T* a, T b, T* r) { \
+    qor::tfn::letter##Name##_##suffix(n, a, b, r);                             \
   }
 
 #define TFN_MEMBERS_WITH(MEMBER, Name) \
@@ -27,4 +42,6 @@
   MEMBER(s, float, Name, HA, high)     \
   MEMBER(s, float, Name, 21, low)
 #define TFN_MEMBERS(Name) TFN_MEMBERS_WITH(TFN_MEMBER, Name)
-#define TFN_MEMBERS2(Name) TFN_MEMBERS_WITH(TFN_MEMBER2, Name)
+#define TFN_PAIR_MEMBERS(Name) TFN_MEMBERS_WITH(TFN_PAIR_MEMBER, Name)
+#define TFN_BINARY_MEMBERS(Name) TFN_MEMBERS_WITH(TFN_BINARY_MEMBER, Name)
+#define TFN_SCALAR_MEMBERS(Name) TFN_MEMBERS_WITH(TFN_SCALAR_MEMBER, Name)

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -287,17 +288,23 @@ void with_callback(const std::function<void()>& work) {
   _tfnClearErrorCallBack();
 }
 
+// The shapes of functions.def.
+enum class Shape { one_result, two_results, two_arguments, scalar_argument };
+
 template <class T>
-void add_kernel(const std::string& name, int results) {
-  add(name, [results](Caller& call) {
+void add_kernel(const std::string& function, const char* suffix, Shape shape) {
+  add((sizeof(T) == 8 ? "_tfnd" : "_tfns") + function + suffix, [function, shape](Caller& call) {
     Array<T> a(kernel_arguments<T>()), first, second;
     const int calls_before = callback_calls;
     with_callback([&] {
-      if (results == 1) call(elements, a.get(), first.get());
-      if (results == 2) call(elements, a.get(), first.get(), second.get());
+      if (shape == Shape::one_result) call(elements, a.get(), first.get());
+      if (shape == Shape::two_results) call(elements, a.get(), first.get(), second.get());
+      if (shape == Shape::two_arguments) call(elements - 1, a.get(), a.get() + 1, first.get());
+      if (shape == Shape::scalar_argument) call(elements, a.get(), T(-1.5), first.get());
       call.note(static_cast<unsigned>(_tfnGetErrStatus()));
     });
-    EXPECT_GT(callback_calls, calls_before);
+    const bool never_fails = std::set<std::string>{"Atan", "Tanh", "Asinh", "Cbrt", "Erf"}.contains(function);
+    EXPECT_EQ(callback_calls > calls_before, !never_fails);
     call.note(first.bytes());
     call.note(second.bytes());
   });
@@ -364,15 +371,19 @@ void add_control() {
 }
 
 void add_kernels() {
-#define TFN_ADD(Name, results)                      \
-  add_kernel<double>("_tfnd" #Name "_HA", results); \
-  add_kernel<double>("_tfnd" #Name "_50", results); \
-  add_kernel<float>("_tfns" #Name "_HA", results);  \
-  add_kernel<float>("_tfns" #Name "_21", results);
-#define TFN_ADD_ONE(Name) TFN_ADD(Name, 1)
-#define TFN_ADD_TWO(Name) TFN_ADD(Name, 2)
+#define TFN_ADD(Name, shape)                      \
+  add_kernel<double>(#Name, "_HA", Shape::shape); \
+  add_kernel<double>(#Name, "_50", Shape::shape); \
+  add_kernel<float>(#Name, "_HA", Shape::shape);  \
+  add_kernel<float>(#Name, "_21", Shape::shape);
+#define TFN_ADD_ONE(Name) TFN_ADD(Name, one_result)
+#define TFN_ADD_TWO(Name) TFN_ADD(Name, two_results)
+#define TFN_ADD_BINARY(Name) TFN_ADD(Name, two_arguments)
+#define TFN_ADD_SCALAR(Name) TFN_ADD(Name, scalar_argument)
   TFN_ONE_RESULT(TFN_ADD_ONE)
   TFN_TWO_RESULTS(TFN_ADD_TWO)
+  TFN_TWO_ARGUMENTS(TFN_ADD_BINARY)
+  TFN_SCALAR_ARGUMENT(TFN_ADD_SCALAR)
 }
 
 void add_registry() {

@@ -8,6 +8,8 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -20,16 +22,21 @@
 
 namespace qor::test {
 
-// Oracles: quadruple precision for doubles, double precision for singles.
+// Oracles: quadruple precision for doubles, double precision for singles. Each function of one argument, or of two, has
+// a line.
 namespace oracle {
-inline __float128 Ln(__float128 x) { return logq(x); }
-inline __float128 Sqrt(__float128 x) { return sqrtq(x); }
-inline __float128 Sin(__float128 x) { return sinq(x); }
-inline __float128 Cos(__float128 x) { return cosq(x); }
-inline double Ln(double x) { return std::log(x); }
-inline double Sqrt(double x) { return std::sqrt(x); }
-inline double Sin(double x) { return std::sin(x); }
-inline double Cos(double x) { return std::cos(x); }
+#define QOR_ORACLE(Name, f)                                \
+  inline __float128 Name(__float128 x) { return f##q(x); } \
+  inline double Name(double x) { return std::f(x); }
+#define QOR_ORACLE2(Name, f)                                                \
+  inline __float128 Name(__float128 x, __float128 b) { return f##q(x, b); } \
+  inline double Name(double x, double b) { return std::f(x, b); }
+QOR_ORACLE(Ln, log)
+QOR_ORACLE(Sqrt, sqrt)
+QOR_ORACLE(Sin, sin)
+QOR_ORACLE(Cos, cos)
+#undef QOR_ORACLE
+#undef QOR_ORACLE2
 }  // namespace oracle
 
 template <class T>
@@ -46,48 +53,85 @@ struct Wider<float> {
 // One output of one member.
 template <class T>
 struct Member {
+  using Wide = typename Wider<T>::type;
   std::string name;      // the entry's
   std::string output;    // "", or which of two
   std::string function;  // what the oracle computes
+  int inputs;            // array arguments, 1 or 2; b is the second
+  bool scalar;           // the second argument is a scalar: what b holds at every index
   double bound;
-  void (*run)(int n, const T* a, T* r);
-  typename Wider<T>::type (*exact)(typename Wider<T>::type);
+  std::function<void(int n, const T* a, const T* b, T* r)> run;
+  Wide (*exact)(Wide x, Wide b);
 };
 
+template <class T>
+using Map1 = void (*)(int n, const T* a, T* r);
+template <class T>
+using MapPair = void (*)(int n, const T* a, T* r1, T* r2);
+template <class T>
+using Map2 = void (*)(int n, const T* a, const T* b, T* r);
+template <class T>
+using MapScalar = void (*)(int n, const T* a, T b, T* r);
+
 // The sine or the cosine that a two-result entry delivers.
-template <class T, void (*entry)(int, const T*, T*, T*), bool First>
-void one_output(int n, const T* a, T* r) {
-  std::vector<T> other(static_cast<std::size_t>(n > 0 ? n : 0));
-  entry(n, a, First ? r : other.data(), First ? other.data() : r);
+template <class T>
+auto one_output(MapPair<T> entry, bool first) {
+  return [entry, first](int n, const T* a, const T*, T* r) {
+    std::vector<T> other(static_cast<std::size_t>(n > 0 ? n : 0));
+    entry(n, a, first ? r : other.data(), first ? other.data() : r);
+  };
+}
+// A call for each run of equal scalars.
+template <class T>
+auto by_scalar(MapScalar<T> entry) {
+  return [entry](int n, const T* a, const T* b, T* r) {
+    if (n <= 0) entry(n, a, T(1), r);
+    for (int i = 0, end; i < n; i = end) {
+      for (end = i + 1; end < n && std::memcmp(b + end, b + i, sizeof(T)) == 0;) ++end;
+      entry(end - i, a + i, b[i], r + i);
+    }
+  };
 }
 
 template <class T>
-std::vector<Member<T>> members();
-#define QOR_MEMBER(letter, T, Name, suffix, level)                                                                 \
-  list.push_back({"_tfn" #letter #Name "_" #suffix, "", #Name, tfn::Name<tfn::Accuracy::level>::template bound<T>, \
-                  _tfn##letter##Name##_##suffix, oracle::Name});
-#define QOR_MEMBER2(letter, T, Name, suffix, level)                                                                    \
-  list.push_back({"_tfn" #letter #Name "_" #suffix, "sine", "Sin", tfn::Name<tfn::Accuracy::level>::template bound<T>, \
-                  one_output<T, _tfn##letter##Name##_##suffix, true>, oracle::Sin});                                   \
-  list.push_back({"_tfn" #letter #Name "_" #suffix, "cosine", "Cos",                                                   \
-                  tfn::Name<tfn::Accuracy::level>::template bound<T>,                                                  \
-                  one_output<T, _tfn##letter##Name##_##suffix, false>, oracle::Cos});
-#define QOR_DOUBLE(Name) QOR_MEMBER(d, double, Name, HA, high) QOR_MEMBER(d, double, Name, 50, low)
-#define QOR_SINGLE(Name) QOR_MEMBER(s, float, Name, HA, high) QOR_MEMBER(s, float, Name, 21, low)
-#define QOR_DOUBLE2(Name) QOR_MEMBER2(d, double, Name, HA, high) QOR_MEMBER2(d, double, Name, 50, low)
-#define QOR_SINGLE2(Name) QOR_MEMBER2(s, float, Name, HA, high) QOR_MEMBER2(s, float, Name, 21, low)
-template <>
-inline std::vector<Member<double>> members<double>() {
-  std::vector<Member<double>> list;
-  TFN_ONE_RESULT(QOR_DOUBLE)
-  TFN_TWO_RESULTS(QOR_DOUBLE2)
-  return list;
-}
-template <>
-inline std::vector<Member<float>> members<float>() {
-  std::vector<Member<float>> list;
-  TFN_ONE_RESULT(QOR_SINGLE)
-  TFN_TWO_RESULTS(QOR_SINGLE2)
+std::vector<Member<T>> members() {
+  using W = typename Wider<T>::type;
+  using tfn::Accuracy;
+  std::vector<Member<T>> list;
+#define QOR_KERNEL(Name, letter, suffix, level)                                                      \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "", #Name, 1, false,                             \
+                  tfn::Name<Accuracy::level>::template bound<T>,                                     \
+                  [](int n, const T* a, const T*, T* r) { _tfn##letter##Name##_##suffix(n, a, r); }, \
+                  [](W x, W) -> W { return oracle::Name(x); }});
+#define QOR_PAIR(Name, letter, suffix, level)                                                                         \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "sine", "Sin", 1, false,                                          \
+                  tfn::Name<Accuracy::level>::template bound<T>, one_output<T>(_tfn##letter##Name##_##suffix, true),  \
+                  [](W x, W) -> W { return oracle::Sin(x); }});                                                       \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "cosine", "Cos", 1, false,                                        \
+                  tfn::Name<Accuracy::level>::template bound<T>, one_output<T>(_tfn##letter##Name##_##suffix, false), \
+                  [](W x, W) -> W { return oracle::Cos(x); }});
+#define QOR_BINARY(Name, letter, suffix, level)                                                 \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "", #Name, 2, false,                        \
+                  tfn::Name<Accuracy::level>::template bound<T>, _tfn##letter##Name##_##suffix, \
+                  [](W x, W b) -> W { return oracle::Name(x, b); }});
+#define QOR_SCALAR(Name, letter, suffix, level)                                                                        \
+  list.push_back({"_tfn" #letter #Name "_" #suffix, "", #Name, 2, true, tfn::Name<Accuracy::level>::template bound<T>, \
+                  by_scalar<T>(_tfn##letter##Name##_##suffix), [](W x, W b) -> W { return oracle::Name(x, b); }});
+#define QOR_DOUBLES(KIND, Name) KIND(Name, d, HA, high) KIND(Name, d, 50, low)
+#define QOR_SINGLES(KIND, Name) KIND(Name, s, HA, high) KIND(Name, s, 21, low)
+#define QOR_D(Name) QOR_DOUBLES(QOR_KERNEL, Name)
+#define QOR_S(Name) QOR_SINGLES(QOR_KERNEL, Name)
+#define QOR_D_PAIR(Name) QOR_DOUBLES(QOR_PAIR, Name)
+#define QOR_S_PAIR(Name) QOR_SINGLES(QOR_PAIR, Name)
+#define QOR_D2(Name) QOR_DOUBLES(QOR_BINARY, Name)
+#define QOR_S2(Name) QOR_SINGLES(QOR_BINARY, Name)
+#define QOR_DX(Name) QOR_DOUBLES(QOR_SCALAR, Name)
+#define QOR_SX(Name) QOR_SINGLES(QOR_SCALAR, Name)
+  if constexpr (sizeof(T) == 8) {
+    TFN_ONE_RESULT(QOR_D) TFN_TWO_RESULTS(QOR_D_PAIR) TFN_TWO_ARGUMENTS(QOR_D2) TFN_SCALAR_ARGUMENT(QOR_DX)
+  } else {
+    TFN_ONE_RESULT(QOR_S) TFN_TWO_RESULTS(QOR_S_PAIR) TFN_TWO_ARGUMENTS(QOR_S2) TFN_SCALAR_ARGUMENT(QOR_SX)
+  }
   return list;
 }
 
@@ -110,49 +154,110 @@ inline double ulps(float got, double exact) {
          std::bit_cast<double>(static_cast<std::uint64_t>(FLT_MANT_DIG - e + 1023) << 52);
 }
 
+// Arguments of `per_stratum` each from: all bit patterns; next to 1; the table's interval ends; moderate size;
+// neighbours of multiples of pi/2 and pi/256, where sines and cosines vanish and reductions change over; integers.
+template <class T>
+class Draw {
+ public:
+  using Word = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+  explicit Draw(std::uint64_t seed) : random_(seed) {}
+
+  std::uint64_t word() { return random_(); }
+  double unit() { return static_cast<double>(random_() >> 11) * 0x1p-53; }
+  double between(double from, double to) { return from + (to - from) * unit(); }
+  T pattern() { return std::bit_cast<T>(static_cast<Word>(random_())); }
+  // One of the five numbers next to v.
+  T near(__float128 v) {
+    return std::bit_cast<T>(static_cast<Word>(std::bit_cast<Word>(static_cast<T>(v)) + random_() % 5 - 2));
+  }
+  // 2^k (1 + f), k even between from and to.
+  T scaled(int from, int to) {
+    const T m = T(1 + unit());
+    return std::ldexp(word() % 2 != 0 ? m : -m,
+                      from + static_cast<int>(random_() % static_cast<unsigned>(to - from + 1)));
+  }
+
+ private:
+  std::mt19937_64 random_;
+};
+
+template <class T>
+std::vector<T> arguments(int per_stratum, std::uint64_t seed) {
+  Draw<T> draw(seed);
+  std::vector<T> x;
+  for (int i = 0; i < per_stratum; ++i) {
+    x.push_back(draw.pattern());
+    x.push_back(T(1 + (draw.unit() - 0.5) * std::ldexp(1.0, -static_cast<int>(draw.word() % 12))));
+    x.push_back(draw.near(1 + static_cast<__float128>(draw.word() % 512) / 512));
+    x.push_back(T((draw.unit() - 0.5) * 64));
+    const auto k = static_cast<__float128>(draw.word() >> (draw.word() % 44 + 20));
+    x.push_back(draw.near(k * M_PIq / 2));
+    x.push_back(draw.near((k + 0.5Q) * M_PIq / 128));
+    x.push_back(T(draw.word() >> (draw.word() % 64)));
+  }
+  return x;
+}
+
+// Arguments of a function: the strata above and, where it has ends, poles or hard cases elsewhere, some of its own
+// (own_strata.h). b is empty for one argument.
+template <class T>
+struct Inputs {
+  std::vector<T> a, b;
+  std::size_t size() const { return a.size(); }
+  const T* second() const { return b.empty() ? a.data() : b.data(); }
+  void add(T x) { a.push_back(x); }
+  void add(T x, T y) {
+    a.push_back(x);
+    b.push_back(y);
+  }
+};
+
+template <class T>
+void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inputs<T>& in);
+
+template <class T>
+Inputs<T> inputs(const std::string& function, int count, int per_stratum, std::uint64_t seed) {
+  Inputs<T> in;
+  in.a = arguments<T>(per_stratum, seed);
+  Draw<T> draw(seed + 1);
+  if (count == 2) {
+    in.b = in.a;
+    for (std::size_t i = in.b.size() - 1; i > 0; --i)
+      std::swap(in.b[i], in.b[static_cast<std::size_t>(draw.word() % (i + 1))]);
+  }
+  own_strata(function, draw, per_stratum, in);
+  return in;
+}
+
 template <class T>
 struct Worst {
   double ulp = 0;
-  T at = 0;
-  void take(double u, T x) {
+  T at = 0, b = 0;
+  void take(double u, T x, T y) {
     if (u > ulp) {
       ulp = u;
       at = x;
+      b = y;
     }
   }
 };
 
 template <class T>
-Worst<T> worst(const Member<T>& m, const std::vector<T>& x) {
-  std::vector<T> y(x.size());
-  m.run(static_cast<int>(x.size()), x.data(), y.data());
+std::vector<typename Wider<T>::type> exact_results(const Member<T>& m, const Inputs<T>& in) {
+  std::vector<typename Wider<T>::type> y(in.size());
+  for (std::size_t i = 0; i < in.size(); ++i) y[i] = m.exact(in.a[i], in.second()[i]);
+  return y;
+}
+
+template <class T>
+Worst<T> worst(const Member<T>& m, const Inputs<T>& in, const std::vector<typename Wider<T>::type>& exact) {
+  std::vector<T> y(in.size());
+  m.run(static_cast<int>(in.size()), in.a.data(), in.second(), y.data());
   Worst<T> w;
-  for (std::size_t i = 0; i < x.size(); ++i) w.take(ulps(y[i], m.exact(x[i])), x[i]);
+  for (std::size_t i = 0; i < in.size(); ++i) w.take(ulps(y[i], exact[i]), in.a[i], in.second()[i]);
   return w;
 }
 
-// Arguments of `per_stratum` each from: all bit patterns; next to 1; the table's interval ends; moderate size;
-// neighbours of multiples of pi/2 and pi/256, where sines and cosines vanish and reductions change over; integers.
-template <class T>
-std::vector<T> arguments(int per_stratum, std::uint64_t seed) {
-  using Word = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
-  std::mt19937_64 random(seed);
-  const auto unit = [&] { return static_cast<double>(random() >> 11) * 0x1p-53; };
-  const auto near = [&](__float128 v) {
-    return std::bit_cast<T>(static_cast<Word>(std::bit_cast<Word>(static_cast<T>(v)) + random() % 5 - 2));
-  };
-  std::vector<T> x;
-  for (int i = 0; i < per_stratum; ++i) {
-    x.push_back(std::bit_cast<T>(static_cast<Word>(random())));
-    x.push_back(T(1 + (unit() - 0.5) * std::ldexp(1.0, -static_cast<int>(random() % 12))));
-    x.push_back(near(1 + static_cast<__float128>(random() % 512) / 512));
-    x.push_back(T((unit() - 0.5) * 64));
-    const auto k = static_cast<__float128>(random() >> (random() % 44 + 20));
-    x.push_back(near(k * M_PIq / 2));
-    x.push_back(near((k + 0.5Q) * M_PIq / 128));
-    x.push_back(T(random() >> (random() % 64)));
-  }
-  return x;
-}
-
 }  // namespace qor::test
+
+#include "tfn/own_strata.h"
