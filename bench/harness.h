@@ -30,6 +30,7 @@ struct Claim {
   std::vector<std::string> against;
   double max_ulp = no_limit, target = 0;
   std::string note;
+  std::string mean = "";  // the geometric mean of the ratios of all claims with the same name here gets a line
 };
 
 struct Work {
@@ -52,13 +53,11 @@ std::vector<double> ratios(const std::vector<double>& a, const std::vector<doubl
 
 // ---- opponents ------------------------------------------------------------------------------------------------------
 
-// A function of vector mathematics; r2 is SinCos's second output. ulp: the largest error that --classify has found on
-// the function's range, rounded up.
+// A function of vector mathematics, of one argument or two; r2 is SinCos's second output.
 template <class T>
 struct MathPeer {
   const char *function, *name;
-  double ulp;
-  void (*run)(int n, const T* a, T* r, T* r2);
+  void (*run)(int n, const T* a, const T* b, T* r, T* r2);
 };
 // A word of 128 bits.
 struct WideWord {
@@ -119,22 +118,35 @@ T* output();  // where contenders write
 template <class T>
 T* second_output();
 
+// A work item of vector mathematics: a function on ranges of its arguments.
 struct Range {
-  const char* function;
   double from, to;
-  enum Spacing { even, logarithmic, both_signs } spacing;  // both_signs: logarithmic, either sign
+  enum Spacing { even, logarithmic, both_signs } spacing = even;  // both_signs: logarithmic, either sign
 };
-extern const std::vector<Range> math_ranges;
+struct MathItem {
+  const char *name, *function;
+  Range a, b = {1, 1};
+};
+extern const std::vector<MathItem> math_items;
+double sample(const Range& range, double u);  // u in [0, 1)
+// The peers that compute an item's function.
 template <class T>
-T sample(const Range& range, double u);  // u in [0, 1)
+std::vector<MathPeer<T>> peers_of(const MathItem& item) {
+  std::vector<MathPeer<T>> peers;
+  for (const MathPeer<T>& peer : math_peers<T>()) {
+    if (std::string(peer.function) == item.function) peers.push_back(peer);
+  }
+  return peers;
+}
 
 void add_rng_rows(std::vector<Work>& works);
 void add_math_rows(std::vector<Work>& works);
 void add_distribution_rows(std::vector<Work>& works);
 void add_limit_rows(std::vector<Work>& works);
 
-// Measures the largest error of every peer whose item's name contains filter and prints it beside the stated constant.
-// Returns false when a peer isn't in the class that its constant puts it in.
-bool classify(const std::string& filter);
+// The largest error of every peer of the items whose names contain filter, measured; written as the rows of
+// peer_errors.inc, from which peer_error() reads.
+void classify(const std::string& filter);
+double peer_error(const std::string& item, const std::string& precision, const std::string& peer);
 
 }  // namespace bench

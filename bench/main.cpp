@@ -3,10 +3,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <map>
 #include <regex>
 #include <string>
 
@@ -31,7 +33,7 @@ FILTER is a regular expression that the work's group or name contains: streams, 
   --markdown        tables for the documentation
   --only-opponents  calls nothing of the library; opponents of each row, fastest first
   --list            the work items and their contenders
-  --classify        measures the largest error of each peer and compares the class that its stated error puts it in
+  --classify        measures the largest error of each peer of the math items and prints the rows of peer_errors.inc
 )";
 
 struct Options {
@@ -128,6 +130,11 @@ std::string verdict(double ratio, double target) {
 }
 
 void print_claims(const std::vector<Measured>& all, bool markdown) {
+  struct Logs {
+    double of_minima = 0, of_medians = 0;
+    int count = 0;
+  };
+  std::map<std::string, Logs> logs;
   Table table({"work", "ours ns", "best opponent", "its ns", "ratio min", "ratio median", "target", "met", "note"},
               markdown);
   for (const Measured& m : all) {
@@ -147,6 +154,12 @@ void print_claims(const std::vector<Measured>& all, bool markdown) {
           row[4] = number(ratio, 2);
           const double usual = median(ratios(theirs, mine));
           row[5] = number(usual, 2);
+          if (!claim.mean.empty()) {
+            Logs& mean = logs[claim.mean];
+            mean.of_minima += std::log(ratio);
+            mean.of_medians += std::log(usual);
+            ++mean.count;
+          }
           row[7] = m.complaint.empty() ? verdict(std::min(ratio, usual), claim.target) : "void";
         }
       }
@@ -154,6 +167,13 @@ void print_claims(const std::vector<Measured>& all, bool markdown) {
     }
   }
   table.print();
+
+  Table means({"geometric mean of", "functions", "ratio min", "ratio median"}, markdown);
+  for (const auto& [name, mean] : logs) {
+    means.add({name, std::to_string(mean.count), number(std::exp(mean.of_minima / mean.count), 2),
+               number(std::exp(mean.of_medians / mean.count), 2)});
+  }
+  if (!logs.empty()) means.print();
 }
 
 void print_contenders(const std::vector<Measured>& all, bool markdown) {
@@ -206,7 +226,10 @@ void print_sizes(const std::vector<Measured>& all, bool markdown) {
 
 int main(int argc, char** argv) {
   const Options o = parse(argc, argv);
-  if (o.classify) return classify(o.filter) ? 0 : 1;
+  if (o.classify) {
+    classify(o.filter);
+    return 0;
+  }
 
   std::vector<Work> works, chosen;
   add_rng_rows(works);

@@ -1,4 +1,4 @@
-// Eigen's array functions. In double precision it has no sine and cosine of its own.
+// Eigen's array functions, those that it vectorises. In double precision it has no sine and cosine of its own.
 #include <Eigen/Core>
 
 #include "harness.h"
@@ -11,29 +11,38 @@ using Array = Eigen::Map<Eigen::Array<T, Eigen::Dynamic, 1>, Eigen::Aligned16>;
 template <class T>
 using ConstArray = Eigen::Map<const Eigen::Array<T, Eigen::Dynamic, 1>, Eigen::Aligned16>;
 
-template <class T>
-void ln(int n, const T* a, T* r, T*) {
-  Array<T>(r, n) = ConstArray<T>(a, n).log();
+// r = the expression in the arrays x and y.
+#define QOR_MAP(Function, expression)                            \
+  template <class T>                                             \
+  void run_##Function(int n, const T* a, const T* b, T* r, T*) { \
+    [[maybe_unused]] const ConstArray<T> x(a, n), y(b, n);       \
+    Array<T>(r, n) = expression;                                 \
+  }
+#define QOR_BOTH(Function, expression)                                                   \
+  QOR_MAP(Function, expression)                                                          \
+  const Add add_##Function(MathPeer<double>{#Function, "eigen", run_##Function<double>}, \
+                           MathPeer<float>{#Function, "eigen", run_##Function<float>});
+#define QOR_SINGLE(Function, expression) \
+  QOR_MAP(Function, expression)          \
+  const Add add_##Function(MathPeer<float>{#Function, "eigen", run_##Function<float>});
+QOR_BOTH(Exp, x.exp())
+QOR_BOTH(Ln, x.log())
+QOR_BOTH(Sqrt, x.sqrt())
+QOR_BOTH(InvSqrt, x.rsqrt())
+QOR_BOTH(Inv, x.inverse())
+QOR_BOTH(Div, x / y)
+QOR_BOTH(Floor, x.floor())
+QOR_BOTH(Ceil, x.ceil())
+QOR_BOTH(Round, x.round())
+QOR_BOTH(Rint, x.rint())
+QOR_SINGLE(Sin, x.sin())
+QOR_SINGLE(Cos, x.cos())
+QOR_SINGLE(Tanh, x.tanh())
+void run_sin_cos(int n, const float* a, const float* b, float* r, float* r2) {
+  run_Sin(n, a, b, r, r2);
+  run_Cos(n, a, b, r2, r);
 }
-template <class T>
-void square_root(int n, const T* a, T* r, T*) {
-  Array<T>(r, n) = ConstArray<T>(a, n).sqrt();
-}
-void sine(int n, const float* a, float* r, float*) { Array<float>(r, n) = ConstArray<float>(a, n).sin(); }
-void cosine(int n, const float* a, float* r, float*) { Array<float>(r, n) = ConstArray<float>(a, n).cos(); }
-void sine_and_cosine(int n, const float* a, float* r, float* r2) {
-  sine(n, a, r, nullptr);
-  cosine(n, a, r2, nullptr);
-}
-
-const Add here{MathPeer<double>{"Ln", "eigen", 1.55, ln<double>},
-               MathPeer<double>{"Sqrt", "eigen", 0.5, square_root<double>},
-               MathPeer<float>{"Ln", "eigen", 1.05, ln<float>},
-               MathPeer<float>{"Sqrt", "eigen", 3.7, square_root<float>},
-               MathPeer<float>{"Sin", "eigen", 1.65, sine},
-               MathPeer<float>{"Cos", "eigen", 1.45, cosine},
-               MathPeer<float>{"SinCos", "eigen sin + cos", 1.65, sine_and_cosine},
-               MathPeer<float>{"Sin large", "eigen", 1.5, sine}};
+const Add add_sin_cos(MathPeer<float>{"SinCos", "eigen sin + cos", run_sin_cos});
 
 }  // namespace
 }  // namespace bench

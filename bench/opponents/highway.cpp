@@ -11,42 +11,49 @@ namespace bench {
 namespace {
 namespace hn = hwy::HWY_NAMESPACE;
 
-template <class T>
-using Tag = hn::ScalableTag<T>;
+// r[i] = the expression in x and y, vectors of the arguments with the tag d. Large arguments are outside the range of
+// the sine and the cosine.
+#define QOR_MAP(Function, expression)                                                      \
+  template <class T>                                                                       \
+  void run_##Function(int n, const T* a, const T* b, T* r, T*) {                           \
+    const hn::ScalableTag<T> d;                                                            \
+    for (int i = 0; i < n; i += static_cast<int>(hn::Lanes(d))) {                          \
+      [[maybe_unused]] const auto x = hn::Load(d, a + i);                                  \
+      [[maybe_unused]] const auto y = hn::Load(d, b + i);                                  \
+      hn::Store(expression, d, r + i);                                                     \
+    }                                                                                      \
+  }                                                                                        \
+  const Add add_##Function(MathPeer<double>{#Function, "highway", run_##Function<double>}, \
+                           MathPeer<float>{#Function, "highway", run_##Function<float>});
+QOR_MAP(Exp, hn::Exp(d, x))
+QOR_MAP(Ln, hn::Log(d, x))
+QOR_MAP(Log10, hn::Log10(d, x))
+QOR_MAP(Sqrt, hn::Sqrt(x))
+QOR_MAP(InvSqrt, hn::Div(hn::Set(d, T(1)), hn::Sqrt(x)))
+QOR_MAP(Inv, hn::Div(hn::Set(d, T(1)), x))
+QOR_MAP(Div, hn::Div(x, y))
+QOR_MAP(Sin, hn::Sin(d, x))
+QOR_MAP(Cos, hn::Cos(d, x))
+QOR_MAP(Asin, hn::Asin(d, x))
+QOR_MAP(Acos, hn::Acos(d, x))
+QOR_MAP(Atan, hn::Atan(d, x))
+QOR_MAP(Sinh, hn::Sinh(d, x))
+QOR_MAP(Tanh, hn::Tanh(d, x))
+QOR_MAP(Asinh, hn::Asinh(d, x))
+QOR_MAP(Acosh, hn::Acosh(d, x))
+QOR_MAP(Atanh, hn::Atanh(d, x))
+QOR_MAP(Floor, hn::Floor(x))
+QOR_MAP(Ceil, hn::Ceil(x))
+QOR_MAP(Trunc, hn::Trunc(x))
+QOR_MAP(Rint, hn::Round(x))
 
-#define QOR_BENCH_MAP(name, function)                                \
-  template <class T>                                                 \
-  void name(int n, const T* a, T* r, T*) {                           \
-    const Tag<T> d;                                                  \
-    const int step = static_cast<int>(hn::Lanes(d));                 \
-    for (int i = 0; i < n; i += step) hn::Store(function, d, r + i); \
-  }
-QOR_BENCH_MAP(ln, hn::Log(d, hn::Load(d, a + i)))
-QOR_BENCH_MAP(square_root, hn::Sqrt(hn::Load(d, a + i)))
-QOR_BENCH_MAP(sine, hn::Sin(d, hn::Load(d, a + i)))
-QOR_BENCH_MAP(cosine, hn::Cos(d, hn::Load(d, a + i)))
 template <class T>
-void sine_and_cosine(int n, const T* a, T* r, T* r2) {
-  const Tag<T> d;
-  const int step = static_cast<int>(hn::Lanes(d));
-  for (int i = 0; i < n; i += step) {
-    const auto x = hn::Load(d, a + i);
-    hn::Store(hn::Sin(d, x), d, r + i);
-    hn::Store(hn::Cos(d, x), d, r2 + i);
-  }
+void run_sin_cos(int n, const T* a, const T* b, T* r, T* r2) {
+  run_Sin(n, a, b, r, r2);
+  run_Cos(n, a, b, r2, r);
 }
-
-// No large arguments: they are outside the functions' range.
-const Add here{MathPeer<double>{"Ln", "highway", 0.9, ln<double>},
-               MathPeer<double>{"Sqrt", "highway", 0.5, square_root<double>},
-               MathPeer<double>{"Sin", "highway", 2.7, sine<double>},
-               MathPeer<double>{"Cos", "highway", 2.7, cosine<double>},
-               MathPeer<double>{"SinCos", "highway sin + cos", 2.7, sine_and_cosine<double>},
-               MathPeer<float>{"Ln", "highway", 0.85, ln<float>},
-               MathPeer<float>{"Sqrt", "highway", 0.5, square_root<float>},
-               MathPeer<float>{"Sin", "highway", 2.2, sine<float>},
-               MathPeer<float>{"Cos", "highway", 2.1, cosine<float>},
-               MathPeer<float>{"SinCos", "highway sin + cos", 2.2, sine_and_cosine<float>}};
+const Add add_sin_cos(MathPeer<double>{"SinCos", "highway sin + cos", run_sin_cos<double>},
+                      MathPeer<float>{"SinCos", "highway sin + cos", run_sin_cos<float>});
 
 }  // namespace
 }  // namespace bench

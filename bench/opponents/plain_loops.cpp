@@ -7,38 +7,6 @@
 namespace bench {
 namespace {
 
-// ---- the C library ----
-
-template <class T>
-void ln(int n, const T* a, T* r, T*) {
-  for (int i = 0; i < n; ++i) r[i] = std::log(a[i]);
-}
-template <class T>
-void square_root(int n, const T* a, T* r, T*) {
-  for (int i = 0; i < n; ++i) r[i] = std::sqrt(a[i]);
-}
-template <class T>
-void sine(int n, const T* a, T* r, T*) {
-  for (int i = 0; i < n; ++i) r[i] = std::sin(a[i]);
-}
-template <class T>
-void cosine(int n, const T* a, T* r, T*) {
-  for (int i = 0; i < n; ++i) r[i] = std::cos(a[i]);
-}
-void sine_and_cosine(int n, const double* a, double* r, double* r2) {
-  for (int i = 0; i < n; ++i) sincos(a[i], r + i, r2 + i);
-}
-void sine_and_cosine(int n, const float* a, float* r, float* r2) {
-  for (int i = 0; i < n; ++i) sincosf(a[i], r + i, r2 + i);
-}
-template <class T>
-void add_functions() {
-  const char* const name = "C loop";
-  using P = MathPeer<T>;
-  Add{P{"Ln", name, 0.85, ln<T>},     P{"Sqrt", name, 0.5, square_root<T>},    P{"Sin", name, 0.6, sine<T>},
-      P{"Cos", name, 0.6, cosine<T>}, P{"SinCos", name, 0.6, sine_and_cosine}, P{"Sin large", name, 0.6, sine<T>}};
-}
-
 // ---- engines, from the state of a stream without a seed. next() is an element, scale * next() lies in [0, 1) ----
 
 struct Mcg31m1 {
@@ -145,8 +113,6 @@ void add_engine() {
 }
 
 const bool added = [] {
-  add_functions<double>();
-  add_functions<float>();
   add_engine<Mcg31m1>();
   add_engine<Mcg59>();
   add_engine<Mrg32k3a>();

@@ -1,4 +1,4 @@
-// SLEEF, its SSE2 functions of 1.0 ulp (u10; square root u05) and 3.5 ulp (u35).
+// SLEEF, its SSE2 functions: u05 to u15 for the high accuracy, u35 for the low one.
 #include "opponents/sleef.h"
 
 #include "harness.h"
@@ -7,44 +7,82 @@ namespace bench {
 namespace {
 
 template <class T, auto f>
-void map(int n, const T* a, T* r, T*) {
+void map(int n, const T* a, const T*, T* r, T*) {
   for (int i = 0; i < n; i += lanes<T>) store(r + i, f(load(a + i)));
 }
 template <class T, auto f>
-void map2(int n, const T* a, T* r, T* r2) {
+void map_inverse(int n, const T* a, const T*, T* r, T*) {
+  for (int i = 0; i < n; i += lanes<T>) store(r + i, T(1) / f(load(a + i)));
+}
+template <class T, auto f>
+void map_pair(int n, const T* a, const T*, T* r, T* r2) {
   for (int i = 0; i < n; i += lanes<T>) {
     const auto v = f(load(a + i));
     store(r + i, v.x);
     store(r2 + i, v.y);
   }
 }
+template <class T, auto f>
+void map_two(int n, const T* a, const T* b, T* r, T*) {
+  for (int i = 0; i < n; i += lanes<T>) store(r + i, f(load(a + i), load(b + i)));
+}
 
-using D = MathPeer<double>;
-const Add doubles{D{"Ln", "sleef u10", 0.75, map<double, Sleef_logd2_u10sse2>},
-                  D{"Ln", "sleef u35", 2.3, map<double, Sleef_logd2_u35sse2>},
-                  D{"Sqrt", "sleef u05", 0.5, map<double, Sleef_sqrtd2_u05sse2>},
-                  D{"Sqrt", "sleef u35", 0.5, map<double, Sleef_sqrtd2_u35sse2>},
-                  D{"Sin", "sleef u10", 0.75, map<double, Sleef_sind2_u10sse2>},
-                  D{"Sin", "sleef u35", 1.75, map<double, Sleef_sind2_u35sse2>},
-                  D{"Cos", "sleef u10", 0.75, map<double, Sleef_cosd2_u10sse2>},
-                  D{"Cos", "sleef u35", 1.8, map<double, Sleef_cosd2_u35sse2>},
-                  D{"SinCos", "sleef u10", 0.9, map2<double, Sleef_sincosd2_u10sse2>},
-                  D{"SinCos", "sleef u35", 1.45, map2<double, Sleef_sincosd2_u35sse2>},
-                  D{"Sin large", "sleef u10", 0.85, map<double, Sleef_sind2_u10sse2>},
-                  D{"Sin large", "sleef u35", 2.35, map<double, Sleef_sind2_u35sse2>}};
-using S = MathPeer<float>;
-const Add singles{S{"Ln", "sleef u10", 0.6, map<float, Sleef_logf4_u10sse2>},
-                  S{"Ln", "sleef u35", 2.8, map<float, Sleef_logf4_u35sse2>},
-                  S{"Sqrt", "sleef u05", 0.5, map<float, Sleef_sqrtf4_u05sse2>},
-                  S{"Sqrt", "sleef u35", 0.5, map<float, Sleef_sqrtf4_u35sse2>},
-                  S{"Sin", "sleef u10", 0.8, map<float, Sleef_sinf4_u10sse2>},
-                  S{"Sin", "sleef u35", 2.1, map<float, Sleef_sinf4_u35sse2>},
-                  S{"Cos", "sleef u10", 0.9, map<float, Sleef_cosf4_u10sse2>},
-                  S{"Cos", "sleef u35", 2.35, map<float, Sleef_cosf4_u35sse2>},
-                  S{"SinCos", "sleef u10", 0.85, map2<float, Sleef_sincosf4_u10sse2>},
-                  S{"SinCos", "sleef u35", 2.4, map2<float, Sleef_sincosf4_u35sse2>},
-                  S{"Sin large", "sleef u10", 0.85, map<float, Sleef_sinf4_u10sse2>},
-                  S{"Sin large", "sleef u35", 1.8, map<float, Sleef_sinf4_u35sse2>}};
+#define QOR_SLEEF(map, Function, name, level)                                                    \
+  Add(MathPeer<double>{#Function, "sleef " #level, map<double, Sleef_##name##d2_##level##sse2>}, \
+      MathPeer<float>{#Function, "sleef " #level, map<float, Sleef_##name##f4_##level##sse2>})
+#define QOR_SLEEF_EXACT(Function, name)                                         \
+  Add(MathPeer<double>{#Function, "sleef", map<double, Sleef_##name##d2_sse2>}, \
+      MathPeer<float>{#Function, "sleef", map<float, Sleef_##name##f4_sse2>})
+const Add here[] = {
+    QOR_SLEEF(map, Exp, exp, u10),
+    QOR_SLEEF(map, Ln, log, u10),
+    QOR_SLEEF(map, Ln, log, u35),
+    QOR_SLEEF(map, Log10, log10, u10),
+    QOR_SLEEF(map, Sqrt, sqrt, u05),
+    QOR_SLEEF(map, Sqrt, sqrt, u35),
+    QOR_SLEEF(map_inverse, InvSqrt, sqrt, u05),
+    QOR_SLEEF(map_inverse, InvSqrt, sqrt, u35),
+    QOR_SLEEF(map, Cbrt, cbrt, u10),
+    QOR_SLEEF(map, Cbrt, cbrt, u35),
+    QOR_SLEEF(map_inverse, InvCbrt, cbrt, u10),
+    QOR_SLEEF(map_inverse, InvCbrt, cbrt, u35),
+    QOR_SLEEF(map, Sin, sin, u10),
+    QOR_SLEEF(map, Sin, sin, u35),
+    QOR_SLEEF(map, Cos, cos, u10),
+    QOR_SLEEF(map, Cos, cos, u35),
+    QOR_SLEEF(map_pair, SinCos, sincos, u10),
+    QOR_SLEEF(map_pair, SinCos, sincos, u35),
+    QOR_SLEEF(map, Tan, tan, u10),
+    QOR_SLEEF(map, Tan, tan, u35),
+    QOR_SLEEF(map, Asin, asin, u10),
+    QOR_SLEEF(map, Asin, asin, u35),
+    QOR_SLEEF(map, Acos, acos, u10),
+    QOR_SLEEF(map, Acos, acos, u35),
+    QOR_SLEEF(map, Atan, atan, u10),
+    QOR_SLEEF(map, Atan, atan, u35),
+    QOR_SLEEF(map_two, Atan2, atan2, u10),
+    QOR_SLEEF(map_two, Atan2, atan2, u35),
+    QOR_SLEEF(map, Sinh, sinh, u10),
+    QOR_SLEEF(map, Sinh, sinh, u35),
+    QOR_SLEEF(map, Cosh, cosh, u10),
+    QOR_SLEEF(map, Cosh, cosh, u35),
+    QOR_SLEEF(map, Tanh, tanh, u10),
+    QOR_SLEEF(map, Tanh, tanh, u35),
+    QOR_SLEEF(map, Asinh, asinh, u10),
+    QOR_SLEEF(map, Acosh, acosh, u10),
+    QOR_SLEEF(map, Atanh, atanh, u10),
+    QOR_SLEEF(map_two, Pow, pow, u10),
+    QOR_SLEEF(map_two, Powx, pow, u10),
+    QOR_SLEEF(map_two, Hypot, hypot, u05),
+    QOR_SLEEF(map_two, Hypot, hypot, u35),
+    QOR_SLEEF(map, Erf, erf, u10),
+    QOR_SLEEF(map, Erfc, erfc, u15),
+    QOR_SLEEF_EXACT(Floor, floor),
+    QOR_SLEEF_EXACT(Ceil, ceil),
+    QOR_SLEEF_EXACT(Trunc, trunc),
+    QOR_SLEEF_EXACT(Round, round),
+    QOR_SLEEF_EXACT(Rint, rint),
+};
 
 }  // namespace
 }  // namespace bench

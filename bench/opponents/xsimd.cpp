@@ -11,37 +11,61 @@ namespace {
 template <class T>
 using V = xsimd::batch<T, xsimd::ssse3>;
 
-#define QOR_BENCH_MAP(name, function)                           \
-  template <class T>                                            \
-  void name(int n, const T* a, T* r, T*) {                      \
-    for (int i = 0; i < n; i += static_cast<int>(V<T>::size))   \
-      function(V<T>::load_aligned(a + i)).store_aligned(r + i); \
-  }
-QOR_BENCH_MAP(ln, xsimd::log)
-QOR_BENCH_MAP(square_root, xsimd::sqrt)
-QOR_BENCH_MAP(sine, xsimd::sin)
-QOR_BENCH_MAP(cosine, xsimd::cos)
+// r[i] = the expression in x and y, vectors of the arguments.
+#define QOR_MAP(Function, expression)                                                    \
+  template <class T>                                                                     \
+  void run_##Function(int n, const T* a, const T* b, T* r, T*) {                         \
+    for (int i = 0; i < n; i += static_cast<int>(V<T>::size)) {                          \
+      [[maybe_unused]] const auto x = V<T>::load_aligned(a + i);                         \
+      [[maybe_unused]] const auto y = V<T>::load_aligned(b + i);                         \
+      V<T>(expression).store_aligned(r + i);                                             \
+    }                                                                                    \
+  }                                                                                      \
+  const Add add_##Function(MathPeer<double>{#Function, "xsimd", run_##Function<double>}, \
+                           MathPeer<float>{#Function, "xsimd", run_##Function<float>});
+QOR_MAP(Exp, xsimd::exp(x))
+QOR_MAP(Ln, xsimd::log(x))
+QOR_MAP(Log10, xsimd::log10(x))
+QOR_MAP(Sqrt, xsimd::sqrt(x))
+QOR_MAP(InvSqrt, V<T>(T(1)) / xsimd::sqrt(x))
+QOR_MAP(Inv, V<T>(T(1)) / x)
+QOR_MAP(Div, x / y)
+QOR_MAP(Cbrt, xsimd::cbrt(x))
+QOR_MAP(InvCbrt, V<T>(T(1)) / xsimd::cbrt(x))
+QOR_MAP(Sin, xsimd::sin(x))
+QOR_MAP(Cos, xsimd::cos(x))
+QOR_MAP(Tan, xsimd::tan(x))
+QOR_MAP(Asin, xsimd::asin(x))
+QOR_MAP(Acos, xsimd::acos(x))
+QOR_MAP(Atan, xsimd::atan(x))
+QOR_MAP(Atan2, xsimd::atan2(x, y))
+QOR_MAP(Sinh, xsimd::sinh(x))
+QOR_MAP(Cosh, xsimd::cosh(x))
+QOR_MAP(Tanh, xsimd::tanh(x))
+QOR_MAP(Asinh, xsimd::asinh(x))
+QOR_MAP(Acosh, xsimd::acosh(x))
+QOR_MAP(Atanh, xsimd::atanh(x))
+QOR_MAP(Pow, xsimd::pow(x, y))
+QOR_MAP(Powx, xsimd::pow(x, y))
+QOR_MAP(Hypot, xsimd::hypot(x, y))
+QOR_MAP(Erf, xsimd::erf(x))
+QOR_MAP(Erfc, xsimd::erfc(x))
+QOR_MAP(Floor, xsimd::floor(x))
+QOR_MAP(Ceil, xsimd::ceil(x))
+QOR_MAP(Trunc, xsimd::trunc(x))
+QOR_MAP(Round, xsimd::round(x))
+QOR_MAP(Rint, xsimd::rint(x))
+
 template <class T>
-void sine_and_cosine(int n, const T* a, T* r, T* r2) {
+void run_sin_cos(int n, const T* a, const T*, T* r, T* r2) {
   for (int i = 0; i < n; i += static_cast<int>(V<T>::size)) {
     const auto v = xsimd::sincos(V<T>::load_aligned(a + i));
     v.first.store_aligned(r + i);
     v.second.store_aligned(r2 + i);
   }
 }
-
-const Add here{MathPeer<double>{"Ln", "xsimd", 0.8, ln<double>},
-               MathPeer<double>{"Sqrt", "xsimd", 0.5, square_root<double>},
-               MathPeer<double>{"Sin", "xsimd", 12.05, sine<double>},
-               MathPeer<double>{"Cos", "xsimd", 16.35, cosine<double>},
-               MathPeer<double>{"SinCos", "xsimd", 16.35, sine_and_cosine<double>},
-               MathPeer<double>{"Sin large", "xsimd", 2.35, sine<double>},
-               MathPeer<float>{"Ln", "xsimd", 0.8, ln<float>},
-               MathPeer<float>{"Sqrt", "xsimd", 0.5, square_root<float>},
-               MathPeer<float>{"Sin", "xsimd", 1.6, sine<float>},
-               MathPeer<float>{"Cos", "xsimd", 1.5, cosine<float>},
-               MathPeer<float>{"SinCos", "xsimd", 1.6, sine_and_cosine<float>},
-               MathPeer<float>{"Sin large", "xsimd", 1.6, sine<float>}};
+const Add add_sin_cos(MathPeer<double>{"SinCos", "xsimd", run_sin_cos<double>},
+                      MathPeer<float>{"SinCos", "xsimd", run_sin_cos<float>});
 
 }  // namespace
 }  // namespace bench
