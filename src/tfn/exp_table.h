@@ -56,7 +56,8 @@ struct alignas(8) ExpSingleRow {
 inline constexpr auto exp_single_table = [] {
   std::array<ExpSingleRow, exp_rows> rows{};
   for (int j = 0; j < exp_rows; ++j) {
-    const double v = std::bit_cast<double>(std::bit_cast<std::uint64_t>(exp_tables.value[j]) + (std::uint64_t(j) << 44));
+    const double v =
+        std::bit_cast<double>(std::bit_cast<std::uint64_t>(exp_tables.value[j]) + (std::uint64_t(j) << 44));
     const float value = float(v);
     rows[j] = {std::bit_cast<float>(std::bit_cast<std::uint32_t>(value) - (std::uint32_t(j) << 15)),
                float((v - value) / v)};
