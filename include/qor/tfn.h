@@ -119,6 +119,14 @@ void _tfndLn_50(int n, const double* a, double* r);
 void _tfnsLn_HA(int n, const float* a, float* r);
 void _tfnsLn_21(int n, const float* a, float* r);
 
+/* r[i] = e to the power a[i]. Exp(0) = 1, Exp(+inf) = +inf, Exp(-inf) = +0. Reports: OVERFLOW (+inf), UNDERFLOW for a
+   finite argument whose result is zero or subnormal. Table of 2^(j/256) with a short polynomial, after P. T. P. Tang, ACM
+   TOMS 15 (1989). */
+void _tfndExp_HA(int n, const double* a, double* r);
+void _tfndExp_50(int n, const double* a, double* r);
+void _tfnsExp_HA(int n, const float* a, float* r);
+void _tfnsExp_21(int n, const float* a, float* r);
+
 /* r[i] = square root of a[i]. Sqrt(-0) = -0, Sqrt(+inf) = +inf. Reports: ERRDOM for a negative argument or -inf (NaN).
    _HA and _tfnsSqrt_21 round correctly. _tfndSqrt_50 refines the processor's reciprocal estimate, so its last bit may
    differ between makes of processor. */

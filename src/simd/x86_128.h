@@ -120,6 +120,18 @@ QOR_INLINE Columns<VecF, 3> gather_rows3(const float* table, Offset offset) {
            as<VecF>(_mm_movelh_ps(c01, c23))}};
 }
 
+// The two columns of rows of two singles.
+template <class Offset>
+QOR_INLINE Columns<VecF, 2> gather_pairs(const float* table, Offset offset) {
+  const char* const base = reinterpret_cast<const char*>(table);
+  const auto rows = [&](int lane) {
+    const __m128 low = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(base + offset(lane)));
+    return _mm_loadh_pi(low, reinterpret_cast<const __m64*>(base + offset(lane + 1)));
+  };
+  const VecF a = as<VecF>(rows(0)), b = as<VecF>(rows(2));
+  return {{evens(a, b), odds(a, b)}};
+}
+
 // The even and the odd words of {a, b}.
 QOR_INLINE VecU32 evens(VecU32 a, VecU32 b) { return as<VecU32>(evens(as<VecF>(a), as<VecF>(b))); }
 QOR_INLINE VecU32 odds(VecU32 a, VecU32 b) { return as<VecU32>(odds(as<VecF>(a), as<VecF>(b))); }

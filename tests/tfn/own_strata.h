@@ -6,7 +6,18 @@ namespace qor::test {
 
 template <class T>
 void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inputs<T>& in) {
+  using L = std::numeric_limits<T>;
+  constexpr double overflow = L::max_exponent * M_LN2, least = (L::min_exponent - L::digits) * M_LN2;
   for (int i = 0; i < per_stratum; ++i) {
+    if (function == "Exp") {
+      in.add(T(draw.between(least, overflow)));
+      in.add(T(draw.between(least - 1, (L::min_exponent + 10) * M_LN2)));
+      in.add(T(draw.between(overflow - 4, overflow)));
+      const double row =
+          std::floor(draw.between(least, overflow) * std::ldexp(1.0, -static_cast<int>(draw.word() % 8)));
+      in.add(draw.near((row + 0.5Q) * M_LN2q / 256));  // a change of table rows
+      in.add(draw.scaled(-L::digits - 4, -1));
+    }
     if (function == "Sqrt") {
       in.add(std::fabs(draw.scaled(std::numeric_limits<T>::min_exponent - 20, std::numeric_limits<T>::min_exponent)));
     }

@@ -25,6 +25,7 @@ struct Specials {
 inline const std::vector<Specials>& specials() {
   constexpr double inf = HUGE_VAL, nan = __builtin_nan("");
   constexpr int ok = TFN_STATUS_OK, domain = TFN_STATUS_ERRDOM, pole = TFN_STATUS_SING;
+  constexpr int overflow = TFN_STATUS_OVERFLOW, underflow = TFN_STATUS_UNDERFLOW;
   static const std::vector<Specials> table = {
       {"Ln",
        1.5,
@@ -37,6 +38,19 @@ inline const std::vector<Specials>& specials() {
         {inf, inf, ok},
         {nan, nan, ok},
         {1.0, 0.0, ok}}},
+      {"Exp",
+       1.5,
+       0,
+       {{0.0, 1.0, ok},
+        {-0.0, 1.0, ok},
+        {0x1p-149, 1.0, ok},
+        {inf, inf, ok},
+        {-inf, 0.0, ok},
+        {nan, nan, ok},
+        {710.0, inf, overflow},
+        {0x1p100, inf, overflow},
+        {-746.0, 0.0, underflow},
+        {-0x1p100, 0.0, underflow}}},
       {"Sqrt",
        1.5,
        0,

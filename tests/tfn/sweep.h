@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "qor/tfn.h"
+#include "tfn/exp.h"
 #include "tfn/functions.def"
 #include "tfn/ln.h"
 #include "tfn/sqrt.h"
@@ -32,6 +33,7 @@ namespace oracle {
   inline __float128 Name(__float128 x, __float128 b) { return f##q(x, b); } \
   inline double Name(double x, double b) { return std::f(x, b); }
 QOR_ORACLE(Ln, log)
+QOR_ORACLE(Exp, exp)
 QOR_ORACLE(Sqrt, sqrt)
 QOR_ORACLE(Sin, sin)
 QOR_ORACLE(Cos, cos)
@@ -136,17 +138,18 @@ std::vector<Member<T>> members() {
 }
 
 // |got - exact| in units of the last place that the exact result has in T, subnormals included. Not a number for both
-// is no error; for one, and for unequal infinities, it is an endless one.
+// is no error; for one, and for an infinity where the exact result isn't beyond the largest number, it is an endless
+// one.
 inline double ulps(double got, __float128 exact) {
   if (isnanq(exact) || std::isnan(got)) return isnanq(exact) && std::isnan(got) ? 0 : HUGE_VAL;
-  if (isinfq(exact) || std::isinf(got)) return exact == got ? 0 : HUGE_VAL;
+  if (isinfq(exact) || std::isinf(got)) return (got > 0 ? exact > DBL_MAX : exact < -DBL_MAX) ? 0 : HUGE_VAL;
   int e = DBL_MIN_EXP;
   if (exact != 0) frexpq(exact, &e);
   return static_cast<double>(ldexpq(fabsq(got - exact), DBL_MANT_DIG - (e < DBL_MIN_EXP ? DBL_MIN_EXP : e)));
 }
 inline double ulps(float got, double exact) {
   if (std::isnan(exact) || std::isnan(got)) return std::isnan(exact) && std::isnan(got) ? 0 : HUGE_VAL;
-  if (std::isinf(exact) || std::isinf(got)) return exact == static_cast<double>(got) ? 0 : HUGE_VAL;
+  if (std::isinf(exact) || std::isinf(got)) return (got > 0 ? exact > FLT_MAX : exact < -FLT_MAX) ? 0 : HUGE_VAL;
   int e = FLT_MIN_EXP;
   if (exact != 0) e = static_cast<int>(std::bit_cast<std::uint64_t>(exact) >> 52 & 0x7FF) - 1022;
   if (e < FLT_MIN_EXP) e = FLT_MIN_EXP;
