@@ -139,6 +139,13 @@ void _tfndCos_50(int n, const double* a, double* r);
 void _tfnsCos_HA(int n, const float* a, float* r);
 void _tfnsCos_21(int n, const float* a, float* r);
 
+/* r[i] = tangent of a[i] in radians, for every finite argument with exact reduction, as above. Tan(-x) = -Tan(x) in every
+   bit. Reports: ERRDOM for an infinity (NaN). */
+void _tfndTan_HA(int n, const double* a, double* r);
+void _tfndTan_50(int n, const double* a, double* r);
+void _tfnsTan_HA(int n, const float* a, float* r);
+void _tfnsTan_21(int n, const float* a, float* r);
+
 /* r1[i] = sine, r2[i] = cosine of a[i]; the bits of Sin and Cos of the same suffix. a may be r1 or r2. */
 void _tfndSinCos_HA(int n, const double* a, double* r1, double* r2);
 void _tfndSinCos_50(int n, const double* a, double* r1, double* r2);

@@ -18,6 +18,7 @@
 #include "tfn/functions.def"
 #include "tfn/ln.h"
 #include "tfn/sqrt.h"
+#include "tfn/tan.h"
 #include "tfn/trig.h"
 
 namespace qor::test {
@@ -35,6 +36,7 @@ QOR_ORACLE(Ln, log)
 QOR_ORACLE(Sqrt, sqrt)
 QOR_ORACLE(Sin, sin)
 QOR_ORACLE(Cos, cos)
+QOR_ORACLE(Tan, tan)
 #undef QOR_ORACLE
 #undef QOR_ORACLE2
 }  // namespace oracle
