@@ -147,11 +147,64 @@ void _tfndCos_50(int n, const double* a, double* r);
 void _tfnsCos_HA(int n, const float* a, float* r);
 void _tfnsCos_21(int n, const float* a, float* r);
 
+/* r[i] = tangent of a[i] in radians, for every finite argument with exact reduction, as above. Tan(-x) = -Tan(x) in every
+   bit. Reports: ERRDOM for an infinity (NaN). */
+void _tfndTan_HA(int n, const double* a, double* r);
+void _tfndTan_50(int n, const double* a, double* r);
+void _tfnsTan_HA(int n, const float* a, float* r);
+void _tfnsTan_21(int n, const float* a, float* r);
+
 /* r1[i] = sine, r2[i] = cosine of a[i]; the bits of Sin and Cos of the same suffix. a may be r1 or r2. */
 void _tfndSinCos_HA(int n, const double* a, double* r1, double* r2);
 void _tfndSinCos_50(int n, const double* a, double* r1, double* r2);
 void _tfnsSinCos_HA(int n, const float* a, float* r1, float* r2);
 void _tfnsSinCos_21(int n, const float* a, float* r1, float* r2);
+
+/* ---- packing and rounding -------------------------------------------------------------------------------------- */
+
+/* Between a dense array and a strided, masked or indexed one, for i from 0 to n - 1, in this order. Increments may be
+   negative or zero: element 0 is at a (or y) itself, and i times the increment is taken modulo 2^32. A mask selects
+   where it is not zero; j counts what is selected, from 0. Elements that the loop doesn't name are not touched. Source
+   and destination may not overlap, but packing may be in place where no element is read after its place was written:
+   PackM always, PackI with an increment from 1 on. Values move as bit patterns, except that signalling NaNs pass
+   through the masked forms of doubles as quiet ones. Nothing is reported.
+   PackI   y[i] = a[i * inca]                 UnpackI   y[i * incy] = a[i]
+   PackM   where mask[i]: y[j] = a[i]         UnpackM   where mask[i]: y[i] = a[j]
+   PackV   y[i] = a[ia[i]]                    UnpackV   y[iy[i]] = a[i] */
+void _tfnsPackI(int n, const float* a, int inca, float* y);
+void _tfndPackI(int n, const double* a, int inca, double* y);
+void _tfnsPackM(int n, const float* a, const int* mask, float* y);
+void _tfndPackM(int n, const double* a, const int* mask, double* y);
+void _tfnsPackV(int n, const float* a, const int* ia, float* y);
+void _tfndPackV(int n, const double* a, const int* ia, double* y);
+void _tfnsUnpackI(int n, const float* a, float* y, int incy);
+void _tfndUnpackI(int n, const double* a, double* y, int incy);
+void _tfnsUnpackM(int n, const float* a, float* y, const int* mask);
+void _tfndUnpackM(int n, const double* a, double* y, const int* mask);
+void _tfnsUnpackV(int n, const float* a, float* y, const int* iy);
+void _tfndUnpackV(int n, const double* a, double* y, const int* iy);
+
+/* y[i] = a[i] rounded to an integral value: Floor down, Ceil up, Trunc towards zero, Round to nearest with halves away
+   from zero, Rint and NearbyInt in the caller's rounding mode (MXCSR). Exact for every argument; a zero result has the
+   argument's sign, infinities stay, NaNs become quiet. The caller's MXCSR comes back with its flags as they were, and
+   no exception traps, but for Rint, which works under the caller's register as it stands: it raises inexact where a
+   result differs from its argument, and invalid for a signalling NaN. y may be a. Nothing is reported. */
+void _tfnsFloor(int n, const float* a, float* y);
+void _tfndFloor(int n, const double* a, double* y);
+void _tfnsCeil(int n, const float* a, float* y);
+void _tfndCeil(int n, const double* a, double* y);
+void _tfnsTrunc(int n, const float* a, float* y);
+void _tfndTrunc(int n, const double* a, double* y);
+void _tfnsRound(int n, const float* a, float* y);
+void _tfndRound(int n, const double* a, double* y);
+void _tfnsRint(int n, const float* a, float* y);
+void _tfndRint(int n, const double* a, double* y);
+void _tfnsNearbyInt(int n, const float* a, float* y);
+void _tfndNearbyInt(int n, const double* a, double* y);
+
+/* y[i] = Trunc of a[i], z[i] = a[i] - y[i], exact, a zero with the sign of a[i]; of an infinity a NaN. a may be y or z. */
+void _tfnsModf(int n, const float* a, float* y, float* z);
+void _tfndModf(int n, const double* a, double* y, double* z);
 
 #ifdef __cplusplus
 }

@@ -9,9 +9,21 @@
 
 namespace qor::numeric {
 
+inline constexpr unsigned mxcsr_control_bits = 0xFFC0;
+inline constexpr unsigned standard_mxcsr = 0x1F80;  // all masked, to nearest, subnormals kept
+
+QOR_INLINE unsigned read_mxcsr() {
+  asm volatile("" ::: "memory");
+  return simd::control_register();
+}
+QOR_INLINE void write_mxcsr(unsigned csr) {
+  simd::set_control_register(csr);
+  asm volatile("" ::: "memory");
+}
+
 class MxcsrGuard {
  public:
-  QOR_INLINE MxcsrGuard() : caller_(read()) { enter(); }
+  QOR_INLINE MxcsrGuard() : caller_(read_mxcsr()) { enter(); }
   QOR_INLINE ~MxcsrGuard() { leave(); }
   MxcsrGuard(const MxcsrGuard&) = delete;
   MxcsrGuard& operator=(const MxcsrGuard&) = delete;
@@ -21,31 +33,45 @@ class MxcsrGuard {
   void outside(F f) {
     leave();
     f();
-    caller_ = read();
+    caller_ = read_mxcsr();
     enter();
   }
 
  private:
-  static constexpr unsigned control_bits = 0xFFC0, standard = 0x1F80;  // all masked, to nearest, subnormals kept
-  static constexpr unsigned reported_flags = 0x1D;                     // invalid, zero divide, overflow, underflow
+  static constexpr unsigned reported_flags = 0x1D;  // invalid, zero divide, overflow, underflow
 
-  QOR_INLINE static unsigned read() {
-    asm volatile("" ::: "memory");
-    return simd::control_register();
-  }
-  QOR_INLINE static void write(unsigned csr) {
-    simd::set_control_register(csr);
-    asm volatile("" ::: "memory");
-  }
   QOR_INLINE void enter() const {
-    if ((caller_ & control_bits) != standard) [[unlikely]]
-      write(standard | (caller_ & 0x3F));
+    if ((caller_ & mxcsr_control_bits) != standard_mxcsr) [[unlikely]]
+      write_mxcsr(standard_mxcsr | (caller_ & 0x3F));
   }
   QOR_INLINE void leave() const {
-    const unsigned now = read();
-    constexpr unsigned compared = control_bits | reported_flags;
+    const unsigned now = read_mxcsr();
+    constexpr unsigned compared = mxcsr_control_bits | reported_flags;
     if ((now & compared) != (caller_ & compared)) [[unlikely]]
-      write(caller_ | (now & 0x22));
+      write_mxcsr(caller_ | (now & 0x22));
+  }
+
+  unsigned caller_;
+};
+
+// The register during work that rounds on purpose. Afterwards it is as it was, flags included.
+class RoundingGuard {
+ public:
+  enum Direction : unsigned { nearest = 0, down = 0x2000, up = 0x4000, to_zero = 0x6000 };
+
+  // Everything but the direction as within a kernel.
+  QOR_INLINE explicit RoundingGuard(Direction direction) : caller_(read_mxcsr()) { enter(standard_mxcsr | direction); }
+  // The caller's direction and treatment of subnormals, without traps.
+  QOR_INLINE RoundingGuard() : caller_(read_mxcsr()) { enter((caller_ & mxcsr_control_bits) | standard_mxcsr); }
+  QOR_INLINE ~RoundingGuard() {
+    if (read_mxcsr() != caller_) write_mxcsr(caller_);
+  }
+  RoundingGuard(const RoundingGuard&) = delete;
+  RoundingGuard& operator=(const RoundingGuard&) = delete;
+
+ private:
+  QOR_INLINE void enter(unsigned control) const {
+    if ((caller_ & mxcsr_control_bits) != control) write_mxcsr(control | (caller_ & ~mxcsr_control_bits));
   }
 
   unsigned caller_;

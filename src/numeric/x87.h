@@ -21,6 +21,11 @@ QOR_INLINE void set_x87_control(std::uint32_t word) {
   asm volatile("fldcw %0" : : "m"(cw));
 }
 
+// A copy through the unit's stack: every bit pattern but a signalling NaN, which becomes quiet, arrives as it was.
+QOR_INLINE void x87_copy(const double* from, double* to) {
+  asm volatile("fldl %1\n\tfstpl %0" : "=m"(*to) : "m"(*from));
+}
+
 // ln 2 * log2(x) with a 64-bit significand, stored as a double. The unit's whole state is set aside meanwhile, values
 // on its stack included; only the flags invalid and division by zero, where masked, are left raised for the caller to
 // see.

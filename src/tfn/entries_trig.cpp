@@ -1,4 +1,5 @@
 #include "tfn/entry_macros.h"
+#include "tfn/tan.h"
 #include "tfn/trig.h"
 
 TFN_TRIG(TFN_MEMBERS)

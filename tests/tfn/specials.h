@@ -74,6 +74,15 @@ inline const std::vector<Specials>& specials() {
        1.5,
        0,
        {{0.0, 1.0, ok}, {-0.0, 1.0, ok}, {0x1p-149, 1.0, ok}, {inf, nan, domain}, {-inf, nan, domain}, {nan, nan, ok}}},
+      {"Tan",
+       1.5,
+       0,
+       {{0.0, 0.0, ok},
+        {-0.0, -0.0, ok},
+        {0x1p-149, 0x1p-149, ok},
+        {inf, nan, domain},
+        {-inf, nan, domain},
+        {nan, nan, ok}}},
   };
   return table;
 }

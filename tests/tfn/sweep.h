@@ -19,6 +19,7 @@
 #include "tfn/functions.def"
 #include "tfn/ln.h"
 #include "tfn/sqrt.h"
+#include "tfn/tan.h"
 #include "tfn/trig.h"
 
 namespace qor::test {
@@ -37,6 +38,7 @@ QOR_ORACLE(Exp, exp)
 QOR_ORACLE(Sqrt, sqrt)
 QOR_ORACLE(Sin, sin)
 QOR_ORACLE(Cos, cos)
+QOR_ORACLE(Tan, tan)
 #undef QOR_ORACLE
 #undef QOR_ORACLE2
 }  // namespace oracle

@@ -8,3 +8,4 @@ target_include_directories(qor_accuracy PRIVATE ${PROJECT_SOURCE_DIR}/src ${CMAK
 target_compile_options(qor_accuracy PRIVATE ${QOR_WARNINGS} -Wno-pedantic -ffp-contract=off)
 target_link_libraries(qor_accuracy PRIVATE qor quadmath)
 qor_test(tfn_control_test SOURCES tfn/control_test.cpp)
+qor_test(tfn_pack_test SOURCES tfn/pack_test.cpp)
