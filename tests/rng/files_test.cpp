@@ -232,55 +232,6 @@ TEST(StreamFiles, AreCheckedInOrder) {
   }
 }
 
-// Everywhere in short files, at both ends and here and there in long ones.
-std::vector<std::size_t> places(std::size_t bytes) {
-  std::vector<std::size_t> list;
-  for (std::size_t at = 0; at<bytes; at += at> 300 && at + 100 < bytes && bytes > 4000 ? 89 : 1) list.push_back(at);
-  return list;
-}
-
-TEST(StreamFiles, CutShortAnywhereAreNotRead) {
-  const auto& rows = engine_rows();  // made on the first call
-  const NothingLeft check;
-  for (const EngineRow& row : rows) {
-    const TestStream s(row.brng, {3});
-    add_chunk(s, 1, "twelve bytes");
-    add_chunk(s, 2, "");
-    const std::string whole = saved(s);
-    for (const std::size_t n : places(whole.size())) {
-      EXPECT_EQ(load_status(whole.substr(0, n)), QOR_RNG_CANNOT_READ) << row.name << " at " << n;
-    }
-  }
-}
-
-TEST(StreamFiles, DamagedInOneByteAreRefusedOrHarmless) {
-  const auto& rows = engine_rows();
-  const NothingLeft check;
-  for (const EngineRow& row : rows) {
-    const TestStream s(row.brng, {3});
-    drawn(s, 10);
-    const std::string whole = saved(s);
-    ScratchFile file;
-    for (const std::size_t at : places(whole.size())) {
-      // Every value in the header and at both ends of the state, elsewhere the extremes and one bit.
-      const bool every = at < 20 || at + 20 > whole.size();
-      for (int change = 1; change < 256; change += every ? 1 : 127) {
-        std::string bytes = whole;
-        bytes[at] = char(bytes[at] ^ change);
-        file.set(bytes);
-        const Loaded loaded(file);
-        if (loaded.status != 0) continue;
-        EXPECT_EQ(saved(loaded.stream).substr(16), bytes.substr(16)) << row.name << ", byte " << at;
-        drawn(loaded.stream, 9);
-        unsigned more[4 * 1300];
-        EXPECT_EQ(_wxriRngUniformBits(0, loaded.stream, 1300, more), 0);
-        __wxrSkipAheadStream(loaded.stream, 1000);
-        drawn(loaded.stream, 1);
-      }
-    }
-  }
-}
-
 TEST(StreamFiles, WithImpossibleStatesAreRefused) {
   // The state's words all `fill` but these: pairs of a place and a value.
   struct Case {
@@ -331,6 +282,55 @@ TEST(StreamFiles, WithImpossibleStatesAreRefused) {
     const unsigned size = unsigned(record.stateBytes) - 16;
     const std::string header = "RNG\0\x10\0"s + le(size, 2) + le(0) + le(unsigned(brng));
     EXPECT_EQ(load_status(header + std::string(size, '\xFF')), QOR_RNG_BAD_FILE) << std::hex << brng;
+  }
+}
+
+// Everywhere in short files, at both ends and here and there in long ones.
+std::vector<std::size_t> places(std::size_t bytes) {
+  std::vector<std::size_t> list;
+  for (std::size_t at = 0; at<bytes; at += at> 300 && at + 100 < bytes && bytes > 4000 ? 89 : 1) list.push_back(at);
+  return list;
+}
+
+TEST(StreamFiles, CutShortAnywhereAreNotRead) {
+  const auto& rows = engine_rows();  // made on the first call
+  const NothingLeft check;
+  for (const EngineRow& row : rows) {
+    const TestStream s(row.brng, {3});
+    add_chunk(s, 1, "twelve bytes");
+    add_chunk(s, 2, "");
+    const std::string whole = saved(s);
+    for (const std::size_t n : places(whole.size())) {
+      EXPECT_EQ(load_status(whole.substr(0, n)), QOR_RNG_CANNOT_READ) << row.name << " at " << n;
+    }
+  }
+}
+
+TEST(StreamFiles, DamagedInOneByteAreRefusedOrHarmless) {
+  const auto& rows = engine_rows();
+  const NothingLeft check;
+  for (const EngineRow& row : rows) {
+    const TestStream s(row.brng, {3});
+    drawn(s, 10);
+    const std::string whole = saved(s);
+    ScratchFile file;
+    for (const std::size_t at : places(whole.size())) {
+      // Every value in the header and at both ends of the state, elsewhere the extremes and one bit.
+      const bool every = at < 20 || at + 20 > whole.size();
+      for (int change = 1; change < 256; change += every ? 1 : 127) {
+        std::string bytes = whole;
+        bytes[at] = char(bytes[at] ^ change);
+        file.set(bytes);
+        const Loaded loaded(file);
+        if (loaded.status != 0) continue;
+        EXPECT_EQ(saved(loaded.stream).substr(16), bytes.substr(16)) << row.name << ", byte " << at;
+        drawn(loaded.stream, 9);
+        unsigned more[4 * 1300];
+        EXPECT_EQ(_wxriRngUniformBits(0, loaded.stream, 1300, more), 0);
+        __wxrSkipAheadStream(loaded.stream, 1000);
+        drawn(loaded.stream, 1);
+      }
+    }
   }
 }
 
