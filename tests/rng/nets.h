@@ -5,11 +5,20 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <iterator>
+#include <sstream>
+#include <string>
 #include <vector>
 
 namespace plain {
 
 using Words = std::vector<unsigned>;
+// From a text of hexadecimal words.
+inline Words words(const std::string& text) {
+  std::istringstream in(text);
+  in >> std::hex;
+  return {std::istream_iterator<unsigned>(in), {}};
+}
 // Row l, bit r: the factor of the index's digit r in digit l (from the top) of the coordinate.
 using Matrix = std::vector<unsigned>;
 

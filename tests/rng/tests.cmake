@@ -8,3 +8,8 @@ qor_test(rng_uniform_test SOURCES rng/uniform_test.cpp)
 qor_test(rng_gaussian_test SOURCES rng/gaussian_test.cpp)
 qor_test(rng_abstract_test SOURCES rng/abstract_test.cpp)
 qor_test(rng_wh_table_test SOURCES rng/wh_table_test.cpp)
+
+# The words of an engine, for programs that test generators: ./run battery.
+add_executable(qor_words ${PROJECT_SOURCE_DIR}/tools/words.cpp)
+target_compile_options(qor_words PRIVATE ${QOR_WARNINGS})
+target_link_libraries(qor_words PRIVATE qor)
