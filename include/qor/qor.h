@@ -2,5 +2,6 @@
 #ifndef QOR_QOR_H
 #define QOR_QOR_H
 #include "qor/rng.h"
+#include "qor/service.h"
 #include "qor/tfn.h"
 #endif

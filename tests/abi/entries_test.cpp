@@ -382,6 +382,31 @@ void add_kernels() {
   TFN_SCALAR_ARGUMENT(TFN_ADD_SCALAR)
 }
 
+void add_service() {
+  add("qor_serv_allocate", [](Caller& call) {
+    void* const block = reinterpret_cast<void*>(static_cast<std::uintptr_t>(call(1000)));
+    std::memset(block, 7, 1200);
+    qor_serv_deallocate(block);
+  });
+  add("qor_serv_deallocate", [](Caller& call) {
+    void* const block = qor_serv_allocate(1000);
+    call(block);
+    EXPECT_EQ(qor_serv_allocate(1000), block);
+    qor_serv_deallocate(block);
+  });
+  for (const char* name : {"qor_serv_freebuffers", "qor_free_extra_mem", "QOR_shrink_mem_slots"}) {
+    add(name, [](Caller& call) { call(); });
+  }
+  for (const char* name : {"QOR_read_env", "QOR_ThreadID", "qor_serv_in_serial", "qor_serv_set_serial",
+                           "qor_serv_set_parallel", "dll_cpu_version"}) {
+    add(name, [](Caller& call) { call.result(); });
+  }
+  add("qor_serv_lock", [](Caller& call) { call(), qor_serv_unlock(); });
+  add("qor_serv_unlock", [](Caller& call) { qor_serv_lock(), call(); });
+  add("qor_serv_dft_lock", [](Caller& call) { call(), qor_serv_dft_unlock(); });
+  add("qor_serv_dft_unlock", [](Caller& call) { qor_serv_dft_lock(), call(); });
+}
+
 void add_registry() {
   add("__wxrRegisterBrng", [](Caller& call) {
     const int before = __wxrGetNumRegBrngs();
@@ -610,6 +635,7 @@ class Entries : public testing::Test {
     if (!rows.empty()) return;
     add_control();
     add_kernels();
+    add_service();
     add_registry();
     add_streams();
     add_engines();
