@@ -127,6 +127,23 @@ void _tfndExp_50(int n, const double* a, double* r);
 void _tfnsExp_HA(int n, const float* a, float* r);
 void _tfnsExp_21(int n, const float* a, float* r);
 
+/* Pow: r[i] = a[i] to the power b[i]; Powx: a[i] to the power b, the bits that Pow gives. Exact results are exact:
+   Pow(x, 0) = 1 for every x and Pow(1, b) = 1 for every b, NaN included; Pow(x, 1) = x; whole powers that fit. A negative
+   base has whole powers, with the sign of the base when the power is odd; so have -0 and -inf. Pow(-1, +-inf) = 1; else
+   Pow(x, +-inf), Pow(+-0, b) and Pow(+-inf, b) are zero or infinite as the limits are.
+   Reports: SING for a zero to a finite negative power (an infinity), ERRDOM for a finite negative base and a power that
+   is not whole (NaN), OVERFLOW (an infinity), UNDERFLOW where finite arguments, a not zero, give zero or a subnormal.
+   Logarithm in two parts from a table of exact reciprocals, product, and exponential, each in the manner of
+   P. T. P. Tang (see Ln and Exp). */
+void _tfndPow_HA(int n, const double* a, const double* b, double* r);
+void _tfndPow_50(int n, const double* a, const double* b, double* r);
+void _tfnsPow_HA(int n, const float* a, const float* b, float* r);
+void _tfnsPow_21(int n, const float* a, const float* b, float* r);
+void _tfndPowx_HA(int n, const double* a, double b, double* r);
+void _tfndPowx_50(int n, const double* a, double b, double* r);
+void _tfnsPowx_HA(int n, const float* a, float b, float* r);
+void _tfnsPowx_21(int n, const float* a, float b, float* r);
+
 /* r[i] = square root of a[i]. Sqrt(-0) = -0, Sqrt(+inf) = +inf. Reports: ERRDOM for a negative argument or -inf (NaN).
    _HA and _tfnsSqrt_21 round correctly. _tfndSqrt_50 refines the processor's reciprocal estimate, so its last bit may
    differ between makes of processor. */

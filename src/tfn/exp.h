@@ -22,8 +22,8 @@ namespace qor::tfn {
 // k 256 + j + 1.5 * 2^52: the low bits hold k and j.
 inline constexpr double exp_shift = 0x1.8p52;
 
-// x + lo = n ln 2 / 256 + r for |x| < 2^10, n = shifted - exp_shift; `lo` is small, or zero. The error of r, 2^-62 of
-// which its rounding makes most, is a relative one of the result.
+// x = n ln 2 / 256 + r for |x| < 2^10, n = shifted - exp_shift. The error of r, 2^-62 of which its rounding makes most,
+// is a relative one of the result.
 struct ExpReduced {
   simd::VecD shifted, r;
 };
@@ -31,6 +31,12 @@ QOR_INLINE ExpReduced exp_reduce(simd::VecD x) {
   using namespace simd;
   const VecD shifted = x * exp_per_step + exp_shift, n = shifted - exp_shift;
   return {shifted, (x - n * exp_step_hi) - n * exp_step_lo};
+}
+// The same for hi + lo.
+QOR_INLINE ExpReduced exp_reduce(simd::VecD hi, simd::VecD lo) {
+  using namespace simd;
+  const VecD shifted = (hi + lo) * exp_per_step + exp_shift, n = shifted - exp_shift;
+  return {shifted, (hi - n * exp_step_hi) + (lo - n * exp_step_lo)};
 }
 
 // 2^k 2^(j/256), k above -1023, and the row's tail.
@@ -79,6 +85,16 @@ QOR_INLINE int exp_far(ExpReduced x, double* y) {
   const double rounded = hi < least ? (sum + (error + lo)) - least : hi;
   y[0] = rounded * 0x1p-1000;
   return rounded < least ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
+}
+
+// A single from the double that was made of single arguments, and what to report.
+inline int narrow_result(int status, double wide, float* y) {
+  using L = std::numeric_limits<float>;
+  y[0] = static_cast<float>(wide);
+  if (status != TFN_STATUS_OK || wide == 0 || !(std::fabs(wide) <= std::numeric_limits<double>::max())) return status;
+  return std::fabs(y[0]) > L::max()   ? TFN_STATUS_OVERFLOW
+         : std::fabs(y[0]) < L::min() ? TFN_STATUS_UNDERFLOW
+                                      : TFN_STATUS_OK;
 }
 
 template <Accuracy A>
@@ -151,12 +167,9 @@ struct Exp {
     return !finite ? TFN_STATUS_OK : x < 0 ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OVERFLOW;
   }
   static int element(float x, float* y) {
-    using L = std::numeric_limits<float>;
     double wide;
-    Exp<Accuracy::high>::element(static_cast<double>(x), &wide);
-    y[0] = static_cast<float>(wide);
-    if (!(std::fabs(x) <= L::max())) return TFN_STATUS_OK;
-    return y[0] > L::max() ? TFN_STATUS_OVERFLOW : y[0] < L::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
+    const int status = Exp<Accuracy::high>::element(static_cast<double>(x), &wide);
+    return narrow_result(status, wide, y);
   }
 };
 

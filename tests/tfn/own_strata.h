@@ -18,6 +18,20 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       in.add(draw.near((row + 0.5Q) * M_LN2q / 256));  // a change of table rows
       in.add(draw.scaled(-L::digits - 4, -1));
     }
+    if (function == "Pow" || function == "Powx") {
+      // x^b of every size, of x anywhere and of x next to 1, of negative x and whole b, and whole powers of whole
+      // numbers.
+      const T wild = std::fabs(draw.pattern()), next_to_1 = T(1 + draw.scaled(1 - L::digits, -2));
+      for (const T x : {wild, next_to_1}) {
+        const double log = std::log(static_cast<double>(x));
+        in.add(x, T(draw.between(least, overflow) / log));
+        in.add(x, T(draw.between(least - 1, (L::min_exponent + 10) * M_LN2) / log));
+        in.add(x, T(draw.between(overflow - 4, overflow) / log));
+        in.add(-x, std::nearbyint(T(draw.between(least, overflow) / log)));
+      }
+      in.add(T(draw.word() % 2000) - 1000, T(draw.word() % 100) - 50);
+      in.add(draw.near(-1), T(draw.word() % 4) + std::ldexp(T(1), L::digits - 2));
+    }
     if (function == "Sqrt") {
       in.add(std::fabs(draw.scaled(std::numeric_limits<T>::min_exponent - 20, std::numeric_limits<T>::min_exponent)));
     }

@@ -18,6 +18,7 @@
 #include "tfn/exp.h"
 #include "tfn/functions.def"
 #include "tfn/ln.h"
+#include "tfn/pow.h"
 #include "tfn/sqrt.h"
 #include "tfn/tan.h"
 #include "tfn/trig.h"
@@ -35,6 +36,8 @@ namespace oracle {
   inline double Name(double x, double b) { return std::f(x, b); }
 QOR_ORACLE(Ln, log)
 QOR_ORACLE(Exp, exp)
+QOR_ORACLE2(Pow, pow)
+QOR_ORACLE2(Powx, pow)
 QOR_ORACLE(Sqrt, sqrt)
 QOR_ORACLE(Sin, sin)
 QOR_ORACLE(Cos, cos)
