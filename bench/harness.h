@@ -142,6 +142,7 @@ std::vector<MathPeer<T>> peers_of(const MathItem& item) {
 void add_rng_rows(std::vector<Work>& works);
 void add_math_rows(std::vector<Work>& works);
 void add_distribution_rows(std::vector<Work>& works);
+void add_level1_rows(std::vector<Work>& works);
 void add_limit_rows(std::vector<Work>& works);
 
 // The largest error of every peer of the items whose names contain filter, measured; written as the rows of

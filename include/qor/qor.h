@@ -1,6 +1,7 @@
 /* qor/qor.h: the whole library. */
 #ifndef QOR_QOR_H
 #define QOR_QOR_H
+#include "qor/blas1.h"
 #include "qor/rng.h"
 #include "qor/service.h"
 #include "qor/tfn.h"

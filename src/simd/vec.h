@@ -102,6 +102,19 @@ QOR_INLINE V flip_sign(V v, Bits<V> s) {
   return as<V>(bits(v) ^ s);
 }
 
+// Lanes 2k and 2k + 1 exchanged: the parts of complex numbers.
+template <class V>
+QOR_INLINE V swap_pairs(V v) {
+  if constexpr (lanes<V> == 2) {
+    return __builtin_shufflevector(v, v, 1, 0);
+  } else if constexpr (lanes<V> == 4) {
+    return __builtin_shufflevector(v, v, 1, 0, 3, 2);
+  } else {
+    static_assert(lanes<V> == 8);
+    return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);
+  }
+}
+
 // a polynomial by Horner's rule, leading coefficient first.
 template <class V, class... C>
 QOR_INLINE V horner(V x, lane_t<V> leading, C... rest) {

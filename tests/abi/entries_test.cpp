@@ -382,6 +382,34 @@ void add_kernels() {
   TFN_SCALAR_ARGUMENT(TFN_ADD_SCALAR)
 }
 
+// One kernel of blas1; the complex ones take their scalars by address.
+template <class T>
+void add_level1(const std::string& letter, bool complex) {
+  const auto row = [&](const std::string& operation, auto call_it) {
+    add("qor_blas_zx9_" + operation, [call_it](Caller& call) {
+      Array<T> x(kernel_arguments<T>()), y(kernel_arguments<T>());
+      call_it(call, x, y);
+      call.note(x.bytes());
+      call.note(y.bytes());
+    });
+  };
+  static const T alpha[] = {T(1.5), T(-0.5)};
+  for (const char* operation : {"copy", "swap"}) {
+    row(letter + operation, [](Caller& call, auto& x, auto& y) { call(30, x.get(), 1, y.get(), 1); });
+  }
+  row(letter + "scal", [complex](Caller& call, auto& x, auto&) {
+    if (complex) call(30, alpha, x.get(), 1);
+    if (!complex) call(30, alpha[0], x.get(), 1);
+  });
+  row(letter + "axpy", [complex](Caller& call, auto& x, auto& y) {
+    if (complex) call(30, alpha, x.get(), 1, y.get(), 1);
+    if (!complex) call(30, alpha[0], x.get(), 1, y.get(), 1);
+  });
+  if (!complex) return;
+  row(letter + (sizeof(T) == 4 ? "sscal" : "dscal"),
+      [](Caller& call, auto& x, auto&) { call(30, alpha[0], x.get(), 1); });
+}
+
 void add_service() {
   add("qor_serv_allocate", [](Caller& call) {
     void* const block = reinterpret_cast<void*>(static_cast<std::uintptr_t>(call(1000)));
@@ -635,6 +663,10 @@ class Entries : public testing::Test {
     if (!rows.empty()) return;
     add_control();
     add_kernels();
+    add_level1<float>("s", false);
+    add_level1<double>("d", false);
+    add_level1<float>("c", true);
+    add_level1<double>("z", true);
     add_service();
     add_registry();
     add_streams();
