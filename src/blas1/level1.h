@@ -41,6 +41,7 @@ struct Walk {
 template <class T, int parts>
 class Scale {
  public:
+  using V = simd::Vec<T>;
   explicit Scale(const T* alpha) {
     for (int k = 0; k < parts; ++k) alpha_[k] = alpha[k];
     re_ = simd::splat<V>(alpha_[0]);
@@ -48,7 +49,6 @@ class Scale {
       for (int l = 0; l < simd::lanes<V>; ++l) im_[l] = l % 2 == 0 ? -alpha_[1] : alpha_[1];
     }
   }
-  using V = simd::Vec<T>;
   QOR_INLINE V operator()(V x) const {
     if constexpr (parts == 1) {
       return x * re_;
@@ -70,11 +70,14 @@ class Scale {
   V re_, im_;
 };
 
-// How many reals of a vector fill registers.
-template <class T>
-QOR_INLINE std::ptrdiff_t whole_registers(std::ptrdiff_t reals) {
+// f(at) for each register's first index in a vector of so many reals; returns how many reals that was.
+template <class T, class F>
+QOR_INLINE std::ptrdiff_t over_registers(std::ptrdiff_t reals, F f) {
   constexpr std::ptrdiff_t width = simd::lanes<simd::Vec<T>>;
-  return reals / width * width;
+  std::ptrdiff_t at = 0;
+#pragma GCC unroll 4
+  for (; at <= reals - width; at += width) f(at);
+  return at;
 }
 
 template <class T, int parts>
@@ -95,11 +98,11 @@ void swap(int n, T* x, int incx, T* y, int incy) {
   if (n <= 0) return;
   std::ptrdiff_t done = 0;
   if (incx == 1 && incy == 1) {
-    for (const std::ptrdiff_t end = whole_registers<T>(std::ptrdiff_t{n} * parts); done < end; done += simd::lanes<V>) {
-      const V a = simd::load<V>(x + done), b = simd::load<V>(y + done);
-      simd::store(x + done, b);
-      simd::store(y + done, a);
-    }
+    done = over_registers<T>(std::ptrdiff_t{n} * parts, [&](std::ptrdiff_t at) {
+      const V a = simd::load<V>(x + at), b = simd::load<V>(y + at);
+      simd::store(x + at, b);
+      simd::store(y + at, a);
+    });
   }
   Walk<T, parts> a(n, x + done, incx), b(n, y + done, incy);
   for (int i = static_cast<int>(done / parts); i < n; ++i, a.next(), b.next()) {
@@ -117,9 +120,8 @@ void scal(int n, const T* alpha, T* x, int incx) {
   const Scale<T, parts> scale(alpha);
   std::ptrdiff_t done = 0;
   if (incx == 1) {
-    for (const std::ptrdiff_t end = whole_registers<T>(std::ptrdiff_t{n} * parts); done < end; done += simd::lanes<V>) {
-      simd::store(x + done, scale(simd::load<V>(x + done)));
-    }
+    done = over_registers<T>(std::ptrdiff_t{n} * parts,
+                             [&](std::ptrdiff_t at) { simd::store(x + at, scale(simd::load<V>(x + at))); });
   }
   Walk<T, parts> a(n, x + done, incx);
   for (int i = static_cast<int>(done / parts); i < n; ++i, a.next()) a.put(scale(a.get()));
@@ -132,9 +134,8 @@ void scal_by_real(int n, T alpha, T* x, int incx) {
   if (n <= 0 || incx <= 0) return;
   std::ptrdiff_t done = 0;
   if (incx == 1) {
-    for (const std::ptrdiff_t end = whole_registers<T>(2 * std::ptrdiff_t{n}); done < end; done += simd::lanes<V>) {
-      simd::store(x + done, simd::load<V>(x + done) * alpha);
-    }
+    done = over_registers<T>(2 * std::ptrdiff_t{n},
+                             [&](std::ptrdiff_t at) { simd::store(x + at, simd::load<V>(x + at) * alpha); });
   }
   Walk<T, 2> a(n, x + done, incx);
   for (int i = static_cast<int>(done / 2); i < n; ++i, a.next()) {
@@ -150,9 +151,9 @@ void axpy(int n, const T* alpha, const T* x, int incx, T* y, int incy) {
   if (n <= 0 || scale.zero()) return;
   std::ptrdiff_t done = 0;
   if (incx == 1 && incy == 1) {
-    for (const std::ptrdiff_t end = whole_registers<T>(std::ptrdiff_t{n} * parts); done < end; done += simd::lanes<V>) {
-      simd::store(y + done, simd::load<V>(y + done) + scale(simd::load<V>(x + done)));
-    }
+    done = over_registers<T>(std::ptrdiff_t{n} * parts, [&](std::ptrdiff_t at) {
+      simd::store(y + at, simd::load<V>(y + at) + scale(simd::load<V>(x + at)));
+    });
   }
   Walk<const T, parts> from(n, x + done, incx);
   Walk<T, parts> to(n, y + done, incy);
