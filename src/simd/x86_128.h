@@ -173,7 +173,9 @@ QOR_INLINE VecU32 truncate(VecD low, VecD high) {
 template <class Offset>
 QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
   const char* const base = reinterpret_cast<const char*>(table);
-  const auto row = [&](int lane) { return as<VecU32>(_mm_load_ps(reinterpret_cast<const float*>(base + offset(lane)))); };
+  const auto row = [&](int lane) {
+    return as<VecU32>(_mm_load_ps(reinterpret_cast<const float*>(base + offset(lane))));
+  };
   VecU32 a = row(0), b = row(1), c = row(2), d = row(3);
   transpose(a, b, c, d);
   return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};

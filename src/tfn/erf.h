@@ -26,7 +26,8 @@ struct Erf {
     usual = A == Accuracy::low ? eq(x, x) : le(splat<VecD>(tiny), ax);
     const auto [shifted, h] = split_uniform<ErfTable>(min(ax, splat<VecD>(ErfTable::last)));
     const LowHalves<VecU64> low(bits(shifted));
-    const VecD v = split_row_value<A>(erf_table.row, uniform_offset<ErfTable, VecD>(low, 0), h, [](VecD hi) { return hi; });
+    const VecD v =
+        split_row_value<A>(erf_table.row, uniform_offset<ErfTable, VecD>(low, 0), h, [](VecD hi) { return hi; });
     y[0] = flip_sign(v, sign(x));
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
@@ -42,7 +43,8 @@ struct Erf {
       };
       v = wide_row_value(erf_wide_table.row, offset, h, [](VecD value) { return value; });
     } else {
-      v = single_row_value(erf_single_table.row, [&](int lane) { return low(lane) * sizeof(ErfSingleTable::row[0]); }, h);
+      v = single_row_value(
+          erf_single_table.row, [&](int lane) { return low(lane) * sizeof(ErfSingleTable::row[0]); }, h);
     }
     y[0] = flip_sign(v, sign(x));
   }
@@ -83,7 +85,8 @@ struct Erfc {
     const VecD two = as<VecD>(lt(x, VecD{}) & bits(splat<VecD>(2)));
     const auto [shifted, h] = split_uniform<ErfcTable>(min(abs(x), splat<VecD>(ErfcTable::last)));
     const LowHalves<VecU64> low(bits(shifted));
-    const VecD v = split_row_value<A>(erfc_table.row, uniform_offset<ErfcTable, VecD>(low, 0), h, [&](VecD hi) { return hi - two; });
+    const VecD v = split_row_value<A>(erfc_table.row, uniform_offset<ErfcTable, VecD>(low, 0), h,
+                                      [&](VecD hi) { return hi - two; });
     y[0] = flip_sign(v, sign(x));
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
@@ -124,7 +127,7 @@ struct Erfc {
     using namespace simd;
     const VecU64 beyond = le(splat<VecD>(rows_end), x) & lt(x, splat<VecD>(normal_end));
     const auto [hi, lo] = large(min(max(x, splat<VecD>(rows_end)), splat<VecD>(normal_end)));
-    y[0] = select(beyond, (hi + lo) * __builtin_ldexp(1.0, -scale), y[0]);
+    y[0] = select(beyond, (hi + lo) * numeric::power_of_two(-scale), y[0]);
     usual |= beyond;
   }
   static int element(double x, double* y) {
@@ -142,7 +145,7 @@ struct Erfc {
     element(static_cast<double>(x), &wide);
     y[0] = static_cast<float>(wide);
     return x <= std::numeric_limits<float>::max() && y[0] < std::numeric_limits<float>::min() ? TFN_STATUS_UNDERFLOW
-                                                                                            : TFN_STATUS_OK;
+                                                                                              : TFN_STATUS_OK;
   }
 };
 

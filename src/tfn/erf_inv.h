@@ -38,7 +38,8 @@ struct ErfInv {
     if constexpr (A == Accuracy::high) usual &= le(splat<VecD>(tiny), ax);
     const auto [node, h] = split<ErfInvTable>(ax);
     const HighWords<VecD> high(node);
-    const VecD v = split_row_value<A>(erf_inv_table.row, binary_offset<ErfInvTable, VecD>(high, 0), h, [](VecD hi) { return hi; });
+    const VecD v =
+        split_row_value<A>(erf_inv_table.row, binary_offset<ErfInvTable, VecD>(high, 0), h, [](VecD hi) { return hi; });
     y[0] = flip_sign(v, sign(x));
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
@@ -49,7 +50,9 @@ struct ErfInv {
     if constexpr (A == Accuracy::high) {
       const auto [node, h] = split<ErfInvWideTable>(ax);
       const HighWords<VecF> high(node);
-      v = wide_row_value(erf_inv_wide_table.row, [&](int first) { return binary_offset<ErfInvWideTable, VecF>(high, first); }, h, [](VecD value) { return value; });
+      v = wide_row_value(
+          erf_inv_wide_table.row, [&](int first) { return binary_offset<ErfInvWideTable, VecF>(high, first); }, h,
+          [](VecD value) { return value; });
     } else {
       const auto [node, h] = split<ErfInvSingleTable>(ax);
       const HighWords<VecF> high(node);

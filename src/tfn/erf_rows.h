@@ -1,6 +1,7 @@
 // What the error functions share: f(c + h) from a row of erf_table.h.
 #pragma once
 
+#include "numeric/float_parts.h"
 #include "numeric/pair.h"
 #include "simd/vec.h"
 #include "tfn/accuracy.h"
@@ -39,14 +40,16 @@ QOR_INLINE V binary_node_near(V w) {
 }
 template <class Table, class V>
 QOR_INLINE auto binary_offset(const simd::HighWords<V>& node, int first) {
-  constexpr int fraction_bits = sizeof(simd::lane_t<V>) == 8 ? 20 : 23, bias = sizeof(simd::lane_t<V>) == 8 ? 1023 : 127;
+  constexpr int fraction_bits = sizeof(simd::lane_t<V>) == 8 ? 20 : 23,
+                bias = sizeof(simd::lane_t<V>) == 8 ? 1023 : 127;
   return [&node, first](int lane) {
     constexpr unsigned start = unsigned{bias + Table::first} << Table::bits;
     return ((node(first + lane) >> (fraction_bits - Table::bits)) - start) * unsigned{sizeof(Table::row[0])};
   };
 }
 
-// a[from] + a[from + 1] h + ... + a[to] h^(to - from), the columns of the table fetched in pairs, as the sum needs them.
+// a[from] + a[from + 1] h + ... + a[to] h^(to - from), the columns of the table fetched in pairs, as the sum needs
+// them.
 template <int From, int To, class Offset>
 QOR_INLINE simd::VecD row_polynomial(const double* table, Offset offset, simd::VecD h) {
   static_assert(From % 2 == 0 && To % 2 == 1);
@@ -75,8 +78,8 @@ QOR_INLINE simd::VecD split_row_value(const Row* table, Offset offset, simd::Vec
   }
 }
 
-// The two halves of a vector of singles by the double rows of a table; offset(first) gives the offsets of the lanes from
-// `first` on.
+// The two halves of a vector of singles by the double rows of a table; offset(first) gives the offsets of the lanes
+// from `first` on.
 template <class Row, class Offset, class Base>
 QOR_INLINE simd::VecF wide_row_value(const Row* table, Offset offset, simd::VecF h, Base base) {
   using namespace simd;
@@ -103,10 +106,10 @@ template <int K>
 QOR_INLINE simd::VecD scaled_down(simd::VecD hi, simd::VecD lo) {
   using namespace simd;
   // One unit in the last place of `one` is that of the smallest number.
-  const VecD one = splat<VecD>(__builtin_ldexp(1.0, K - 1022));
+  const VecD one = splat<VecD>(numeric::power_of_two(K - 1022));
   const VecD units = one + hi;
   const VecD rounded = (units + ((hi - (units - one)) + lo)) - one;
-  return select(lt(hi, one), rounded, hi + lo) * __builtin_ldexp(1.0, -K);
+  return select(lt(hi, one), rounded, hi + lo) * numeric::power_of_two(-K);
 }
 
 }  // namespace qor::tfn

@@ -1,79 +1,86 @@
-// The rows of erf_table.h. Function values and slopes are pairs of doubles, good to some 2^-95; a row's polynomial is the
-// Taylor series at its node, its highest terms economised: each is replaced by lower ones with the help of the Chebyshev
-// polynomial of its degree.
+// The rows of erf_table.h. Function values and slopes are pairs of doubles, good to some 2^-95; a row's polynomial is
+// the Taylor series at its node, its highest terms economised: each is replaced by lower ones with the help of the
+// Chebyshev polynomial of its degree (C. Lanczos, J. Math. Phys. 17, 1938).
 #include "tfn/erf_table.h"
 
-#include <array>
 #include <bit>
 #include <cstdint>
 
+#include "numeric/float_parts.h"
 #include "numeric/pair.h"
 
 namespace qor::tfn {
 namespace {
 
+using numeric::power_of_two;
 using Wide = numeric::Pair<double>;
 constexpr Wide wide(double v) { return {v, 0}; }
 
 // 2/sqrt(pi), verified by erfc(0) below.
 constexpr Wide two_over_root_pi{0x1.20dd750429b6dp0, 0x1.1ae3a914fed8p-56};
 
-// 1/n
-constexpr int most_terms = 26;
-constexpr auto reciprocal = [] {
-  std::array<Wide, most_terms + 1> r{};
-  for (int n = 1; n <= most_terms; ++n) r[n] = wide(1) / wide(n);
+// 1/n.
+struct Reciprocals {
+  Wide of[27];
+};
+constexpr Reciprocals reciprocal = [] {
+  Reciprocals r{};
+  for (int n = 1; n < 27; ++n) r.of[n] = wide(1) / wide(n);
   return r;
 }();
 
+// A polynomial of degree N. (A plain array: the compiler works through a std::array several times as long.)
 template <int N>
-using Series = std::array<Wide, N + 1>;
+struct Series {
+  static constexpr int degree = N;
+  Wide a[N + 1];
+  constexpr Wide at(Wide h) const {
+    Wide s = a[N];
+    for (int n = N - 1; n >= 0; --n) s = s * h + a[n];
+    return s;
+  }
+  constexpr Wide slope(Wide h) const {
+    Wide s = a[N] * wide(N);
+    for (int n = N - 1; n >= 1; --n) s = s * h + a[n] * wide(n);
+    return s;
+  }
+};
 
-template <std::size_t Size>
-constexpr Wide sum(const std::array<Wide, Size>& a, Wide h) {
-  Wide s = a[Size - 1];
-  for (std::size_t n = Size - 1; n-- > 0;) s = s * h + a[n];
-  return s;
-}
-
-// The series a on |h| <= range with the terms above degree D put into the others: h^k less the Chebyshev polynomial of
-// leading coefficient 1 on that interval, whose coefficients t follow from one another.
-template <int D, std::size_t Size>
-constexpr auto economised(std::array<Wide, Size> a, double range) {
-  for (int k = int(Size) - 1; k > D; --k) {
-    double t = 1;
+// s for |h| <= range, the terms above degree D put into the others: h^k less the Chebyshev polynomial of leading
+// coefficient 1 on that interval, whose coefficients t follow from one another.
+template <int D, int N>
+constexpr Series<D> economised(Series<N> s, double range) {
+  for (int k = N; k > D; --k) {
+    double t = s.a[k].hi;
     for (int m = 0; 2 * m + 2 <= k; ++m) {
       t *= -range * range * (k - 2 * m) * (k - 2 * m - 1) / (4.0 * (m + 1) * (k - m - 1));
-      const int at = k - 2 * m - 2;
-      a[at] = a[at] - wide(a[k].hi * t);
+      Wide& lower = s.a[k - 2 * m - 2];
+      lower = lower - wide(t);
     }
-    a[k] = wide(0);
   }
-  return a;
+  Series<D> out{};
+  for (int n = 0; n <= D; ++n) out.a[n] = s.a[n];
+  return out;
 }
 
 constexpr double leading_26_bits(double v) {
   return std::bit_cast<double>(std::bit_cast<std::uint64_t>(v) & 0xFFFFFFFFF8000000);
 }
-// hi as a multiple of grid, when there is one.
-template <class Row, std::size_t Size>
-constexpr Row split_row(const std::array<Wide, Size>& a, double grid) {
-  Row r{};
-  r.hi = grid == 0 ? a[0].hi : (a[0].hi + grid * 0x1.8p52) - grid * 0x1.8p52;
-  r.lo = (a[0].hi - r.hi) + a[0].lo;
-  r.slope_hi = leading_26_bits(a[1].hi);
-  r.slope_lo = (a[1].hi - r.slope_hi) + a[1].lo;
-  for (int n = 2; n <= Row::degree; ++n) r.higher[n - 2] = a[n].hi;
-  return r;
+// hi is a multiple of the grid unless that is 0.
+template <int D>
+constexpr void set(SplitRow<D>& row, const Series<D>& s, double grid) {
+  row.hi = grid == 0 ? s.a[0].hi : (s.a[0].hi + grid * 0x1.8p52) - grid * 0x1.8p52;
+  row.lo = (s.a[0].hi - row.hi) + s.a[0].lo;
+  row.slope_hi = leading_26_bits(s.a[1].hi);
+  row.slope_lo = (s.a[1].hi - row.slope_hi) + s.a[1].lo;
+  for (int n = 2; n <= D; ++n) row.higher[n - 2] = s.a[n].hi;
 }
-template <class Row, std::size_t Size>
-constexpr Row plain_row(const std::array<Wide, Size>& a) {
-  Row r{};
-  for (int n = 0; n <= Row::degree; ++n) r.term[n] = static_cast<decltype(r.term[0] + 0)>(a[n].hi);
-  return r;
+template <class T, int D>
+constexpr void set(PlainRow<T, D>& row, const Series<D>& s, double) {
+  for (int n = 0; n <= D; ++n) row.term[n] = T(s.a[n].hi);
 }
 
-// sqrt(pi) e^(x^2) erfc(x) by its continued fraction 1/(x + (1/2)/(x + 1/(x + (3/2)/(x + ...)))), `terms` of it.
+// sqrt(pi) e^(x^2) erfc(x) = 1/(x + (1/2)/(x + 1/(x + (3/2)/(x + ...)))), `terms` of it.
 constexpr Wide scaled_fraction(Wide x, int terms) {
   Wide f = x;
   for (int n = terms; n >= 1; --n) f = x + wide(n / 2.0) / f;
@@ -82,187 +89,185 @@ constexpr Wide scaled_fraction(Wide x, int terms) {
 
 // The series of erfc around c, from its value there and its slope, -2/sqrt(pi) e^(-c^2): f'' = -2 x f'.
 template <int N>
-constexpr Series<N> erfc_series(Wide c, Wide value, Wide slope) {
-  Series<N> a{};
-  a[0] = value;
+constexpr Series<N> erfc_series(double c, Wide value, Wide slope) {
+  Series<N> s{};
+  s.a[0] = value;
   Wide before = wide(0);
   for (int n = 1; n <= N; ++n) {
-    a[n] = slope * reciprocal[n];
-    const Wide next = -((c * slope + before) * reciprocal[n]);
+    s.a[n] = slope * reciprocal.of[n];
+    const Wide half = (wide(c) * slope + before) * reciprocal.of[n];
     before = slope;
-    slope = next + next;
+    slope = -(half + half);
   }
-  return a;
+  return s;
 }
 
 // erfc and its slope at c = j/32. The slope by e^(-(2j + 1)/32^2), the quotient of neighbours; the value from the far
 // end, where it is small, towards zero, by the series, so that relative errors die out.
-constexpr int master_steps = 32, master_last = 296;
 struct ErfcAt {
   Wide value, slope;
 };
-constexpr auto master = [] {
-  std::array<ErfcAt, master_last + 1> m{};
-  constexpr double square = -1.0 / (master_steps * master_steps);
+constexpr int node_steps = 32, last_node = 296;
+struct Nodes {
+  ErfcAt at[last_node + 1];
+};
+constexpr Nodes nodes = [] {
+  Nodes n{};
   Wide quotient = wide(1);
-  for (int n = 10; n >= 1; --n) quotient = wide(1) + quotient * wide(square) * reciprocal[n];
+  for (int k = 9; k >= 1; --k) {
+    quotient = wide(1) - quotient * wide(1.0 / (node_steps * node_steps)) * reciprocal.of[k];
+  }
   const Wide step = quotient * quotient;
-  m[0].slope = -two_over_root_pi;
-  for (int j = 0; j < master_last; ++j) {
-    m[j + 1].slope = m[j].slope * quotient;
+  n.at[0].slope = -two_over_root_pi;
+  for (int j = 0; j < last_node; ++j) {
+    n.at[j + 1].slope = n.at[j].slope * quotient;
     quotient = quotient * step;
   }
-  const double end = double(master_last) / master_steps;
-  m[master_last].value = scaled_fraction(wide(end), 40) * m[master_last].slope * wide(-0.5);
-  for (int j = master_last; j > 0; --j) {
-    m[j - 1].value = sum(erfc_series<22>(wide(double(j) / master_steps), m[j].value, m[j].slope), wide(-1.0 / master_steps));
+  const double end = double(last_node) / node_steps;
+  n.at[last_node].value = scaled_fraction(wide(end), 40) * n.at[last_node].slope * wide(-0.5);
+  for (int j = last_node; j > 0; --j) {
+    const auto s = erfc_series<22>(double(j) / node_steps, n.at[j].value, n.at[j].slope);
+    n.at[j - 1].value = s.at(wide(-1.0 / node_steps));
   }
-  return m;
+  return n;
 }();
-static_assert((master[0].value - wide(1)).hi < 0x1p-95 && (master[0].value - wide(1)).hi > -0x1p-95);
+constexpr Wide off = nodes.at[0].value - wide(1);
+static_assert(off.hi < 0x1p-98 && off.hi > -0x1p-98);
 
-// At any y, 0 <= y < 9.
+// Anywhere from 0 to the last node.
 constexpr ErfcAt erfc_at(Wide y) {
-  const int j = int(y.hi * master_steps + 0.5);
-  if (j == 0 && y.hi == 0) return {wide(1), master[0].slope};
-  const double c = double(j) / master_steps;
-  constexpr int terms = 16;
-  const auto a = erfc_series<terms>(wide(c), master[j].value, master[j].slope);
+  if (y.hi == 0) return {wide(1), nodes.at[0].slope};
+  const int j = int(y.hi * node_steps + 0.5);
+  const double c = double(j) / node_steps;
+  const auto s = erfc_series<16>(c, nodes.at[j].value, nodes.at[j].slope);
   const Wide h = y - wide(c);
-  Wide slope = a[terms] * wide(terms);
-  for (int n = terms - 1; n >= 1; --n) slope = slope * h + a[n] * wide(n);
-  return {sum(a, h), slope};
+  return {s.at(h), s.slope(h)};
 }
 
-// The series of erfc, or of erf, at c.
-template <int N>
-constexpr Series<N> series_at(double c, bool complement) {
-  const ErfcAt f = erfc_at(wide(c));
-  Series<N> a = erfc_series<N>(wide(c), f.value, f.slope);
-  if (complement) return a;
-  for (Wide& t : a) t = -t;
-  a[0] = wide(1) + a[0];
-  return a;
-}
-template <class Table, bool Complement, class Make>
-constexpr Table uniform_table(Make make) {
+// Tables of erfc, or of erf.
+template <class Table>
+constexpr Table uniform_table(bool complement, double grid) {
   Table t{};
-  using Row = std::remove_cvref_t<decltype(t.row[0])>;
-  constexpr int terms = Row::degree + 6;
+  constexpr int degree = Table::degree, terms = degree + 5;
   for (int j = 0; j < Table::rows; ++j) {
     const double c = j * Table::step;
-    t.row[j] = make.template operator()<Row>(economised<Row::degree>(series_at<terms>(c, Complement), Table::step / 2));
+    const ErfcAt f = erfc_at(wide(c));
+    Series<terms> s = erfc_series<terms>(c, f.value, f.slope);
+    if (!complement) {
+      for (Wide& a : s.a) a = -a;
+      s.a[0] = wide(1) + s.a[0];
+    }
+    set(t.row[j], economised<degree>(s, Table::step / 2), grid);
   }
   return t;
 }
-constexpr auto split_on_grid = []<class Row>(const auto& a) { return split_row<Row>(a, 0x1p-52); };
-constexpr auto split = []<class Row>(const auto& a) { return split_row<Row>(a, 0); };
-constexpr auto plain = []<class Row>(const auto& a) { return plain_row<Row>(a); };
+constexpr ErfSingleTable rounded(const ErfWideTable& wide_table) {
+  ErfSingleTable t{};
+  for (int j = 0; j < t.rows; ++j) {
+    for (int n = 0; n <= t.degree; ++n) t.row[j].term[n] = float(wide_table.row[j].term[n]);
+  }
+  return t;
+}
 
-// Node j of a table by bits.
+// Node j of a binary table; its row serves arguments half-way to the next node, below and above.
 template <class Table>
 constexpr double binary_node(int j) {
-  const double fraction = 1 + double(j % (1 << Table::bits)) / (1 << Table::bits);
-  int e = Table::first + (j >> Table::bits);
-  double scale = 1;
-  for (; e < 0; ++e) scale /= 2;
-  for (; e > 0; --e) scale *= 2;
-  return scale * fraction;
+  const int whole = j >> Table::bits, part = j & ((1 << Table::bits) - 1);
+  return (1 + double(part) / (1 << Table::bits)) * power_of_two(Table::first + whole);
 }
-// Half the distance to the next node.
 template <class Table>
 constexpr double binary_range(int j) {
-  return binary_node<Table>((j >> Table::bits) << Table::bits) / (2 << Table::bits);
+  return power_of_two(Table::first + (j >> Table::bits) - Table::bits - 1);
 }
 
 // g(x) = e^(x^2) erfc(x), g' = 2 x g - 2/sqrt(pi).
 constexpr ErfcxTable make_erfcx_table() {
   ErfcxTable t{};
-  for (int j = 0; j < ErfcxTable::rows; ++j) {
+  constexpr int degree = ErfcxTable::degree, terms = degree + 4;
+  for (int j = ErfcxTable::first_used; j < ErfcxTable::rows; ++j) {
     const double c = binary_node<ErfcxTable>(j);
-    constexpr int terms = ErfcxRow::degree + 5;
-    Series<terms> a{};
-    a[0] = scaled_fraction(wide(c), 60) * two_over_root_pi * wide(0.5);
-    a[1] = wide(2 * c) * a[0] - two_over_root_pi;
-    for (int n = 2; n <= terms; ++n) a[n] = (wide(2 * c) * a[n - 1] + wide(2) * a[n - 2]) * reciprocal[n];
-    a = economised<ErfcxRow::degree>(a, binary_range<ErfcxTable>(j));
-    ErfcxRow& r = t.row[j];
-    r.leading = leading_26_bits(a[0].hi);
-    for (int n = 0; n <= ErfcxRow::degree; ++n) {
-      r.higher[n] = ((n == 0 ? a[0] - wide(r.leading) : a[n]) / wide(r.leading)).hi;
+    Series<terms> s{};
+    s.a[0] = scaled_fraction(wide(c), 40) * two_over_root_pi * wide(0.5);
+    s.a[1] = wide(2 * c) * s.a[0] - two_over_root_pi;
+    for (int n = 2; n <= terms; ++n) s.a[n] = (wide(2 * c) * s.a[n - 1] + wide(2) * s.a[n - 2]) * reciprocal.of[n];
+    const auto e = economised<degree>(s, binary_range<ErfcxTable>(j));
+    ErfcxRow& row = t.row[j];
+    row.leading = leading_26_bits(e.a[0].hi);
+    for (int n = 0; n <= degree; ++n) {
+      row.higher[n] = ((n == 0 ? e.a[0] - wide(row.leading) : e.a[n]) / wide(row.leading)).hi;
     }
   }
   return t;
 }
 
-// The series of the inverse of erf at x where it has the value y and the slope d: y' = (sqrt(pi)/2) e^(y^2), hence y'' =
-// 2 y y'^2. Terms above the second need no more than double precision.
+// The series of the inverse of erf where it has the value y and the slope d: y' = (sqrt(pi)/2) e^(y^2), hence
+// y'' = 2 y y'^2. Terms above the second need no more than double precision.
 template <int N>
 constexpr Series<N> inverse_series(Wide y, Wide d) {
-  std::array<double, N + 1> value{}, slope{}, product{};
-  value[0] = y.hi;
-  slope[0] = d.hi;
+  double value[N + 1] = {y.hi}, slope[N + 1] = {d.hi}, product[N + 1] = {};
   for (int n = 0; n < N; ++n) {
     value[n + 1] = slope[n] / (n + 1);
-    for (int i = 0; i <= n; ++i) product[n] += value[i] * slope[n - i];
     double next = 0;
+    for (int i = 0; i <= n; ++i) product[n] += value[i] * slope[n - i];
     for (int i = 0; i <= n; ++i) next += product[i] * slope[n - i];
-    slope[n + 1 > N ? N : n + 1] = 2 * next / (n + 1);
+    slope[n + 1] = 2 * next / (n + 1);
   }
-  Series<N> a{};
-  a[0] = y;
-  a[1] = d;
-  for (int n = 2; n <= N; ++n) a[n] = wide(value[n]);
-  return a;
+  Series<N> s{};
+  for (int n = 2; n <= N; ++n) s.a[n] = wide(value[n]);
+  s.a[0] = y;
+  s.a[1] = d;
+  return s;
+}
+template <class Table>
+constexpr void set_inverse_row(Table& t, int j, Wide y, Wide d) {
+  const auto s = inverse_series<Table::degree + 5>(y, d);
+  const int last = Table::rows - 1;  // of 1, whose row serves arguments below it alone
+  set(t.row[j], economised<Table::degree>(s, binary_range<Table>(j == last ? j - 1 : j)), 0);
 }
 
 // From w = 1, where y = 0, downwards. The series of the row before gives y within 2^-40, a step of Newton's method the
 // rest; the slope, 1 over that of erfc with its sign changed, follows y: d -> d e^(2 y dy + dy^2).
 constexpr ErfInvTable make_erf_inv_table() {
   ErfInvTable t{};
-  using Row = std::remove_cvref_t<decltype(t.row[0])>;
-  constexpr int terms = Row::degree + 5, last = ErfInvTable::rows - 1;
-  Series<terms> a{};
+  constexpr int last = ErfInvTable::rows - 1;
+  Wide y = wide(0), d = wide(0);
   for (int j = last; j >= 0; --j) {
     const double w = binary_node<ErfInvTable>(j);
-    const Wide y = j == last ? wide(0) : wide(sum(a, wide(binary_node<ErfInvTable>(j + 1) - w)).hi);
+    if (j < last) y = wide(inverse_series<16>(y, d).at(wide(binary_node<ErfInvTable>(j + 1) - w)).hi);
     const ErfcAt f = erfc_at(y);
-    const Wide d = wide(-1) / f.slope, dy = (f.value - wide(w)) * d, grown = dy * (y + y + dy);
-    a = inverse_series<terms>(y + dy, d + d * grown);
-    t.row[j] = split_row<Row>(economised<Row::degree>(a, binary_range<ErfInvTable>(j == last ? j - 1 : j)), 0);
+    d = wide(-1) / f.slope;
+    const Wide dy = (f.value - wide(w)) * d;
+    d = d + d * (dy * (y + y + dy));
+    y = y + dy;
+    set_inverse_row(t, j, y, d);
   }
   return t;
 }
-// Those for singles, from the table above.
+// Those for singles, from the polynomials of that one.
 template <class Table>
 constexpr Table single_inverse_table(const ErfInvTable& fine) {
   Table t{};
-  using Row = std::remove_cvref_t<decltype(t.row[0])>;
+  constexpr int degree = ErfInvTable::degree;
   for (int j = 0; j < Table::rows; ++j) {
-    const double w = binary_node<Table>(j);
-    const int at = (j << ErfInvTable::bits >> Table::bits) + ErfInvTable::rows - 1 - ((Table::rows - 1) << ErfInvTable::bits >> Table::bits);
-    const auto& f = fine.row[at];
-    const double h = binary_node<ErfInvTable>(at) - w;
-    double y = 0, d = 0;
-    for (int n = f.degree; n >= 2; --n) {
-      y = (y + f.higher[n - 2]) * h;
-      d = (d + n * f.higher[n - 2]) * h;
-    }
-    y = f.hi + (f.slope_hi + y) * h;
-    d = f.slope_hi + (f.slope_lo + d);
-    const auto a = inverse_series<Row::degree + 4>(wide(y), wide(d));
-    t.row[j] = plain_row<Row>(economised<Row::degree>(a, binary_range<Table>(j == Table::rows - 1 ? j - 1 : j)));
+    const int k = (((j - Table::rows + 1) << fine.bits) >> Table::bits) + fine.rows - 1;
+    const auto& row = fine.row[k];
+    Series<degree> s{};
+    s.a[0] = wide(row.hi);
+    s.a[1] = wide(row.slope_hi) + wide(row.slope_lo);
+    for (int n = 2; n <= degree; ++n) s.a[n] = wide(row.higher[n - 2]);
+    const Wide h = wide(binary_node<ErfInvTable>(k) - binary_node<Table>(j));
+    set_inverse_row(t, j, s.at(h), s.slope(h));
   }
   return t;
 }
 
 }  // namespace
 
-constexpr ErfTable erf_table = uniform_table<ErfTable, false>(split);
-constexpr ErfcTable erfc_table = uniform_table<ErfcTable, true>(split_on_grid);
-constexpr ErfWideTable erf_wide_table = uniform_table<ErfWideTable, false>(plain);
-constexpr ErfcWideTable erfc_wide_table = uniform_table<ErfcWideTable, true>(plain);
-constexpr ErfSingleTable erf_single_table = uniform_table<ErfSingleTable, false>(plain);
+constexpr ErfTable erf_table = uniform_table<ErfTable>(false, 0);
+constexpr ErfcTable erfc_table = uniform_table<ErfcTable>(true, 0x1p-52);
+constexpr ErfWideTable erf_wide_table = uniform_table<ErfWideTable>(false, 0);
+constexpr ErfSingleTable erf_single_table = rounded(erf_wide_table);
+constexpr ErfcWideTable erfc_wide_table = uniform_table<ErfcWideTable>(true, 0);
 constexpr ErfcxTable erfcx_table = make_erfcx_table();
 constexpr ErfInvTable erf_inv_table = make_erf_inv_table();
 constexpr ErfInvWideTable erf_inv_wide_table = single_inverse_table<ErfInvWideTable>(erf_inv_table);
