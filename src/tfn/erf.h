@@ -1,4 +1,11 @@
-// Error function and its complement.
+// Error function, and its complement: |x| = c + h, c a multiple of 1/32, and the polynomial in h of row c.
+// - erf, double: a polynomial of degree 7 up to 6, beyond which the result is 1. The function rises from 0, and so
+// results
+//   below 1/32 come from the product of h and the slope alone: both in two parts. _HA 0.512 ulp, _50 1.3.
+// - erfc, double: degree 9, relative to erfc, up to 4.5; for negative x up to -6, from where on the result is 2. Beyond
+//   4.5 e^(-x^2) times a table of e^(x^2) erfc(x). _HA 0.53 ulp, _50 0.7 below 4.5.
+// - singles, _HA, and erfc _21: in double precision, rows of four and ten terms. 0.5001 ulp.
+// - erf, single _21: rows of four terms in single precision: 1.3 ulp.
 #pragma once
 
 #include <limits>
@@ -17,48 +24,31 @@ struct Erf {
   template <class T>
   static constexpr double bound = default_bound<T>(A);
 
-  // Below this the products of the leading parts underflow.
-  static constexpr double tiny = 0x1p-900;
-
   QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     const VecD ax = abs(x);
-    usual = A == Accuracy::low ? eq(x, x) : le(splat<VecD>(tiny), ax);
+    usual = A == Accuracy::high ? le(splat<VecD>(tiny_argument), ax) : eq(x, x);
     const auto [shifted, h] = split_uniform<ErfTable>(min(ax, splat<VecD>(ErfTable::last)));
     const LowHalves<VecU64> low(bits(shifted));
-    const VecD v =
-        split_row_value<A>(erf_table.row, uniform_offset<ErfTable, VecD>(low, 0), h, [](VecD hi) { return hi; });
-    y[0] = flip_sign(v, sign(x));
+    y[0] = flip_sign(split_row_value<A>(erf_table.row, uniform_offset<ErfTable>(low), h, VecD{}), sign(x));
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
     using namespace simd;
-    const VecF ax = abs(x);
     usual = eq(x, x);
-    const auto [shifted, h] = split_uniform<ErfWideTable>(min(ax, splat<VecF>(float(ErfWideTable::last))));
+    const auto [shifted, h] = split_uniform<ErfWideTable>(min(abs(x), splat<VecF>(float(ErfWideTable::last))));
     const LowHalves<VecU32> low(bits(shifted));
     VecF v;
     if constexpr (A == Accuracy::high) {
-      const auto offset = [&](int first) {
-        return [&low, first](int lane) { return low(first + lane) * sizeof(ErfWideTable::row[0]); };
-      };
-      v = wide_row_value(erf_wide_table.row, offset, h, [](VecD value) { return value; });
+      const auto offset = [&](int first) { return uniform_offset<ErfWideTable>(low, first); };
+      const WideHalves wide = wide_row_value(erf_wide_table.row, offset, h);
+      v = narrow(wide.low, wide.high);
     } else {
-      v = single_row_value(
-          erf_single_table.row, [&](int lane) { return low(lane) * sizeof(ErfSingleTable::row[0]); }, h);
+      v = single_row_value(erf_single_table.row, uniform_offset<ErfSingleTable>(low), h);
     }
     y[0] = flip_sign(v, sign(x));
   }
-
-  // Tiny arguments and zeros.
   static void retry(simd::VecD x, simd::VecD* y, simd::VecU64& usual) requires(A == Accuracy::high) {
-    using namespace simd;
-    const VecD ax = abs(x);
-    const VecU64 small = lt(ax, splat<VecD>(tiny));
-    const auto& row = erf_table.row[0];
-    const VecD scaled = ax * 0x1p200, head = leading_half(scaled);
-    const VecD v = scaled_down<200>(head * row.slope_hi, (scaled - head) * row.slope_hi + scaled * row.slope_lo);
-    y[0] = select(small, flip_sign(v, sign(x)), y[0]);
-    usual |= small;
+    retry_tiny(erf_table.row[0], x, y, usual);
   }
   template <class T>
   static int element(T x, T* y) {
@@ -74,47 +64,48 @@ struct Erfc {
   template <class T>
   static constexpr double bound = default_bound<T>(A);
 
-  // From here on singles are subnormal; from here on doubles are.
-  static constexpr float single_end = 9.19f;
-  static constexpr double rows_end = 4.5, normal_end = 26.5;
+  static constexpr double rows_end = 4.5;
+  // Before results become subnormal.
+  static constexpr double normal_end = 26.5;
+  static constexpr float single_normal_end = 9.19f;
 
-  // erfc(-|x|) = 2 - erfc |x| = -((erfc |x| - 2)): the subtraction is exact, erfc_table[].hi being multiples of 2^-52.
+  // erfc(-|x|) = -(erfc |x| - 2); the hi of erfc_table are multiples of 2^-52, so that hi - 2 is exact.
   QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     usual = lt(x, splat<VecD>(rows_end));
-    const VecD two = as<VecD>(lt(x, VecD{}) & bits(splat<VecD>(2)));
+    const VecU64 negative = lt(x, VecD{});
+    const VecD two = as<VecD>(negative & bits(splat<VecD>(2)));
     const auto [shifted, h] = split_uniform<ErfcTable>(min(abs(x), splat<VecD>(ErfcTable::last)));
     const LowHalves<VecU64> low(bits(shifted));
-    const VecD v = split_row_value<A>(erfc_table.row, uniform_offset<ErfcTable, VecD>(low, 0), h,
-                                      [&](VecD hi) { return hi - two; });
-    y[0] = flip_sign(v, sign(x));
+    y[0] = flip_sign(split_row_value<A>(erfc_table.row, uniform_offset<ErfcTable>(low), h, two),
+                     negative & splat<VecU64>(sign_bit<VecD>));
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
     using namespace simd;
-    usual = lt(x, splat<VecF>(single_end));
+    usual = lt(x, splat<VecF>(single_normal_end));
+    const VecU32 negative = lt(x, VecF{});
+    const VecF two = as<VecF>(negative & bits(splat<VecF>(2)));
     const auto [shifted, h] = split_uniform<ErfcWideTable>(min(abs(x), splat<VecF>(float(ErfcWideTable::last))));
     const LowHalves<VecU32> low(bits(shifted));
-    const VecF two = as<VecF>(lt(x, VecF{}) & bits(splat<VecF>(2)));
-    const auto offset = [&](int first) {
-      return [&low, first](int lane) { return low(first + lane) * sizeof(ErfcWideTable::row[0]); };
-    };
-    int part = 0;
-    const VecF v = wide_row_value(erfc_wide_table.row, offset, h,
-                                  [&](VecD value) { return value - (part++ == 0 ? widen_low(two) : widen_high(two)); });
-    y[0] = flip_sign(v, sign(x));
+    const auto offset = [&](int first) { return uniform_offset<ErfcWideTable>(low, first); };
+    const WideHalves wide = wide_row_value(erfc_wide_table.row, offset, h);
+    y[0] = flip_sign(narrow(wide.low - widen_low(two), wide.high - widen_high(two)),
+                     negative & splat<VecU32>(sign_bit<VecF>));
   }
 
-  // e^(-x^2) times a row of erfcx_table, 2^scale times as large, for x from rows_end to 27.3.
+  // erfc(x) 2^scale = hi + lo for x from rows_end to 27.5: e^(-x^2) times a row of erfcx_table. The product of the
+  // leading halves is exact, all else is below 2^-6 of it.
   static constexpr int scale = 128;
-  QOR_INLINE static numeric::Pair<simd::VecD> large(simd::VecD x) {
+  QOR_INLINE static numeric::Pair<simd::VecD> beyond_rows(simd::VecD x) {
     using namespace simd;
     const VecD node = binary_node_near<ErfcxTable>(x), h = x - node;
     const HighWords<VecD> high(node);
-    const auto offset = binary_offset<ErfcxTable, VecD>(high, 0);
-    const VecD more = row_polynomial<2, ErfcxRow::degree + 1>(&erfcx_table.row[0].leading, offset, h) * h;
-    const auto [leading, first] = gather_rows<2>(&erfcx_table.row[0].leading, offset).column;
-    const VecD g = first + more;
-    // x^2 in two parts: the square of the leading half is exact.
+    const auto offset = binary_offset<ErfcxTable>(high);
+    const ErfcxRow* const table = erfcx_table.row;
+    const VecD higher = row_polynomial<2, ErfcxRow::degree + 1>(&table->leading, offset, h);
+    const auto [leading, first] = gather_rows<2>(&table->leading, offset).column;
+    const VecD g = first + higher * h;
+    // x^2 in two parts, of which the first is exact.
     const VecD head = leading_half(x);
     ExpReduced e = exp_reduce(-(head * head));
     e.r = e.r - (x - head) * (x + head);
@@ -125,27 +116,28 @@ struct Erfc {
   }
   static void retry(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
-    const VecU64 beyond = le(splat<VecD>(rows_end), x) & lt(x, splat<VecD>(normal_end));
-    const auto [hi, lo] = large(min(max(x, splat<VecD>(rows_end)), splat<VecD>(normal_end)));
+    const VecD start = splat<VecD>(rows_end), end = splat<VecD>(normal_end);
+    const VecU64 beyond = le(start, x) & lt(x, end);
+    const auto [hi, lo] = beyond_rows(min(max(x, start), end));
     y[0] = select(beyond, (hi + lo) * numeric::power_of_two(-scale), y[0]);
     usual |= beyond;
   }
   static int element(double x, double* y) {
-    using namespace simd;
-    if (!(x <= std::numeric_limits<double>::max())) {
-      y[0] = x != x ? x + x : 0;
+    using L = std::numeric_limits<double>;
+    if (!(x <= L::max())) {
+      y[0] = x > 0 ? 0 : x + x;  // of infinity, of a NaN
       return TFN_STATUS_OK;
     }
-    const auto [hi, lo] = large(splat<VecD>(x < 27.5 ? x : 27.5));
+    const auto [hi, lo] = beyond_rows(simd::splat<simd::VecD>(x < 27.5 ? x : 27.5));
     y[0] = scaled_down<scale>(hi, lo)[0];
-    return y[0] < std::numeric_limits<double>::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
+    return y[0] < L::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
   }
   static int element(float x, float* y) {
+    using L = std::numeric_limits<float>;
     double wide;
     element(static_cast<double>(x), &wide);
     y[0] = static_cast<float>(wide);
-    return x <= std::numeric_limits<float>::max() && y[0] < std::numeric_limits<float>::min() ? TFN_STATUS_UNDERFLOW
-                                                                                              : TFN_STATUS_OK;
+    return x <= L::max() && y[0] < L::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
   }
 };
 
