@@ -89,15 +89,15 @@ struct WideHalves {
   simd::VecD low, high;
 };
 template <int D, class Offset>
-QOR_INLINE WideHalves wide_row_value(const PlainRow<double, D>* table, Offset offset, simd::VecF h) {
+QOR_INLINE WideHalves wide_row_value(const PlainRow<D>* table, Offset offset, simd::VecF h) {
   return {row_polynomial<0, D>(table->term, offset(0), simd::widen_low(h)),
           row_polynomial<0, D>(table->term, offset(2), simd::widen_high(h))};
 }
 // The same in single precision.
 template <class Offset>
-QOR_INLINE simd::VecF single_row_value(const PlainRow<float, 3>* table, Offset offset, simd::VecF h) {
-  const auto [a0, a1, a2, a3] = simd::gather_rows4(table->term, offset).column;
-  return a0 + h * (a1 + h * (a2 + h * a3));
+QOR_INLINE simd::VecF single_row_value(const SingleRow* table, Offset offset, simd::VecF h) {
+  const auto [value, slope_less_1, square, cube] = simd::gather_rows4(&table->value, offset).column;
+  return value + (h + h * (slope_less_1 + h * (square + h * cube)));
 }
 
 // (hi + lo) 2^-K, rounded once, also where that is a subnormal number: hi >= 0, lo small beside it.

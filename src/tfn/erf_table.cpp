@@ -75,9 +75,15 @@ constexpr void set(SplitRow<D>& row, const Series<D>& s, double grid) {
   row.slope_lo = (s.a[1].hi - row.slope_hi) + s.a[1].lo;
   for (int n = 2; n <= D; ++n) row.higher[n - 2] = s.a[n].hi;
 }
-template <class T, int D>
-constexpr void set(PlainRow<T, D>& row, const Series<D>& s, double) {
-  for (int n = 0; n <= D; ++n) row.term[n] = T(s.a[n].hi);
+template <int D>
+constexpr void set(PlainRow<D>& row, const Series<D>& s, double) {
+  for (int n = 0; n <= D; ++n) row.term[n] = s.a[n].hi;
+}
+constexpr SingleRow single_row(const double (&term)[4]) {
+  return {float(term[0]), float(term[1] - 1), float(term[2]), float(term[3])};
+}
+constexpr void set(SingleRow& row, const Series<3>& s, double) {
+  row = single_row({s.a[0].hi, s.a[1].hi, s.a[2].hi, s.a[3].hi});
 }
 
 // sqrt(pi) e^(x^2) erfc(x) = 1/(x + (1/2)/(x + 1/(x + (3/2)/(x + ...)))), `terms` of it.
@@ -163,9 +169,7 @@ constexpr Table uniform_table(bool complement, double grid) {
 }
 constexpr ErfSingleTable rounded(const ErfWideTable& wide_table) {
   ErfSingleTable t{};
-  for (int j = 0; j < t.rows; ++j) {
-    for (int n = 0; n <= t.degree; ++n) t.row[j].term[n] = float(wide_table.row[j].term[n]);
-  }
+  for (int j = 0; j < t.rows; ++j) t.row[j] = single_row(wide_table.row[j].term);
   return t;
 }
 

@@ -11,10 +11,16 @@ struct alignas(16) SplitRow {
   double hi, lo, slope_hi, slope_lo, higher[D - 1];
 };
 // f(c + h) = term[0] + term[1] h + ... + term[D] h^D.
-template <class T, int D>
+template <int D>
 struct alignas(16) PlainRow {
   static constexpr int degree = D;
-  T term[D + 1];
+  double term[D + 1];
+};
+// f(c + h) = value + h + slope_less_1 h + square h^2 + cube h^3. Next to zero, where c and value are 0, h makes most of
+// the result, without an error.
+struct alignas(16) SingleRow {
+  static constexpr int degree = 3;
+  float value, slope_less_1, square, cube;
 };
 
 // Rows at the multiples of a step.
@@ -38,9 +44,9 @@ using ErfcTable = UniformTable<SplitRow<9>, 193, 32>;
 extern const ErfTable erf_table;
 extern const ErfcTable erfc_table;
 // Of singles up to 4, where erf is 1, and 9.25, where erfc is subnormal: 2^-32.
-using ErfWideTable = UniformTable<PlainRow<double, 3>, 257, 64>;
-using ErfcWideTable = UniformTable<PlainRow<double, 9>, 149, 16>;
-using ErfSingleTable = UniformTable<PlainRow<float, 3>, 257, 64>;
+using ErfWideTable = UniformTable<PlainRow<3>, 257, 64>;
+using ErfcWideTable = UniformTable<PlainRow<9>, 149, 16>;
+using ErfSingleTable = UniformTable<SingleRow, 257, 64>;
 extern const ErfWideTable erf_wide_table;
 extern const ErfcWideTable erfc_wide_table;
 extern const ErfSingleTable erf_single_table;
@@ -60,8 +66,8 @@ extern const ErfcxTable erfcx_table;
 // function has a singularity at w = 0; but of arguments spread evenly over (-1, 1) all but one in 256 use the last
 // eight halvings' rows alone: 7 KiB of 46.
 using ErfInvTable = BinaryTable<SplitRow<11>, 53 * 8 + 1, 3, -53>;
-using ErfInvWideTable = BinaryTable<PlainRow<double, 5>, 24 * 8 + 1, 3, -24>;
-using ErfInvSingleTable = BinaryTable<PlainRow<float, 3>, 24 * 16 + 1, 4, -24>;
+using ErfInvWideTable = BinaryTable<PlainRow<5>, 24 * 8 + 1, 3, -24>;
+using ErfInvSingleTable = BinaryTable<SingleRow, 24 * 16 + 1, 4, -24>;
 extern const ErfInvTable erf_inv_table;
 extern const ErfInvWideTable erf_inv_wide_table;
 extern const ErfInvSingleTable erf_inv_single_table;

@@ -31,6 +31,7 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       }
       in.add(T(draw.word() % 2000) - 1000, T(draw.word() % 100) - 50);
       in.add(draw.near(-1), T(draw.word() % 4) + std::ldexp(T(1), L::digits - 2));
+    }
     if (function == "Erf" || function == "Erfc") {
       in.add(T(draw.between(-6, 28)));
       in.add(draw.scaled(-16, 4));

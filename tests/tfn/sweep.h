@@ -46,9 +46,6 @@ QOR_ORACLE(Cos, cos)
 QOR_ORACLE(Tan, tan)
 QOR_ORACLE(Erf, erf)
 QOR_ORACLE(Erfc, erfc)
-QOR_ORACLE(Sqrt, sqrt)
-QOR_ORACLE(Sin, sin)
-QOR_ORACLE(Cos, cos)
 // By Halley's method from S. Winitzki's approximation (2008), which is right to 0.2 %; 1 - |x| is exact.
 template <class W>
 W inverse_erf(W x) {
