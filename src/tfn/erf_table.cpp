@@ -79,11 +79,8 @@ template <int D>
 constexpr void set(PlainRow<D>& row, const Series<D>& s, double) {
   for (int n = 0; n <= D; ++n) row.term[n] = s.a[n].hi;
 }
-constexpr SingleRow single_row(const double (&term)[4]) {
-  return {float(term[0]), float(term[1] - 1), float(term[2]), float(term[3])};
-}
 constexpr void set(SingleRow& row, const Series<3>& s, double) {
-  row = single_row({s.a[0].hi, s.a[1].hi, s.a[2].hi, s.a[3].hi});
+  row = {float(s.a[0].hi), float(s.a[1].hi - 1), float(s.a[2].hi), float(s.a[3].hi)};
 }
 
 // sqrt(pi) e^(x^2) erfc(x) = 1/(x + (1/2)/(x + 1/(x + (3/2)/(x + ...)))), `terms` of it.
@@ -165,11 +162,6 @@ constexpr Table uniform_table(bool complement, double grid) {
     }
     set(t.row[j], economised<degree>(s, Table::step / 2), grid);
   }
-  return t;
-}
-constexpr ErfSingleTable rounded(const ErfWideTable& wide_table) {
-  ErfSingleTable t{};
-  for (int j = 0; j < t.rows; ++j) t.row[j] = single_row(wide_table.row[j].term);
   return t;
 }
 
@@ -270,7 +262,6 @@ constexpr Table single_inverse_table(const ErfInvTable& fine) {
 constexpr ErfTable erf_table = uniform_table<ErfTable>(false, 0);
 constexpr ErfcTable erfc_table = uniform_table<ErfcTable>(true, 0x1p-52);
 constexpr ErfWideTable erf_wide_table = uniform_table<ErfWideTable>(false, 0);
-constexpr ErfSingleTable erf_single_table = rounded(erf_wide_table);
 constexpr ErfcWideTable erfc_wide_table = uniform_table<ErfcWideTable>(true, 0);
 constexpr ErfcxTable erfcx_table = make_erfcx_table();
 constexpr ErfInvTable erf_inv_table = make_erf_inv_table();

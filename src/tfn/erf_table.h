@@ -46,19 +46,17 @@ extern const ErfcTable erfc_table;
 // Of singles up to 4, where erf is 1, and 9.25, where erfc is subnormal: 2^-32.
 using ErfWideTable = UniformTable<PlainRow<3>, 257, 64>;
 using ErfcWideTable = UniformTable<PlainRow<9>, 149, 16>;
-using ErfSingleTable = UniformTable<SingleRow, 257, 64>;
 extern const ErfWideTable erf_wide_table;
 extern const ErfcWideTable erfc_wide_table;
-extern const ErfSingleTable erf_single_table;
 
-// e^(x^2) erfc(x) = leading (1 + higher[0] + higher[1] h + ... + higher[8] h^8) for x from 4.5 to 27.5, within 2^-62;
+// e^(x^2) erfc(x) = leading (1 + higher[0] + higher[1] h + ... + higher[8] h^8) for x from 4.5 to 27.5, within 2^-64;
 // `leading` has 26 bits.
 struct alignas(16) ErfcxRow {
   static constexpr int degree = 8;
   double leading, higher[degree + 1];
 };
-struct ErfcxTable : BinaryTable<ErfcxRow, 2 * 32 + 24, 5, 2> {
-  static constexpr int first_used = 4;
+struct ErfcxTable : BinaryTable<ErfcxRow, 2 * 64 + 47, 6, 2> {
+  static constexpr int first_used = 8;
 };
 extern const ErfcxTable erfcx_table;
 
