@@ -176,9 +176,10 @@ void sweep_singles(const Options& o, Report& report, const std::vector<Member<fl
         wide->run(static_cast<int>(x.size()), x.data(), x.data(), y.data());
         for (std::size_t i = 0; i < x.size(); i += 61) {
           const double independent = group[0].exact(x[i], x[i]);
-          const bool same = std::isnan(independent) ? std::isnan(y[i])
-                                                    : y[i] == independent || std::fabs(y[i] - independent) <=
-                                                                                 0x1p-45 * std::fabs(independent);
+          const bool same =
+              std::isnan(independent)
+                  ? std::isnan(y[i])
+                  : y[i] == independent || std::fabs(y[i] - independent) <= 0x1p-45 * std::fabs(independent) + DBL_MIN;
           if (!same) ++disagreements;
         }
         return y;

@@ -170,6 +170,28 @@ void _tfndTan_HA(int n, const double* a, double* r);
 void _tfndTan_50(int n, const double* a, double* r);
 void _tfnsTan_HA(int n, const float* a, float* r);
 void _tfnsTan_21(int n, const float* a, float* r);
+/* r[i] = erf a[i], the error function. Erf(-x) = -Erf(x) in every bit, Erf(+-inf) = +-1. Reports nothing. */
+void _tfndErf_HA(int n, const double* a, double* r);
+void _tfndErf_50(int n, const double* a, double* r);
+void _tfnsErf_HA(int n, const float* a, float* r);
+void _tfnsErf_21(int n, const float* a, float* r);
+
+/* r[i] = 1 - erf a[i]. Erfc(-inf) = 2, Erfc(+inf) = +0. Reports: UNDERFLOW for a finite argument whose result is zero or
+   subnormal: from 26.54 on (double), from 9.2 on (single). */
+void _tfndErfc_HA(int n, const double* a, double* r);
+void _tfndErfc_50(int n, const double* a, double* r);
+void _tfnsErfc_HA(int n, const float* a, float* r);
+void _tfnsErfc_21(int n, const float* a, float* r);
+
+/* r[i] = x with erf x = a[i]. ErfInv(-x) = -ErfInv(x) in every bit. Reports: SING for 1 and -1 (+inf, -inf), ERRDOM
+   beyond (NaN). */
+void _tfndErfInv_HA(int n, const double* a, double* r);
+void _tfndErfInv_50(int n, const double* a, double* r);
+void _tfnsErfInv_HA(int n, const float* a, float* r);
+void _tfnsErfInv_21(int n, const float* a, float* r);
+/* Element i alone: r[i] has the bits that _HA gives. unused may be null. */
+void _tfndErfInv_HA_SC_zx8(int i, const double* a, double* r, double* unused);
+void _tfnsErfInv_HA_SC_zx8(int i, const float* a, float* r, float* unused);
 
 /* r1[i] = sine, r2[i] = cosine of a[i]; the bits of Sin and Cos of the same suffix. a may be r1 or r2. */
 void _tfndSinCos_HA(int n, const double* a, double* r1, double* r2);

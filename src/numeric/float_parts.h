@@ -1,12 +1,16 @@
 // The parts of floating-point numbers, as integers.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "simd/vec.h"
 
 namespace qor::numeric {
+
+// 2^e, a normal number.
+constexpr double power_of_two(int e) { return std::bit_cast<double>(std::uint64_t(1023 + e) << 52); }
 
 // The word with sign, exponent and leading fraction bits of a number in memory.
 template <class T>

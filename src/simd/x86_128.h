@@ -84,6 +84,21 @@ class LowHalves {
   alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
 };
 
+// The high word of each lane, the same way.
+template <class V>
+class HighWords {
+ public:
+  QOR_INLINE explicit HighWords(V v) { store(lane_, v); }
+  QOR_INLINE std::uint32_t operator()(int lane) const {
+    std::uint32_t word;
+    std::memcpy(&word, reinterpret_cast<const char*>(lane_ + lane + 1) - 4, sizeof word);
+    return word;
+  }
+
+ private:
+  alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
+};
+
 // One table row a lane, transposed into columns. `offset(lane)` is the row's offset from `table` in bytes; rows are
 // aligned to 16 bytes.
 template <class V, int N>
@@ -152,6 +167,18 @@ QOR_INLINE VecU32 and_not(VecU32 a, VecU32 b) { return as<VecU32>(_mm_andnot_si1
 // Doubles to signed words, towards zero; 0x80000000 when that doesn't fit.
 QOR_INLINE VecU32 truncate(VecD low, VecD high) {
   return as<VecU32>(_mm_unpacklo_epi64(_mm_cvttpd_epi32(as<__m128d>(low)), _mm_cvttpd_epi32(as<__m128d>(high))));
+}
+
+// All four columns of rows of four singles.
+template <class Offset>
+QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
+  const char* const base = reinterpret_cast<const char*>(table);
+  const auto row = [&](int lane) {
+    return as<VecU32>(_mm_load_ps(reinterpret_cast<const float*>(base + offset(lane))));
+  };
+  VecU32 a = row(0), b = row(1), c = row(2), d = row(3);
+  transpose(a, b, c, d);
+  return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};
 }
 
 }  // namespace qor::simd

@@ -151,6 +151,11 @@ struct Map {
     if (i < n) tail(i, n - i, guard);
   }
 
+  void one(int i) const {
+    numeric::MxcsrGuard guard;
+    tail(i, 1, guard);
+  }
+
   // The last few elements go through the same code in a block of their own.
   [[gnu::noinline]] void tail(int i, int count, numeric::MxcsrGuard& guard) const {
     T block[width], out[2][width];
@@ -176,6 +181,11 @@ template <class K, class T>
 QOR_INLINE void map(const char* name, int n, const T* a, T* r) {
   static_assert(K::results == 1);
   Map<K, T, NoSecond<T>>{name, a, {r, r}, {}}.run(n);
+}
+// Element i alone.
+template <class K, class T>
+QOR_INLINE void map_one(const char* name, int i, const T* a, T* r) {
+  Map<K, T, NoSecond<T>>{name, a, {r, r}, {}}.one(i);
 }
 template <class K, class T>
 QOR_INLINE void map(const char* name, int n, const T* a, T* r1, T* r2) {

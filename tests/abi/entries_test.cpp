@@ -366,6 +366,20 @@ void add_control() {
   });
 }
 
+// One element a call, the second result unused.
+template <class T>
+void add_scalar_kernel(const std::string& name) {
+  add(name, [](Caller& call) {
+    Array<T> a(kernel_arguments<T>()), r;
+    const int calls_before = callback_calls;
+    with_callback([&] {
+      for (int i = 0; i < elements; i += 3) call(i, a.get(), r.get(), nullptr);
+    });
+    EXPECT_GT(callback_calls, calls_before);
+    call.note(r.bytes());
+  });
+}
+
 void add_kernels() {
 #define TFN_ADD(Name, shape)                      \
   add_kernel<double>(#Name, "_HA", Shape::shape); \
@@ -380,6 +394,8 @@ void add_kernels() {
   TFN_TWO_RESULTS(TFN_ADD_TWO)
   TFN_TWO_ARGUMENTS(TFN_ADD_BINARY)
   TFN_SCALAR_ARGUMENT(TFN_ADD_SCALAR)
+  add_scalar_kernel<double>("_tfndErfInv_HA_SC_zx8");
+  add_scalar_kernel<float>("_tfnsErfInv_HA_SC_zx8");
 }
 
 // One kernel of blas1; the complex ones take their scalars by address.

@@ -265,6 +265,36 @@ TYPED_TEST(RealKernels, GiveCompoundMembersTheBitsOfTheSimpleOnes) {
   }
 }
 
+// The entries of one element: the bits of the array entry at that index, nothing else touched, their own name reported.
+TYPED_TEST(RealKernels, ComputeOneElementAsTheArrayEntryDoes) {
+  using T = TypeParam;
+  constexpr int n = 7;
+  const T x[n] = {T(0.25), T(-0.999), T(1), T(-0.0), T(3), T(1e-30), T(-1)};
+  T expected[n];
+  const auto entry = [](int i, const T* a, T* r) {
+    if constexpr (sizeof(T) == 8) {
+      _tfndErfInv_HA_SC_zx8(i, a, r, nullptr);
+    } else {
+      _tfnsErfInv_HA_SC_zx8(i, a, r, nullptr);
+    }
+  };
+  const auto all = members<T>();
+  std::find_if(all.begin(), all.end(), [](const auto& m) {
+    return m.function == "ErfInv" && m.name.ends_with("_HA");
+  })->run(n, x, nullptr, expected);
+  std::vector<Reported> of_entry;
+  for (const Reported& e : reported) of_entry.push_back({e.code, e.index, e.name + "_SC_zx8"});
+  reported.clear();
+  for (int i = 0; i < n; ++i) {
+    T r[n] = {};
+    entry(i, x, r);
+    EXPECT_EQ(word(r[i]), word(expected[i])) << i;
+    r[i] = 0;
+    EXPECT_EQ(std::count(r, r + n, T(0)), n);
+  }
+  EXPECT_EQ(reported, of_entry);
+}
+
 // Rounding modes, flush-to-zero with denormals-are-zero, and unmasked exceptions of the caller change no result; its
 // register comes back, without flags that a bystander's arithmetic raised.
 TYPED_TEST(RealKernels, IgnoreAndKeepTheCallersControlRegister) {

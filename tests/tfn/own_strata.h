@@ -32,6 +32,28 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       in.add(T(draw.word() % 2000) - 1000, T(draw.word() % 100) - 50);
       in.add(draw.near(-1), T(draw.word() % 4) + std::ldexp(T(1), L::digits - 2));
     }
+    if (function == "Erf" || function == "Erfc") {
+      in.add(T(draw.between(-6, 28)));
+      in.add(draw.scaled(-16, 4));
+      in.add(draw.near((static_cast<__float128>(draw.word() % 896) + 0.5Q) / 32));  // changes of table rows
+      in.add(draw.near((static_cast<__float128>(draw.word() % 600) + 0.5Q) / 64));
+      in.add(draw.scaled(L::min_exponent - L::digits, L::min_exponent + 100));
+    }
+    if (function == "Erfc") {
+      constexpr double vanishing = sizeof(T) == 8 ? 26.5 : 9.1;
+      in.add(T(draw.between(vanishing, 1.05 * vanishing)));
+      in.add(draw.near(16 * (1 + static_cast<__float128>(draw.word() % 128) / 64) /
+                       static_cast<int>(1 + draw.word() % 4)));
+    }
+    if (function == "ErfInv") {
+      in.add(T(draw.between(-1, 1)));
+      const double w = std::ldexp(1 + draw.unit(), -static_cast<int>(draw.word() % L::digits) - 1);
+      in.add(draw.word() % 2 != 0 ? T(1 - w) : T(w - 1));
+      in.add(draw.near(1 - std::ldexp(1 + (static_cast<double>(draw.word() % 32)) / 32,
+                                      -static_cast<int>(draw.word() % L::digits) - 1)));  // changes of table rows
+      in.add(draw.scaled(-L::digits - 4, -1));
+      in.add(draw.scaled(L::min_exponent - L::digits, L::min_exponent + 100));
+    }
     if (function == "Sqrt") {
       in.add(std::fabs(draw.scaled(std::numeric_limits<T>::min_exponent - 20, std::numeric_limits<T>::min_exponent)));
     }
