@@ -17,6 +17,8 @@
 #include "qor/tfn.h"
 #include "tfn/exp.h"
 #include "tfn/functions.def"
+#include "tfn/inverse_hyperbolic.h"
+#include "tfn/inverse_trig.h"
 #include "tfn/ln.h"
 #include "tfn/pow.h"
 #include "tfn/sqrt.h"
@@ -42,6 +44,13 @@ QOR_ORACLE(Sqrt, sqrt)
 QOR_ORACLE(Sin, sin)
 QOR_ORACLE(Cos, cos)
 QOR_ORACLE(Tan, tan)
+QOR_ORACLE(Asin, asin)
+QOR_ORACLE(Acos, acos)
+QOR_ORACLE(Atan, atan)
+QOR_ORACLE2(Atan2, atan2)
+QOR_ORACLE(Asinh, asinh)
+QOR_ORACLE(Acosh, acosh)
+QOR_ORACLE(Atanh, atanh)
 #undef QOR_ORACLE
 #undef QOR_ORACLE2
 }  // namespace oracle
