@@ -84,19 +84,31 @@ class LowHalves {
   alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
 };
 
-// The high word of each lane, the same way.
+// The lanes in memory, for loads of parts of them: the compiler would take them from the register, with more
+// instructions.
 template <class V>
-class HighWords {
+class InMemory {
  public:
-  QOR_INLINE explicit HighWords(V v) { store(lane_, v); }
-  QOR_INLINE std::uint32_t operator()(int lane) const {
-    std::uint32_t word;
-    std::memcpy(&word, reinterpret_cast<const char*>(lane_ + lane + 1) - 4, sizeof word);
-    return word;
+  QOR_INLINE explicit InMemory(V v) {
+    store(lane_, v);
+    asm("" : "+m"(lane_));
   }
+  QOR_INLINE const lane_t<V>* operator+(int lane) const { return lane_ + lane; }
 
  private:
   alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
+};
+
+// The high word of each lane, the same way.
+template <class V>
+class HighWords : InMemory<V> {
+ public:
+  using InMemory<V>::InMemory;
+  QOR_INLINE std::uint32_t operator()(int lane) const {
+    std::uint32_t word;
+    std::memcpy(&word, reinterpret_cast<const char*>(*this + lane + 1) - 4, sizeof word);
+    return word;
+  }
 };
 
 // One table row a lane, transposed into columns. `offset(lane)` is the row's offset from `table` in bytes; rows are
@@ -145,6 +157,19 @@ QOR_INLINE Columns<VecF, 2> gather_pairs(const float* table, Offset offset) {
   };
   const VecF a = as<VecF>(rows(0)), b = as<VecF>(rows(2));
   return {{evens(a, b), odds(a, b)}};
+}
+
+// All columns of rows of four singles.
+template <int N, class Offset>
+QOR_INLINE Columns<VecF, N> gather_rows(const float* table, Offset offset) {
+  static_assert(N == 4);
+  const char* const base = reinterpret_cast<const char*>(table);
+  const auto row = [&](int lane) { return as<VecF>(_mm_load_ps(reinterpret_cast<const float*>(base + offset(lane)))); };
+  const VecF r0 = row(0), r1 = row(1), r2 = row(2), r3 = row(3);
+  const VecF a = zip_low(r0, r1), b = zip_low(r2, r3), c = zip_high(r0, r1), d = zip_high(r2, r3);
+  const auto low = [](VecF p, VecF q) { return as<VecF>(_mm_movelh_ps(as<__m128>(p), as<__m128>(q))); };
+  const auto high = [](VecF p, VecF q) { return as<VecF>(_mm_movehl_ps(as<__m128>(q), as<__m128>(p))); };
+  return {{low(a, b), high(a, b), low(c, d), high(c, d)}};
 }
 
 // The even and the odd words of {a, b}.
