@@ -403,7 +403,9 @@ template <class T>
 void add_level1(const std::string& letter, bool complex) {
   const auto row = [&](const std::string& operation, auto call_it) {
     add("qor_blas_zx9_" + operation, [call_it](Caller& call) {
-      Array<T> x(kernel_arguments<T>()), y(kernel_arguments<T>());
+      std::vector<T> whole(elements);  // sums and products are exact: rounding is the caller's
+      for (int i = 0; i < elements; ++i) whole[static_cast<std::size_t>(i)] = T(i - 20);
+      Array<T> x(whole), y(whole);
       call_it(call, x, y);
       call.note(x.bytes());
       call.note(y.bytes());
