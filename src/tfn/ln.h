@@ -122,14 +122,7 @@ struct Ln {
     using namespace simd;
     usual = numeric::normal_range(x);
     if constexpr (A == Accuracy::high) {
-      const VecU32 b = bits(x);
-      const VecF k = to_float(b >> 23) - 127.0f;
-      const VecF m = as<VecF>((b & splat<VecU32>(0x007FFFFF)) | splat<VecU32>(0x3F800000));
-      const auto row = [at](int lane) { return (((numeric::high_word(at + lane) >> 10) & 0x1FF0) + 16) >> 1 & 0x1FF0; };
-      const auto [hi, lo, c] = gather_rows3(&ln_single_table[0].hi, row).column;
-      // As in double precision: halves of 12 bits times 10 bits.
-      const VecF head = as<VecF>(bits(m) & splat<VecU32>(0xFFFFF000));
-      const VecF u = (head * c - 1.0f) + (m - head) * c;
+      const auto [k, u, hi, lo] = reduce(x, at, &ln_single_table[0].hi);
       const VecF p = horner(u, float(1.0 / 3), ln_fit_2) * u * u;
       constexpr float ln2_first = ln_single_table[256].hi, ln2_second = ln_single_table[256].lo;
       const auto [s, e] = numeric::quick_two_sum(k * ln2_first + hi, u);
@@ -143,16 +136,40 @@ struct Ln {
   template <class... Rest>
   QOR_INLINE static simd::VecF low_single(simd::VecF x, Rest... rest) {
     using namespace simd;
-    // m in [sqrt(1/2), sqrt 2), r = m - 1: ln(1 + r) = r - r^2/2 + r^3 p(r).
-    const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
-    const VecF k = to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23));
-    const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x3F3504F3));
-    [[maybe_unused]] const VecF power = as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)));
-    const VecF r = ((m - 1.0f) + ... + (rest * power)), r2 = r * r;
+    const auto [k, r] = reduce_low(x, rest...);
+    const VecF r2 = r * r;
     const VecF p = horner(r, ln_low_fit[0], ln_low_fit[1], ln_low_fit[2], ln_low_fit[3], ln_low_fit[4], ln_low_fit[5],
                           ln_low_fit[6]);
     // k times the first part of ln 2 is exact: 8 + 15 bits.
     return k * 0x1.62e4p-1f + (r + (k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)));
+  }
+
+  // x = 2^k m, u = m c - 1; hi + lo is the row's logarithm of 1/c. `table` has rows of LnSingleRow's shape.
+  struct Reduced {
+    simd::VecF k, u, hi, lo;
+  };
+  QOR_INLINE static Reduced reduce(simd::VecF x, const float* at, const float* table) {
+    using namespace simd;
+    const VecU32 b = bits(x);
+    const VecF k = to_float(b >> 23) - 127.0f;
+    const VecF m = as<VecF>((b & splat<VecU32>(0x007FFFFF)) | splat<VecU32>(0x3F800000));
+    const auto row = [at](int lane) { return (((numeric::high_word(at + lane) >> 10) & 0x1FF0) + 16) >> 1 & 0x1FF0; };
+    const auto [hi, lo, c] = gather_rows3(table, row).column;
+    // As in double precision: halves of 12 bits times 10 bits.
+    const VecF head = as<VecF>(bits(m) & splat<VecU32>(0xFFFFF000));
+    return {k, (head * c - 1.0f) + (m - head) * c, hi, lo};
+  }
+  // m in [sqrt(1/2), sqrt 2), r = m - 1 and the rest: ln(1 + r) = r - r^2/2 + r^3 p(r).
+  struct ReducedLow {
+    simd::VecF k, r;
+  };
+  template <class... Rest>
+  QOR_INLINE static ReducedLow reduce_low(simd::VecF x, Rest... rest) {
+    using namespace simd;
+    const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
+    const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x3F3504F3));
+    [[maybe_unused]] const VecF power = as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)));
+    return {to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23)), ((m - 1.0f) + ... + (rest * power))};
   }
 
   // p of the low single accuracy, leading coefficient first: minimax for the relative error of ln(1 + r) on

@@ -61,13 +61,13 @@ inline constexpr auto ln_exact_table = [] {
 struct alignas(16) LnSingleRow {
   float hi, lo, c, zero;
 };
+constexpr LnSingleRow ln_single_row(const LnRow& l) {
+  const double hi = 0x1p-17 * double(static_cast<long long>(l.hi * 0x1p17 + 0.5));
+  return {float(hi), float((l.hi - hi) + l.lo), float(l.c), 0};
+}
 inline constexpr auto ln_single_table = [] {
   std::array<LnSingleRow, 257> rows{};
-  for (int j = 0; j <= 256; ++j) {
-    const LnRow& l = ln_exact_table[j];
-    const double hi = 0x1p-17 * double(static_cast<long long>(l.hi * 0x1p17 + 0.5));
-    rows[j] = {float(hi), float((l.hi - hi) + l.lo), float(l.c), 0};
-  }
+  for (int j = 0; j <= 256; ++j) rows[j] = ln_single_row(ln_exact_table[j]);
   return rows;
 }();
 

@@ -17,7 +17,7 @@
 #include "simd/vec.h"
 #include "tfn/accuracy.h"
 #include "tfn/exp.h"
-#include "tfn/ln_table.h"
+#include "tfn/log_reduce.h"
 #include "tfn/pow_table.h"
 
 namespace qor::tfn {
@@ -36,23 +36,14 @@ inline constexpr double pow_single_fit[] = {-0x1.7154c1ac8e137p6, 0x1.ec70e91d74
 
 QOR_INLINE LnParts ln_parts(simd::VecD x, double bias) {
   using namespace simd;
-  constexpr std::uint64_t leading = 0xFFFFFFFFF8000000;  // 26 bits of a fraction of 52
-  const VecU64 b = bits(x);
-  const LowHalves<VecU64> field(b >> 36);
-  const auto row = [&](int l) { return ((field(l) >> 3 & 0x3FF0) + 16) & 0x3FE0; };
-  const auto [hi, lo, c] = gather_rows<3>(&ln_exact_table[0].hi, row).column;
-  const VecD k = as<VecD>((b >> 52) | splat<VecU64>(0x4330000000000000)) - bias;
-  const VecD m = as<VecD>((b & splat<VecU64>(0x000FFFFFFFFFFFFF)) | splat<VecU64>(0x3FF0000000000000));
-  // As in ln.h u is exact. So is the square of its head.
-  const VecD m_head = as<VecD>(bits(m) & splat<VecU64>(leading));
-  const VecD u = (m_head * c - 1.0) + (m - m_head) * c;
-  const VecD head = as<VecD>(bits(u) & splat<VecU64>(leading)), tail = u - head;
+  const auto [k, u, hi, lo] = log_reduce(x, LowHalves<VecU64>(bits(x) >> 36), &ln_exact_table[0].hi, bias);
+  const VecD head = as<VecD>(bits(u) & splat<VecU64>(leading_bits)), tail = u - head;
   const VecD half_square = head * (head * 0.5);
   // -(u^2 - head^2)/2 + u^3 p
   const VecD p = horner(u, pow_log_fit[0], pow_log_fit[1], pow_log_fit[2], pow_log_fit[3], pow_log_fit[4]);
   const VecD small = (u * u) * (u * p) - (u + head) * (tail * 0.5);
   const VecD whole = k * ln2_hi + hi;  // exact
-  const VecD leading_part = as<VecD>(bits((whole + u) - half_square) & splat<VecU64>(leading));
+  const VecD leading_part = as<VecD>(bits((whole + u) - half_square) & splat<VecU64>(leading_bits));
   // What it leaves is exact up to the small terms.
   const VecD left = ((whole - leading_part) + u) - half_square;
   return {leading_part, left + (small + (k * ln2_lo + lo))};
@@ -73,7 +64,7 @@ struct Pow {
   QOR_INLINE static Logarithm logarithm(simd::VecD x, simd::VecD b, double bias) {
     using namespace simd;
     const LnParts ln = ln_parts(x, bias);
-    const VecD head = as<VecD>(bits(b) & splat<VecU64>(0xFFFFFFFFF8000000));
+    const VecD head = as<VecD>(bits(b) & splat<VecU64>(leading_bits));
     return {numeric::normal_range(x), head * ln.hi, (b - head) * ln.hi + b * ln.lo};
   }
   static constexpr double bias = 0x1p52 + 1023;

@@ -408,6 +408,29 @@ TEST(Tables, HoldWhatTheirRulesSay) {
     EXPECT_TRUE(multiple_of(b.c, 0x1p-10) && b.c == c.c) << j;
     EXPECT_EQ(a.c, 1 / (1 + j / 256.0)) << j;
   }
+  for (int j = 0; j <= 256; ++j) {
+    const auto& a = tfn::log10_table[static_cast<std::size_t>(j)];
+    const auto& b = tfn::pow_single_table[static_cast<std::size_t>(j)];
+    EXPECT_LT(fabsq(-log10q(a.c) - a.hi - a.lo), 0x1p-92Q) << j;
+    EXPECT_TRUE(multiple_of(a.hi, 0x1p-40) && multiple_of(a.c, 0x1p-10)) << j;
+    EXPECT_LE(fabsq(256 * log2q(1 + j / 256.0Q) - b.log), 0x1p-46Q) << j;
+  }
+  EXPECT_TRUE(multiple_of(tfn::exp_step_hi, 0x1p-42));
+  EXPECT_LT(fabsq(M_LN2q / 256 - tfn::exp_step_hi - tfn::exp_step_lo), 0x1p-95Q);
+  for (int j = 0; j < tfn::exp_rows; ++j) {
+    const auto row = static_cast<std::size_t>(j);
+    const double value =
+        std::bit_cast<double>(word(tfn::exp_tables.value[row]) + (static_cast<std::uint64_t>(j) << 44));
+    const __float128 exact = exp2q(j / 256.0Q);
+    EXPECT_LT(fabsq(value - exact), 0x1.01p-53Q) << j;
+    EXPECT_LT(fabsq(value * (1 + static_cast<__float128>(tfn::exp_tables.tail[row])) - exact), 0x1p-104Q) << j;
+  }
+  for (int k = 0; k < tfn::tanh_rows; ++k) {
+    const auto& row = tfn::tanh_table[static_cast<std::size_t>(k)];
+    const double t = std::tanh(k / 64.0);
+    EXPECT_LE(std::fabs(row.value - t), 0x1.01p-25 * (t < 0.5 ? 2 * t : 1)) << k;
+    EXPECT_LE(std::fabs(row.slope - (1 - t * t)), 0x1.01p-24 * row.slope + 0x1p-50) << k;
+  }
   for (int j = 0; j < tfn::trig_exact_rows; ++j) {
     const auto& b = tfn::trig_exact_table[static_cast<std::size_t>(j)];
     const __float128 angle = 2 * M_PIq * j / tfn::trig_exact_rows, s = sinq(angle), c = cosq(angle);
