@@ -30,4 +30,13 @@ QOR_INLINE simd::Bits<V> normal_range(V x) {
   return as<Bits<V>>(as<Words>(as<VecU32>(x) + splat<VecU32>(step)) > splat<Words>(2 * step - 1));
 }
 
+// v rounded towards zero to half its bits, 26 or 12: the product of two such is exact, as is that of one with what the
+// other half leaves, 27 or 12 bits.
+template <class V>
+QOR_INLINE V upper_half(V v) {
+  constexpr bool wide = sizeof(simd::lane_t<V>) == 8;
+  using Word = simd::lane_t<simd::Bits<V>>;
+  return simd::as<V>(simd::bits(v) & simd::splat<simd::Bits<V>>(wide ? Word(0xFFFFFFFFF8000000) : Word(0xFFFFF000)));
+}
+
 }  // namespace qor::numeric

@@ -147,6 +147,19 @@ QOR_INLINE Columns<VecF, 2> gather_pairs(const float* table, Offset offset) {
   return {{evens(a, b), odds(a, b)}};
 }
 
+// All columns of rows of four singles.
+template <int N, class Offset>
+QOR_INLINE Columns<VecF, N> gather_rows(const float* table, Offset offset) {
+  static_assert(N == 4);
+  const char* const base = reinterpret_cast<const char*>(table);
+  const auto row = [&](int lane) { return as<VecF>(_mm_load_ps(reinterpret_cast<const float*>(base + offset(lane)))); };
+  const VecF r0 = row(0), r1 = row(1), r2 = row(2), r3 = row(3);
+  const VecF a = zip_low(r0, r1), b = zip_low(r2, r3), c = zip_high(r0, r1), d = zip_high(r2, r3);
+  const auto low = [](VecF p, VecF q) { return as<VecF>(_mm_movelh_ps(as<__m128>(p), as<__m128>(q))); };
+  const auto high = [](VecF p, VecF q) { return as<VecF>(_mm_movehl_ps(as<__m128>(q), as<__m128>(p))); };
+  return {{low(a, b), high(a, b), low(c, d), high(c, d)}};
+}
+
 // The even and the odd words of {a, b}.
 QOR_INLINE VecU32 evens(VecU32 a, VecU32 b) { return as<VecU32>(evens(as<VecF>(a), as<VecF>(b))); }
 QOR_INLINE VecU32 odds(VecU32 a, VecU32 b) { return as<VecU32>(odds(as<VecF>(a), as<VecF>(b))); }

@@ -1,0 +1,320 @@
+// Arc sine, arc cosine, arc tangent, and the angle of a point. All but the low single accuracy reduce to the small
+// difference from a table row's angle, by addition theorems in which nothing cancels that isn't exact:
+//   atan(y/x) - atan(v/u) = atan r,  r = (y u - x v)/(x u + y v)
+//   asin x - asin S = asin d,        d = (x - S) (x + S)/(x C + S sqrt(1 - x^2)),  C = sqrt(1 - S^2)
+//   acos x - acos S = asin(-d)
+// A row lies within 1/128 (doubles) or 1/256 (singles) of the angle, and so the few roundings in r and d weigh little:
+// no second parts are carried but the row's own. In row 0, the angle 0, r and d are exact to begin with; there the angle
+// of a point takes the remainder of its quotient, and the arc cosine next to 1 that of its square root.
+// - double: 0.53 ulp in both accuracies; what is only done for _HA: the two remainders. Without: 1.5 ulp.
+// - single _HA: the same in single precision with twice the rows: 0.509 ulp. (In double precision: 0.501, but nearly
+//   twice the time.)
+// - single _21: no table; arc sine and cosine by the square root of (1 - |x|)/2 above 1/2, arc tangents by the
+//   quotient of the smaller and the larger: 2 ulp.
+// Tables were preferred to one long polynomial (13 terms and a square root, 20 terms and a division in double).
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "numeric/float_parts.h"
+#include "numeric/pair.h"
+#include "qor/tfn.h"
+#include "simd/vec.h"
+#include "tfn/accuracy.h"
+#include "tfn/inverse_trig_table.h"
+
+namespace qor::tfn {
+
+// The row for the number z > 0 in each lane, clamped by the caller to 2^-6 less a part .. the table's end.
+template <class T, std::size_t N, class V>
+QOR_INLINE auto arc_rows(const std::array<ArcRow<T>, N>& table, V z) {
+  constexpr int fraction_bits = ArcTraits<T>::wide ? 20 : 23, shift = fraction_bits - ArcTraits<T>::log2_parts;
+  constexpr std::uint32_t bias = ArcTraits<T>::wide ? 1023 : 127;
+  constexpr std::uint32_t row_0 = ((bias + arc_first_octave) << ArcTraits<T>::log2_parts) - 1;
+  T copy[simd::lanes<V>];
+  simd::store(copy, z);
+  return simd::gather_rows<4>(&table[0].hi, [&](int lane) {
+    return ((numeric::high_word(copy + lane) >> shift) - row_0) * std::uint32_t{sizeof(ArcRow<T>)};
+  });
+}
+template <class T>
+inline constexpr T arc_lowest = T(0x1p-6) - T(0x1p-7) / ArcTraits<T>::parts;
+
+// (asin d)/d - 1 and (atan r)/r - 1 over the square t <= 2^-12, by tools/fit/inverse_trig.sollya, relative errors 2^-60
+// and 2^-58; in singles two terms of the series, 2^-39 and 2^-38.
+template <class V>
+QOR_INLINE V small_asin(V t) {
+  if constexpr (sizeof(simd::lane_t<V>) == 8) {
+    return t * simd::horner(t, 0x1.6dd4bf716190fp-5, 0x1.333332a88f222p-4, 0x1.55555555560c2p-3);
+  } else {
+    return t * simd::horner(t, 3.0f / 40, 1.0f / 6);
+  }
+}
+template <class V>
+QOR_INLINE V small_atan(V t) {
+  if constexpr (sizeof(simd::lane_t<V>) == 8) {
+    return t * simd::horner(t, -0x1.2476f8bbfb05ep-3, 0x1.9999989c44983p-3, -0x1.5555555554076p-2);
+  } else {
+    return t * simd::horner(t, 1.0f / 5, -1.0f / 3);
+  }
+}
+
+template <class T>
+constexpr T quiet_nan = std::numeric_limits<T>::quiet_NaN();
+
+// asin |x|, or hi + lo = acos |x|: S - |x| takes the place of |x| - S.
+template <bool Cosine, class V>
+QOR_INLINE numeric::Pair<V> arc(V ax) {
+  using namespace simd;
+  using T = lane_t<V>;
+  const V below = T(1) - ax, above = T(1) + ax, root = sqrt(below * above);
+  const V z = max(Cosine ? below + root : above - root, splat<V>(arc_lowest<T>));
+  const auto [hi, lo, s, c] = arc_rows(arc_table<T, Cosine>, z).column;
+  // The divisor is 0 for x = 0, where the quotient is to be a number, and next to acos 1, where it is to be finite.
+  constexpr T least = Cosine ? (sizeof(T) == 8 ? T(0x1p-900) : T(0x1p-90f)) : std::numeric_limits<T>::denorm_min();
+  const V d = (Cosine ? s - ax : ax - s) * ((ax + s) / max(ax * c + root * s, splat<V>(least)));
+  return {hi, d + (lo + d * small_asin(d * d))};
+}
+
+// Low single accuracy: r = |x|, or sqrt((1 - |x|)/2) if that is less; asin r. Tiny |x| pass the square root, as sqrt of
+// a square of normal size is exact.
+template <class V>
+QOR_INLINE V arc_low(V ax) {
+  using namespace simd;
+  const V t = max(min(ax * ax, 0.5f - 0.5f * ax), splat<V>(0x1p-100f)), r = min(ax, sqrt(t));
+  return r + r * (t * horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
+}
+
+template <Accuracy A>
+struct Asin {
+  static constexpr int results = 1;
+  static constexpr double filler = 0.5;
+  template <class T>
+  static constexpr double bound = default_bound<T>(A);
+
+  template <class V>
+  QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
+    using namespace simd;
+    using T = lane_t<V>;
+    const V ax = abs(x);
+    usual = le(ax, splat<V>(1));
+    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
+      const V a = arc_low(ax);
+      y[0] = flip_sign(select(lt(splat<V>(0.5f), ax), float(half_pi.hi) - (a + a), a), sign(x));
+    } else {
+      const auto [hi, rest] = arc<false>(ax);
+      y[0] = flip_sign(hi + rest, sign(x));
+    }
+  }
+  template <class T>
+  static int element(T x, T* y) {
+    y[0] = x != x ? x + x : quiet_nan<T>;
+    return x != x ? TFN_STATUS_OK : TFN_STATUS_ERRDOM;
+  }
+};
+
+template <Accuracy A>
+struct Acos {
+  static constexpr int results = 1;
+  static constexpr double filler = 0.5;
+  template <class T>
+  static constexpr double bound = default_bound<T>(A);
+
+  // acos(-x) = pi - acos x. Above 1 - 2^-13 the result is about the square root, which has to be exact for _HA.
+  template <class V>
+  QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
+    using namespace simd;
+    using T = lane_t<V>;
+    const V ax = abs(x);
+    const Bits<V> negative = lt(x, V{}), turn = negative & sign_bit<V>;
+    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
+      usual = le(ax, splat<V>(1));
+      // pi/2 - asin x, or 2 asin r, or pi - 2 asin r.
+      const Bits<V> upper = lt(splat<V>(0.5f), ax);
+      const V a = arc_low(ax), base = select(upper, as<V>(bits(splat<V>(float(pi.hi))) & negative), splat<V>(float(half_pi.hi)));
+      y[0] = base + flip_sign(a + as<V>(bits(a) & upper), turn ^ (~upper & sign_bit<V>));
+    } else {
+      usual = le(ax, splat<V>(1));
+      if constexpr (A == Accuracy::high) usual &= le(x, splat<V>(last_but_one<T>));
+      const auto [hi, rest] = arc<true>(ax);
+      const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
+      y[0] = (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(rest, turn));
+    }
+  }
+  template <class T>
+  static constexpr T last_but_one = T(1) - T(0x1p-13);
+
+  // x = 1 - w, w <= 2^-13: acos x = sqrt(2 w) (1 + w/12 + 3/160 w^2 + 5/896 w^3 + 35/18432 w^4), the root with its
+  // remainder; the next term is 2^-75.
+  template <class V>
+  QOR_COLD static void retry(const V& x, V* y, simd::Bits<V>& usual) requires(A == Accuracy::high) {
+    using namespace simd;
+    using T = lane_t<V>;
+    const Bits<V> close = lt(splat<V>(last_but_one<T>), x) & le(x, splat<V>(1));
+    const V w = T(1) - x, root = sqrt(w + w), upper = numeric::upper_half(root), lower = root - upper;
+    const V remainder = ((w + w) - upper * upper) - lower * (root + upper);
+    const V series = horner(w, T(35.0 / 18432), T(5.0 / 896), T(3.0 / 160), T(1.0 / 12)) * w;
+    const V result = root + (remainder / max(root + root, splat<V>(T(0x1p-90))) + root * series);
+    y[0] = select(close, result, y[0]);
+    usual |= close;
+  }
+  template <class T>
+  static int element(T x, T* y) {
+    return Asin<A>::element(x, y);
+  }
+};
+
+template <Accuracy A>
+struct Atan {
+  static constexpr int results = 1;
+  static constexpr double filler = 1;
+  template <class T>
+  static constexpr double bound = default_bound<T>(A);
+
+  // Every argument is usual: beyond 2^60 the arc tangent stands still.
+  template <class V>
+  QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
+    using namespace simd;
+    using T = lane_t<V>;
+    usual = ~Bits<V>{};
+    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
+      const V ax = abs(x), one = splat<V>(1);
+      const V a = atan_low(min(one, ax) / max(one, ax));
+      y[0] = flip_sign(select(lt(one, ax), float(half_pi.hi) - a, a), sign(x));
+    } else {
+      const V ax = min(splat<V>(T(0x1p60)), abs(x));
+      const V z = min(max(ax, splat<V>(arc_lowest<T>)), splat<V>(64));
+      const auto [hi, lo, u, v] = arc_rows(atan_table<T>, z).column;
+      const V r = (ax * u - v) / (ax * v + u);
+      y[0] = flip_sign(hi + (r + (lo + r * small_atan(r * r))), sign(x));
+    }
+  }
+  // atan t, 0 <= t <= 1; by tools/fit/inverse_trig.sollya, relative error 2^-25.6.
+  template <class V>
+  QOR_INLINE static V atan_low(V t) {
+    const V t2 = t * t;
+    return t + t * (t2 * simd::horner(t2, 0x1.7ed232p-9f, -0x1.0c2c14p-6f, 0x1.61fddap-5f, -0x1.3556b6p-4f, 0x1.b4e12ap-4f,
+                                      -0x1.230adcp-3f, 0x1.9978f4p-3f, -0x1.5554dcp-2f));
+  }
+  template <class T>
+  static int element(T x, T* y) {
+    y[0] = x + x;
+    return TFN_STATUS_OK;
+  }
+};
+
+// atan2(a, b), the angle of the point (b, a).
+template <Accuracy A>
+struct Atan2 {
+  static constexpr int results = 1;
+  static constexpr double filler = 1;
+  template <class T>
+  static constexpr double bound = default_bound<T>(A);
+
+  // Beyond these the products could lose bits or overflow.
+  template <class T>
+  static constexpr T least = sizeof(T) == 8 ? T(0x1p-450) : T(0x1p-60f);
+
+  template <class V>
+  QOR_INLINE static void fast(V y, V x, const simd::lane_t<V>*, V* result, simd::Bits<V>& usual) {
+    using namespace simd;
+    using T = lane_t<V>;
+    const V ax = abs(x), ay = abs(y), larger = max(ax, ay);
+    const Bits<V> negative = lt(x, V{});
+    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
+      const V smaller = min(ax, ay), t = smaller / larger;
+      // A NaN, infinity or overflow in the sum; 0/0; quotients below the normal numbers.
+      usual = lt(ax + ay, splat<V>(std::numeric_limits<T>::infinity())) &
+              (le(splat<V>(std::numeric_limits<T>::min()), t) | (eq(smaller, V{}) & eq(t, V{})));
+      const Bits<V> steep = lt(ax, ay);
+      const V base = select(steep, splat<V>(float(half_pi.hi)), as<V>(bits(splat<V>(float(pi.hi))) & negative));
+      result[0] = flip_sign(base + flip_sign(Atan<A>::atan_low(t), (steep ^ negative) & sign_bit<V>), sign(y));
+    } else {
+      const V if_flat = as<V>(bits(ax) & eq(ay, V{}));
+      usual = le(splat<V>(least<T>), max(ay, if_flat)) & le(larger, splat<V>(1 / least<T>));
+      const V inverse = T(1) / ax;
+      const V z = min(max(ay * inverse, splat<V>(arc_lowest<T>)), splat<V>(64));
+      const auto [hi, lo, u, v] = arc_rows(atan_table<T>, z).column;
+      const V x_upper = numeric::upper_half(ax), x_lower = ax - x_upper;
+      const V r = ((ay * u - x_upper * v) - x_lower * v) / (ax * u + ay * v);
+      V small = lo + r * small_atan(r * r);
+      if constexpr (A == Accuracy::high) {
+        // y - r x in row 0, exactly.
+        const V upper = numeric::upper_half(r), lower = r - upper;
+        const V rest = (((ay - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
+        small += as<V>(bits(rest * inverse) & eq(v, V{}));
+      }
+      const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
+      const Bits<V> turn = negative & sign_bit<V>;
+      const V angle = (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(r + small, turn));
+      result[0] = flip_sign(angle, sign(y));
+    }
+  }
+
+  // Singles out of the range above are well within that of doubles; results below the normal numbers are left to
+  // element.
+  QOR_COLD static void retry(const simd::VecF& y, const simd::VecF& x, simd::VecF* result, simd::VecU32& usual) {
+    using namespace simd;
+    VecD low, high;
+    VecU64 low_usual, high_usual;
+    Atan2<Accuracy::high>::fast(widen_low(y), widen_low(x), nullptr, &low, low_usual);
+    Atan2<Accuracy::high>::fast(widen_high(y), widen_high(x), nullptr, &high, high_usual);
+    const VecF wide = narrow(low, high), size = abs(wide);
+    const VecU32 good = as<VecU32>(evens(as<VecF>(low_usual), as<VecF>(high_usual))) &
+                        (eq(y, VecF{}) | le(splat<VecF>(std::numeric_limits<float>::min()), size));
+    result[0] = select(usual, result[0], wide);
+    usual |= good;
+  }
+
+  static int element(double y, double x, double* result) {
+    using L = std::numeric_limits<double>;
+    using namespace simd;
+    if (x != x || y != y) {
+      result[0] = x + y;
+      return TFN_STATUS_OK;
+    }
+    double ax = std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) & ~sign_bit<VecD>);
+    double ay = std::bit_cast<double>(std::bit_cast<std::uint64_t>(y) & ~sign_bit<VecD>);
+    const bool flat = ay == 0 || (ax > L::max() && ay <= L::max());
+    const bool left = std::bit_cast<std::int64_t>(x) < 0;
+    if (flat) {
+      // On the axis; the core's limits need not hold.
+      ax = 1;
+      ay = 0;
+    } else if (ay > L::max()) {
+      ax = ax > L::max() ? 1 : 0;
+      ay = 1;
+    } else {
+      // Of quotients below 2^-500 the arc tangent is the quotient, and the angle pi without it.
+      if (ay * 0x1p500 < ax && !left) {
+        result[0] = y / x;
+        const double size = y < 0 ? -result[0] : result[0];
+        return size < L::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
+      }
+      if (ax > 1 / least<double> || ay > 1 / least<double>) {
+        ax *= 0x1p-600;
+        ay *= 0x1p-600;
+      } else {
+        ax *= 0x1p600;
+        ay *= 0x1p600;
+      }
+      if (ax > 1 / least<double> || ay * 0x1p100 < ax) ay = 0;
+    }
+    VecD angle;
+    VecU64 usual;
+    fast(splat<VecD>(ay), splat<VecD>(left ? -ax : ax), nullptr, &angle, usual);
+    result[0] = std::bit_cast<std::int64_t>(y) < 0 ? -angle[0] : angle[0];
+    return TFN_STATUS_OK;
+  }
+  static int element(float y, float x, float* result) {
+    double wide;
+    int status = Atan2<Accuracy::high>::element(double(y), double(x), &wide);
+    result[0] = static_cast<float>(wide);
+    if (wide != 0 && wide < std::numeric_limits<float>::min() && -wide < std::numeric_limits<float>::min()) status = TFN_STATUS_UNDERFLOW;
+    return status;
+  }
+};
+
+}  // namespace qor::tfn
