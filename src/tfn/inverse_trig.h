@@ -64,27 +64,39 @@ QOR_INLINE V small_atan(V t) {
 template <class T>
 constexpr T quiet_nan = std::numeric_limits<T>::quiet_NaN();
 
-// asin |x|, or hi + lo = acos |x|: S - |x| takes the place of |x| - S.
+// asin |x| or acos |x|, in two stages.
+template <class V>
+struct ArcBegun {
+  V x, root, z;
+};
 template <bool Cosine, class V>
-QOR_INLINE numeric::Pair<V> arc(V ax) {
+QOR_INLINE ArcBegun<V> begin_arc(V x) {
   using namespace simd;
   using T = lane_t<V>;
-  const V below = T(1) - ax, above = T(1) + ax, root = sqrt(below * above);
-  const V z = max(Cosine ? below + root : above - root, splat<V>(arc_lowest<T>));
-  const auto [hi, lo, s, c] = arc_rows(arc_table<T, Cosine>, z).column;
+  const V ax = abs(x), below = T(1) - ax, above = T(1) + ax, root = sqrt(below * above);
+  return {x, root, max(Cosine ? below + root : above - root, splat<V>(arc_lowest<T>))};
+}
+// As hi + lo; S - |x| takes the place of |x| - S.
+template <bool Cosine, class V>
+QOR_INLINE numeric::Pair<V> finish_arc(const ArcBegun<V>& begun) {
+  using namespace simd;
+  using T = lane_t<V>;
+  const V ax = abs(begun.x);
+  const auto [hi, lo, s, c] = arc_rows(arc_table<T, Cosine>, begun.z).column;
   // The divisor is 0 for x = 0, where the quotient is to be a number, and next to acos 1, where it is to be finite.
   constexpr T least = Cosine ? (sizeof(T) == 8 ? T(0x1p-900) : T(0x1p-90f)) : std::numeric_limits<T>::denorm_min();
-  const V d = (Cosine ? s - ax : ax - s) * ((ax + s) / max(ax * c + root * s, splat<V>(least)));
+  const V d = (Cosine ? s - ax : ax - s) * ((ax + s) / max(ax * c + begun.root * s, splat<V>(least)));
   return {hi, d + (lo + d * small_asin(d * d))};
 }
+// The low single accuracy has no table.
+template <class T, Accuracy A>
+inline constexpr bool tabled = sizeof(T) == 8 || A == Accuracy::high;
 
-// Low single accuracy: r = |x|, or sqrt((1 - |x|)/2) if that is less; asin r. Tiny |x| pass the square root, as sqrt of
-// a square of normal size is exact.
-template <class V>
-QOR_INLINE V arc_low(V ax) {
-  using namespace simd;
-  const V t = max(min(ax * ax, 0.5f - 0.5f * ax), splat<V>(0x1p-100f)), r = min(ax, sqrt(t));
-  return r + r * (t * horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
+// Low single accuracy: t = x^2, or (1 - |x|)/2 if that is less; asin r - r for r = sqrt t <= 1/2, by
+// tools/fit/inverse_trig.sollya, relative error 2^-27.3.
+QOR_INLINE simd::VecF arc_low_square(simd::VecF ax) { return simd::min(ax * ax, 0.5f - 0.5f * ax); }
+QOR_INLINE simd::VecF arc_low(simd::VecF r, simd::VecF t) {
+  return r * (t * simd::horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
 }
 
 template <Accuracy A>
@@ -95,17 +107,32 @@ struct Asin {
   static constexpr double bound = default_bound<T>(A);
 
   template <class V>
+  QOR_INLINE static auto begin(V x) requires(tabled<simd::lane_t<V>, A>) {
+    return begin_arc<false>(x);
+  }
+  template <class V>
+  QOR_INLINE static void finish(const ArcBegun<V>& begun, V* y, simd::Bits<V>& usual) {
+    using namespace simd;
+    const auto [hi, rest] = finish_arc<false>(begun);
+    usual = le(abs(begun.x), splat<V>(1));
+    y[0] = flip_sign(hi + rest, sign(begun.x));
+  }
+  template <class V>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
     using namespace simd;
-    using T = lane_t<V>;
-    const V ax = abs(x);
-    usual = le(ax, splat<V>(1));
-    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
-      const V a = arc_low(ax);
-      y[0] = flip_sign(select(lt(splat<V>(0.5f), ax), float(half_pi.hi) - (a + a), a), sign(x));
+    if constexpr (tabled<lane_t<V>, A>) {
+      finish(begin(x), y, usual);
     } else {
-      const auto [hi, rest] = arc<false>(ax);
-      y[0] = flip_sign(hi + rest, sign(x));
+      const V ax = abs(x);
+      usual = le(ax, splat<V>(1));
+      // asin r, or pi/2 - 2 asin r.
+      // The root of a square is the number, unless the square is too small.
+      const V t = arc_low_square(ax), r = min(ax, sqrt(max(t, splat<V>(0x1p-100f)))), rest = arc_low(r, t);
+      const Bits<V> upper = lt(splat<V>(0.5f), ax);
+      const V factor = as<V>(bits(splat<V>(1)) ^ (upper & (bits(splat<V>(1)) ^ bits(splat<V>(-2)))));
+      const auto part = [upper](float v) { return as<V>(bits(splat<V>(v)) & upper); };
+      constexpr float hi = float(half_pi.hi), lo = float(half_pi.hi - hi);
+      y[0] = flip_sign((part(hi) + factor * r) + (part(lo) + factor * rest), sign(x));
     }
   }
   template <class T>
@@ -122,37 +149,47 @@ struct Acos {
   template <class T>
   static constexpr double bound = default_bound<T>(A);
 
-  // acos(-x) = pi - acos x. Above 1 - 2^-13 the result is about the square root, which has to be exact for _HA.
+  template <class V>
+  QOR_INLINE static auto begin(V x) requires(tabled<simd::lane_t<V>, A>) {
+    return begin_arc<true>(x);
+  }
+  // acos(-x) = pi - acos x. Above 1 - 2^-13 the result is about the square root, which has to be
+  // more exact.
+  template <class V>
+  QOR_INLINE static void finish(const ArcBegun<V>& begun, V* y, simd::Bits<V>& usual) {
+    using namespace simd;
+    using T = lane_t<V>;
+    usual = le(abs(begun.x), splat<V>(1)) & le(begun.x, splat<V>(end_of_table<T>));
+    const Bits<V> negative = lt(begun.x, V{}), turn = negative & sign_bit<V>;
+    const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
+    const auto [hi, rest] = finish_arc<true>(begun);
+    y[0] = (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(rest, turn));
+  }
   template <class V>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
     using namespace simd;
-    using T = lane_t<V>;
-    const V ax = abs(x);
-    const Bits<V> negative = lt(x, V{}), turn = negative & sign_bit<V>;
-    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
+    if constexpr (tabled<lane_t<V>, A>) {
+      finish(begin(x), y, usual);
+    } else {
+      const V ax = abs(x);
       usual = le(ax, splat<V>(1));
       // pi/2 - asin x, or 2 asin r, or pi - 2 asin r.
-      const Bits<V> upper = lt(splat<V>(0.5f), ax);
-      const V a = arc_low(ax), base = select(upper, as<V>(bits(splat<V>(float(pi.hi))) & negative), splat<V>(float(half_pi.hi)));
-      y[0] = base + flip_sign(a + as<V>(bits(a) & upper), turn ^ (~upper & sign_bit<V>));
-    } else {
-      usual = le(ax, splat<V>(1));
-      if constexpr (A == Accuracy::high) usual &= le(x, splat<V>(last_but_one<T>));
-      const auto [hi, rest] = arc<true>(ax);
-      const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
-      y[0] = (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(rest, turn));
+      const Bits<V> negative = lt(x, V{}), upper = lt(splat<V>(0.5f), ax);
+      const V t = arc_low_square(ax), r = sqrt(t), a = r + arc_low(r, t);
+      const V base = select(upper, as<V>(bits(splat<V>(float(pi.hi))) & negative), splat<V>(float(half_pi.hi)));
+      y[0] = base + flip_sign(a + as<V>(bits(a) & upper), ~(negative ^ upper) & sign_bit<V>);
     }
   }
   template <class T>
-  static constexpr T last_but_one = T(1) - T(0x1p-13);
+  static constexpr T end_of_table = T(1) - T(0x1p-13);
 
   // x = 1 - w, w <= 2^-13: acos x = sqrt(2 w) (1 + w/12 + 3/160 w^2 + 5/896 w^3 + 35/18432 w^4), the root with its
   // remainder; the next term is 2^-75.
   template <class V>
-  QOR_COLD static void retry(const V& x, V* y, simd::Bits<V>& usual) requires(A == Accuracy::high) {
+  QOR_COLD static void retry(const V& x, V* y, simd::Bits<V>& usual) requires(tabled<simd::lane_t<V>, A>) {
     using namespace simd;
     using T = lane_t<V>;
-    const Bits<V> close = lt(splat<V>(last_but_one<T>), x) & le(x, splat<V>(1));
+    const Bits<V> close = lt(splat<V>(end_of_table<T>), x) & le(x, splat<V>(1));
     const V w = T(1) - x, root = sqrt(w + w), upper = numeric::upper_half(root), lower = root - upper;
     const V remainder = ((w + w) - upper * upper) - lower * (root + upper);
     const V series = horner(w, T(35.0 / 18432), T(5.0 / 896), T(3.0 / 160), T(1.0 / 12)) * w;
@@ -218,12 +255,49 @@ struct Atan2 {
   static constexpr T least = sizeof(T) == 8 ? T(0x1p-450) : T(0x1p-60f);
 
   template <class V>
+  struct Begun {
+    V y, x, inverse, z;
+  };
+  template <class V>
+  QOR_INLINE static Begun<V> begin(V y, V x) requires(tabled<simd::lane_t<V>, A>) {
+    using namespace simd;
+    using T = lane_t<V>;
+    const V inverse = T(1) / abs(x);
+    return {y, x, inverse, min(max(abs(y) * inverse, splat<V>(arc_lowest<T>)), splat<V>(64))};
+  }
+  template <class V>
+  QOR_INLINE static void finish(const Begun<V>& begun, V* result, simd::Bits<V>& usual) {
+    using namespace simd;
+    using T = lane_t<V>;
+    const V ax = abs(begun.x), ay = abs(begun.y), larger = max(ax, ay);
+    const Bits<V> negative = lt(begun.x, V{}), turn = negative & sign_bit<V>;
+    const V if_flat = as<V>(bits(ax) & eq(ay, V{}));
+    usual = le(splat<V>(least<T>), max(ay, if_flat)) & le(larger, splat<V>(1 / least<T>));
+    const auto [hi, lo, u, v] = arc_rows(atan_table<T>, begun.z).column;
+    const V x_upper = numeric::upper_half(ax), x_lower = ax - x_upper;
+    const V r = ((ay * u - x_upper * v) - x_lower * v) / (ax * u + ay * v);
+    V small = lo + r * small_atan(r * r);
+    if constexpr (A == Accuracy::high) {
+      // y - r x in row 0, exactly.
+      const V upper = numeric::upper_half(r), lower = r - upper;
+      const V rest = (((ay - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
+      small += as<V>(bits(rest * begun.inverse) & eq(v, V{}));
+    }
+    const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
+    const V angle =
+        (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(r + small, turn));
+    result[0] = flip_sign(angle, sign(begun.y));
+  }
+
+  template <class V>
   QOR_INLINE static void fast(V y, V x, const simd::lane_t<V>*, V* result, simd::Bits<V>& usual) {
     using namespace simd;
     using T = lane_t<V>;
-    const V ax = abs(x), ay = abs(y), larger = max(ax, ay);
-    const Bits<V> negative = lt(x, V{});
-    if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
+    if constexpr (tabled<T, A>) {
+      finish(begin(y, x), result, usual);
+    } else {
+      const V ax = abs(x), ay = abs(y), larger = max(ax, ay);
+      const Bits<V> negative = lt(x, V{});
       const V smaller = min(ax, ay), t = smaller / larger;
       // A NaN, infinity or overflow in the sum; 0/0; quotients below the normal numbers.
       usual = lt(ax + ay, splat<V>(std::numeric_limits<T>::infinity())) &
@@ -231,25 +305,6 @@ struct Atan2 {
       const Bits<V> steep = lt(ax, ay);
       const V base = select(steep, splat<V>(float(half_pi.hi)), as<V>(bits(splat<V>(float(pi.hi))) & negative));
       result[0] = flip_sign(base + flip_sign(Atan<A>::atan_low(t), (steep ^ negative) & sign_bit<V>), sign(y));
-    } else {
-      const V if_flat = as<V>(bits(ax) & eq(ay, V{}));
-      usual = le(splat<V>(least<T>), max(ay, if_flat)) & le(larger, splat<V>(1 / least<T>));
-      const V inverse = T(1) / ax;
-      const V z = min(max(ay * inverse, splat<V>(arc_lowest<T>)), splat<V>(64));
-      const auto [hi, lo, u, v] = arc_rows(atan_table<T>, z).column;
-      const V x_upper = numeric::upper_half(ax), x_lower = ax - x_upper;
-      const V r = ((ay * u - x_upper * v) - x_lower * v) / (ax * u + ay * v);
-      V small = lo + r * small_atan(r * r);
-      if constexpr (A == Accuracy::high) {
-        // y - r x in row 0, exactly.
-        const V upper = numeric::upper_half(r), lower = r - upper;
-        const V rest = (((ay - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
-        small += as<V>(bits(rest * inverse) & eq(v, V{}));
-      }
-      const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
-      const Bits<V> turn = negative & sign_bit<V>;
-      const V angle = (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(r + small, turn));
-      result[0] = flip_sign(angle, sign(y));
     }
   }
 
@@ -287,20 +342,20 @@ struct Atan2 {
       ax = ax > L::max() ? 1 : 0;
       ay = 1;
     } else {
-      // Of quotients below 2^-500 the arc tangent is the quotient, and the angle pi without it.
-      if (ay * 0x1p500 < ax && !left) {
-        result[0] = y / x;
-        const double size = y < 0 ? -result[0] : result[0];
-        return size < L::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
+      // Of quotients below 2^-100 the arc tangent is the quotient, and the angle with it not other than pi.
+      if (ay * 0x1p100 < ax) {
+        if (!left) {
+          result[0] = y / x;
+          return result[0] < L::min() && result[0] > -L::min() ? TFN_STATUS_UNDERFLOW : TFN_STATUS_OK;
+        }
+        ay = 0;
+      } else if (ax * 0x1p100 < ay) {
+        ax = 0;
       }
-      if (ax > 1 / least<double> || ay > 1 / least<double>) {
-        ax *= 0x1p-600;
-        ay *= 0x1p-600;
-      } else {
-        ax *= 0x1p600;
-        ay *= 0x1p600;
+      for (; ax > 1 / least<double> || ay > 1 / least<double>; ax *= 0x1p-400, ay *= 0x1p-400) {
       }
-      if (ax > 1 / least<double> || ay * 0x1p100 < ax) ay = 0;
+      for (; ax < least<double> && ay < least<double>; ax *= 0x1p400, ay *= 0x1p400) {
+      }
     }
     VecD angle;
     VecU64 usual;
