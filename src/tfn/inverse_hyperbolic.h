@@ -54,10 +54,10 @@ struct AsinhForm {
   template <class V>
   QOR_INLINE static numeric::Pair<V> plain(V x) {
     using T = simd::lane_t<V>;
-    const V p = x * x;
-    const auto y = numeric::quick_two_sum(x, p / (T(1) + simd::sqrt(p + T(1))));
-    const auto h = one_plus(y.hi);
-    return {h.hi, h.lo + y.lo};
+    const V p = x * x, more = p / (T(1) + simd::sqrt(p + T(1))), y = x + more;
+    auto h = one_plus(y);
+    if constexpr (sizeof(T) == 4) h.lo += more - (y - x);
+    return h;
   }
   template <class V>
   QOR_INLINE static simd::Bits<V> within(V x, V most) {
@@ -107,7 +107,11 @@ struct AtanhForm {
   template <class V>
   QOR_INLINE static numeric::Pair<V> plain(V x) {
     using T = simd::lane_t<V>;
-    return one_plus((x + x) / (T(1) - x));
+    const V below = T(1) - x, y = (x + x) / below;
+    auto h = one_plus(y);
+    // In singles with most of what 1 - x was rounded by, if it was.
+    if constexpr (sizeof(T) == 4) h.lo -= y * ((T(1) - below) - x);
+    return h;
   }
   template <class V>
   QOR_INLINE static simd::Bits<V> within(V x, V) {
@@ -116,7 +120,7 @@ struct AtanhForm {
   template <class T>
   static int outside(T x, T* y) {
     const T size = x < 0 ? -x : x;
-    y[0] = x != x ? x + x : size == 1 ? x / T(0) : std::numeric_limits<T>::quiet_NaN();
+    y[0] = x != x ? x + x : size == 1 ? x * std::numeric_limits<T>::infinity() : std::numeric_limits<T>::quiet_NaN();
     return x != x ? TFN_STATUS_OK : size == 1 ? TFN_STATUS_SING : TFN_STATUS_ERRDOM;
   }
 };
@@ -126,7 +130,7 @@ struct InverseHyperbolic {
   static constexpr int results = 1;
   static constexpr double filler = Form::half ? 0.5 : 1.5;
   template <class T>
-  static constexpr double bound = default_bound<T>(A);
+  static constexpr double bound = Form::half && A == Accuracy::low && sizeof(T) == 4 ? 2.1 : default_bound<T>(A);
 
   template <class V>
   QOR_INLINE static V positive(V x) {
@@ -138,29 +142,58 @@ struct InverseHyperbolic {
   }
   template <class V>
   QOR_INLINE static V with_sign(V y, V x) {
-    if constexpr (Form::half) y = y * simd::lane_t<V>(0.5);
     if constexpr (Form::odd) y = simd::flip_sign(y, simd::sign(x));
     return y;
   }
 
-  // Up to 2^500 squares don't overflow. The first stage is the pair.
+  // The first stage is the pair, of a single for _HA two pairs of doubles.
+  template <class V>
   struct Begun {
-    simd::VecD x;
-    numeric::Pair<simd::VecD> p;
+    V x;
+    numeric::Pair<V> p;
   };
-  QOR_INLINE static Begun begin(simd::VecD x) {
-    if constexpr (A == Accuracy::high) {
-      return {x, Form::exact(positive(x))};
+  struct BegunWide {
+    simd::VecF x;
+    numeric::Pair<simd::VecD> low, high;
+  };
+  template <class V>
+  QOR_INLINE static auto begin(V x) {
+    if constexpr (sizeof(simd::lane_t<V>) == 4 && A == Accuracy::high) {
+      return BegunWide{x, Form::plain(positive(simd::widen_low(x))), Form::plain(positive(simd::widen_high(x)))};
+    } else if constexpr (A == Accuracy::high) {
+      return Begun<V>{x, Form::exact(positive(x))};
     } else {
-      return {x, Form::plain(positive(x))};
+      return Begun<V>{x, Form::plain(positive(x))};
     }
   }
-  QOR_INLINE static void finish(const Begun& begun, simd::VecD* y, simd::VecU64& usual) {
+  // Up to 2^500, and 2^60 in singles, squares don't overflow.
+  QOR_INLINE static void finish(const Begun<simd::VecD>& begun, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
-    usual = Form::within(positive(begun.x), splat<VecD>(0x1p500));
-    y[0] = with_sign(Ln<Accuracy::high>::of_pair(begun.p), begun.x);
+    const VecD ax = positive(begun.x);
+    usual = Form::within(ax, splat<VecD>(0x1p500));
+    VecD log = Ln<Accuracy::high>::of_pair(begun.p);
+    if constexpr (Form::half) log = log * 0.5;
+    // Odd functions are x + O(x^3), and 1 + x has too few bits.
+    if constexpr (Form::odd && A == Accuracy::high) log = select(lt(ax, splat<VecD>(0x1p-28)), ax, log);
+    y[0] = with_sign(log, begun.x);
   }
-  QOR_INLINE static void fast(simd::VecD x, const double*, simd::VecD* y, simd::VecU64& usual) {
+  QOR_INLINE static void finish(const Begun<simd::VecF>& begun, simd::VecF* y, simd::VecU32& usual) {
+    using namespace simd;
+    usual = Form::within(positive(begun.x), splat<VecF>(0x1p60f));
+    VecF log = Ln<Accuracy::low>::of_pair(begun.p);
+    if constexpr (Form::half) log = log * 0.5f;
+    y[0] = with_sign(log, begun.x);
+  }
+  QOR_INLINE static void finish(const BegunWide& begun, simd::VecF* y, simd::VecU32& usual) {
+    using namespace simd;
+    usual = Form::within(positive(begun.x), splat<VecF>(std::numeric_limits<float>::infinity()));
+    using Short = Ln<Accuracy::low>;
+    VecF log = narrow(Short::of_pair_for_single(begun.low), Short::of_pair_for_single(begun.high));
+    if constexpr (Form::half) log = log * 0.5f;
+    y[0] = with_sign(log, begun.x);
+  }
+  template <class V>
+  QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
     finish(begin(x), y, usual);
   }
   // ln(2 x) beyond.
@@ -175,18 +208,6 @@ struct InverseHyperbolic {
     usual |= large;
   }
 
-  QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
-    using namespace simd;
-    const VecF ax = positive(x);
-    if constexpr (A == Accuracy::high) {
-      usual = Form::within(ax, splat<VecF>(std::numeric_limits<float>::infinity()));
-      const auto half = [](VecD v) { return with_sign(Ln<Accuracy::low>::of_pair_short(Form::plain(positive(v))), v); };
-      y[0] = narrow(half(widen_low(x)), half(widen_high(x)));
-    } else {
-      usual = Form::within(ax, splat<VecF>(0x1p60f));
-      y[0] = with_sign(Ln<Accuracy::low>::of_pair(Form::plain(ax)), x);
-    }
-  }
   QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y, simd::VecU32& usual) requires(!Form::half && A == Accuracy::low) {
     InverseHyperbolic<Form, Accuracy::high>::fast(x, nullptr, y, usual);
   }

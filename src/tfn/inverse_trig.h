@@ -217,9 +217,13 @@ struct Atan {
     using T = lane_t<V>;
     usual = ~Bits<V>{};
     if constexpr (sizeof(T) == 4 && A == Accuracy::low) {
-      const V ax = abs(x), one = splat<V>(1);
-      const V a = atan_low(min(one, ax) / max(one, ax));
-      y[0] = flip_sign(select(lt(one, ax), float(half_pi.hi) - a, a), sign(x));
+      // atan t, or pi/2 - atan t.
+      const V ax = abs(x), one = splat<V>(1), t = min(one, ax) / max(one, ax);
+      const Bits<V> steep = lt(one, ax), turn = steep & sign_bit<V>;
+      const auto part = [steep](float v) { return as<V>(bits(splat<V>(v)) & steep); };
+      constexpr float hi = float(half_pi.hi), lo = float(half_pi.hi - hi);
+      const V angle = (part(hi) + flip_sign(t, turn)) + (part(lo) + flip_sign(atan_low(t), turn));
+      y[0] = flip_sign(angle, sign(x));
     } else {
       const V ax = min(splat<V>(T(0x1p60)), abs(x));
       const V z = min(max(ax, splat<V>(arc_lowest<T>)), splat<V>(64));
@@ -228,12 +232,14 @@ struct Atan {
       y[0] = flip_sign(hi + (r + (lo + r * small_atan(r * r))), sign(x));
     }
   }
-  // atan t, 0 <= t <= 1; by tools/fit/inverse_trig.sollya, relative error 2^-25.6.
+  // atan t - t, 0 <= t <= 1; by tools/fit/inverse_trig.sollya, relative error 2^-25.6.
   template <class V>
   QOR_INLINE static V atan_low(V t) {
     const V t2 = t * t;
-    return t + t * (t2 * simd::horner(t2, 0x1.7ed232p-9f, -0x1.0c2c14p-6f, 0x1.61fddap-5f, -0x1.3556b6p-4f, 0x1.b4e12ap-4f,
-                                      -0x1.230adcp-3f, 0x1.9978f4p-3f, -0x1.5554dcp-2f));
+    const V t4 = t2 * t2;  // two short chains instead of a long one
+    const V odd = simd::horner(t4, 0x1.7ed232p-9f, 0x1.61fddap-5f, 0x1.b4e12ap-4f, 0x1.9978f4p-3f);
+    const V even = simd::horner(t4, -0x1.0c2c14p-6f, -0x1.3556b6p-4f, -0x1.230adcp-3f, -0x1.5554dcp-2f);
+    return t * (t2 * (odd * t2 + even));
   }
   template <class T>
   static int element(T x, T* y) {
@@ -303,8 +309,14 @@ struct Atan2 {
       usual = lt(ax + ay, splat<V>(std::numeric_limits<T>::infinity())) &
               (le(splat<V>(std::numeric_limits<T>::min()), t) | (eq(smaller, V{}) & eq(t, V{})));
       const Bits<V> steep = lt(ax, ay);
-      const V base = select(steep, splat<V>(float(half_pi.hi)), as<V>(bits(splat<V>(float(pi.hi))) & negative));
-      result[0] = flip_sign(base + flip_sign(Atan<A>::atan_low(t), (steep ^ negative) & sign_bit<V>), sign(y));
+      // t and what is left of its arc tangent, from 0, pi/2 or pi.
+      const auto part = [steep, negative](float half, float whole) {
+        return select(steep, splat<V>(half), as<V>(bits(splat<V>(whole)) & negative));
+      };
+      constexpr float hi = float(half_pi.hi), lo = float(half_pi.hi - hi);
+      const Bits<V> turn = (steep ^ negative) & sign_bit<V>;
+      const V angle = (part(hi, 2 * hi) + flip_sign(t, turn)) + (part(lo, 2 * lo) + flip_sign(Atan<A>::atan_low(t), turn));
+      result[0] = flip_sign(angle, sign(y));
     }
   }
 

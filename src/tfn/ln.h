@@ -33,8 +33,10 @@ struct Ln {
     y[0] = core(x, at, simd::splat<simd::VecD>(0x1p52 + 1023));
   }
 
-  // ln x for normal positive x; `at` holds x. The exponent field, read as an integer above 2^52, less `bias` is k.
-  QOR_INLINE static simd::VecD core(simd::VecD x, const double* at, simd::VecD bias) {
+  // ln x for normal positive x; `at` holds x. The exponent field, read as an integer above 2^52, less `bias` is k. With
+  // a small second part, ln(x + rest).
+  template <class... Rest>
+  QOR_INLINE static simd::VecD core(simd::VecD x, const double* at, simd::VecD bias, Rest... rest) {
     using namespace simd;
     const VecU64 b = bits(x);
     const VecD k = as<VecD>((b >> 52) | splat<VecU64>(0x4330000000000000)) - bias;
@@ -43,10 +45,7 @@ struct Ln {
     const auto row = [at](int lane) { return (((numeric::high_word(at + lane) >> 7) & 0x1FF0) + 16) & 0x3FE0; };
     if constexpr (A == Accuracy::low) {
       const auto [hi, lo, c] = gather_rows<3>(&ln_table[0].hi, row).column;
-      // m rounded to 8 fraction bits; ties go up, as in the row's number.
-      const VecD m1 =
-          (as<VecD>(bits(m) | splat<VecU64>(0x000003FF000003FF)) + splat<VecD>(0x1p44)) - splat<VecD>(0x1p44);
-      const VecD u = (m - m1) * c;
+      const VecD u = (m - to_row(m)) * c;
       // ln(1 + u) - u, minimax on |u| <= 2^-9; its error, 2^-60.6, is 2.7 ulp of the smallest results that come with so
       // large a u.
       const VecD p =
@@ -57,10 +56,56 @@ struct Ln {
       // The halves of m have 26 and 27 bits and c has 10: both products, and their sum less one, are exact.
       const VecD head = as<VecD>(bits(m) & splat<VecU64>(0xFFFFFFFFF8000000));
       const VecD u = (head * c - 1.0) + (m - head) * c;
-      const VecD p = horner(u, -1.0 / 6, ln_fit_5, -1.0 / 4, ln_fit_3, -1.0 / 2) * u * u;
+      VecD p = horner(u, -1.0 / 6, ln_fit_5, -1.0 / 4, ln_fit_3, -1.0 / 2) * u * u;
+      if constexpr (sizeof...(rest) != 0) {
+        // ln(1 + u + v) - ln(1 + u), v below an ulp of 1 (or of any size where u = 0, and below that then).
+        const VecD v = (rest + ...) * inverse_power(x) * c;
+        p += v - v * u;
+      }
       const auto [s, e] = numeric::quick_two_sum(k * ln2_hi + hi, u);
       return s + (e + ((k * ln2_lo + lo) + p));
     }
+  }
+
+  // m rounded to 8 fraction bits; ties go up, as in the row's number.
+  QOR_INLINE static simd::VecD to_row(simd::VecD m) {
+    using namespace simd;
+    return (as<VecD>(bits(m) | splat<VecU64>(0x000003FF000003FF)) + splat<VecD>(0x1p44)) - splat<VecD>(0x1p44);
+  }
+
+  // 2^-k for x = 2^k m, m in [1, 2).
+  template <class V>
+  QOR_INLINE static V inverse_power(V x) {
+    using namespace simd;
+    using Word = lane_t<Bits<V>>;
+    constexpr Word exponent = sizeof(Word) == 8 ? Word(0x7FF0000000000000) : Word(0x7F800000);
+    constexpr Word twice_bias = sizeof(Word) == 8 ? Word(0x7FE0000000000000) : Word(0x7F000000);
+    return as<V>(splat<Bits<V>>(twice_bias) - (bits(x) & splat<Bits<V>>(exponent)));
+  }
+
+  // ln(h + l), h >= 1 normal, |l| below an ulp of h or h = 1: with all the accuracy of _HA, or in doubles for results
+  // that become singles (2^-31), or in singles.
+  QOR_INLINE static simd::VecD of_pair(Pair<simd::VecD> x) requires(A == Accuracy::high) {
+    double copy[simd::lanes<simd::VecD>];
+    simd::store(copy, x.hi);
+    return core(x.hi, copy, simd::splat<simd::VecD>(0x1p52 + 1023), x.lo);
+  }
+  QOR_INLINE static simd::VecD of_pair_for_single(Pair<simd::VecD> x) requires(A == Accuracy::low) {
+    using namespace simd;
+    const VecU64 b = bits(x.hi);
+    double copy[lanes<VecD>];
+    store(copy, x.hi);
+    const auto [hi, lo, c] = gather_rows<3>(&ln_table[0].hi, [&](int lane) {
+                               return (((numeric::high_word(copy + lane) >> 7) & 0x1FF0) + 16) & 0x3FE0;
+                             }).column;
+    const VecD k = as<VecD>((b >> 52) | splat<VecU64>(0x4330000000000000)) - (0x1p52 + 1023);
+    const VecD m = as<VecD>((b & splat<VecU64>(0x000FFFFFFFFFFFFF)) | splat<VecU64>(0x3FF0000000000000));
+    const VecD m1 = to_row(m);
+    const VecD u = ((m - m1) + x.lo * inverse_power(x.hi)) * c;
+    return (k * (ln2_hi + ln2_lo) + hi) + (u + u * u * horner(u, -1.0 / 4, 1.0 / 3, -1.0 / 2));
+  }
+  QOR_INLINE static simd::VecF of_pair(Pair<simd::VecF> x) requires(A == Accuracy::low) {
+    return low_single(x.hi, x.lo);
   }
 
   // ln(1 + u) - u for |u| <= U = 2^-9 and a little (in rows far from 1, where results are larger, up to 2^-8.4): the
@@ -90,16 +135,24 @@ struct Ln {
       const auto [s, e] = numeric::quick_two_sum(k * ln2_first + hi, u);
       y[0] = s + (e + ((k * ln2_second + lo) + p));
     } else {
-      // m in [sqrt(1/2), sqrt 2), r = m - 1: ln(1 + r) = r - r^2/2 + r^3 p(r).
-      const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
-      const VecF k = to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23));
-      const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x3F3504F3));
-      const VecF r = m - 1.0f, r2 = r * r;
-      const VecF p = horner(r, ln_low_fit[0], ln_low_fit[1], ln_low_fit[2], ln_low_fit[3], ln_low_fit[4], ln_low_fit[5],
-                            ln_low_fit[6]);
-      // k times the first part of ln 2 is exact: 8 + 15 bits.
-      y[0] = k * 0x1.62e4p-1f + (r + (k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)));
+      y[0] = low_single(x);
     }
+  }
+
+  // ln x or, with a small second part, ln(x + rest), x >= 1.
+  template <class... Rest>
+  QOR_INLINE static simd::VecF low_single(simd::VecF x, Rest... rest) {
+    using namespace simd;
+    // m in [sqrt(1/2), sqrt 2), r = m - 1: ln(1 + r) = r - r^2/2 + r^3 p(r).
+    const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
+    const VecF k = to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23));
+    const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x3F3504F3));
+    const VecF power = as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)));
+    const VecF r = ((m - 1.0f) + ... + (rest * power)), r2 = r * r;
+    const VecF p = horner(r, ln_low_fit[0], ln_low_fit[1], ln_low_fit[2], ln_low_fit[3], ln_low_fit[4], ln_low_fit[5],
+                          ln_low_fit[6]);
+    // k times the first part of ln 2 is exact: 8 + 15 bits.
+    return k * 0x1.62e4p-1f + (r + (k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)));
   }
 
   // p of the low single accuracy, leading coefficient first: minimax for the relative error of ln(1 + r) on
