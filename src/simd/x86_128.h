@@ -99,6 +99,21 @@ class HighWords {
   alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
 };
 
+// The lanes in memory, for loads of parts of them: the compiler would take them from the register, with more
+// instructions.
+template <class V>
+class InMemory {
+ public:
+  QOR_INLINE explicit InMemory(V v) {
+    store(lane_, v);
+    asm("" : "+m"(lane_));
+  }
+  QOR_INLINE const lane_t<V>* operator+(int lane) const { return lane_ + lane; }
+
+ private:
+  alignas(sizeof(V)) lane_t<V> lane_[lanes<V>];
+};
+
 // One table row a lane, transposed into columns. `offset(lane)` is the row's offset from `table` in bytes; rows are
 // aligned to 16 bytes.
 template <class V, int N>

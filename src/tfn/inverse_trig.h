@@ -30,13 +30,14 @@ namespace qor::tfn {
 // The row for the number z > 0 in each lane, clamped by the caller to 2^-6 less a part .. the table's end.
 template <class T, std::size_t N, class V>
 QOR_INLINE auto arc_rows(const std::array<ArcRow<T>, N>& table, V z) {
-  constexpr int fraction_bits = ArcTraits<T>::wide ? 20 : 23, shift = fraction_bits - ArcTraits<T>::log2_parts;
-  constexpr std::uint32_t bias = ArcTraits<T>::wide ? 1023 : 127;
+  constexpr int log2_row = ArcTraits<T>::wide ? 5 : 4, fraction_bits = ArcTraits<T>::wide ? 20 : 23;
+  constexpr int shift = fraction_bits - ArcTraits<T>::log2_parts - log2_row;
+  constexpr std::uint32_t bias = ArcTraits<T>::wide ? 1023 : 127, row_bytes = sizeof(ArcRow<T>);
+  static_assert(row_bytes == 1 << log2_row);
   constexpr std::uint32_t row_0 = ((bias + arc_first_octave) << ArcTraits<T>::log2_parts) - 1;
-  T copy[simd::lanes<V>];
-  simd::store(copy, z);
+  const simd::InMemory<V> copy(z);
   return simd::gather_rows<4>(&table[0].hi, [&](int lane) {
-    return ((numeric::high_word(copy + lane) >> shift) - row_0) * std::uint32_t{sizeof(ArcRow<T>)};
+    return (numeric::high_word(copy + lane) >> shift & ~(row_bytes - 1)) - row_0 * row_bytes;
   });
 }
 template <class T>
@@ -83,20 +84,41 @@ QOR_INLINE numeric::Pair<V> finish_arc(const ArcBegun<V>& begun) {
   using T = lane_t<V>;
   const V ax = abs(begun.x);
   const auto [hi, lo, s, c] = arc_rows(arc_table<T, Cosine>, begun.z).column;
-  // The divisor is 0 for x = 0, where the quotient is to be a number, and next to acos 1, where it is to be finite.
-  constexpr T least = Cosine ? (sizeof(T) == 8 ? T(0x1p-900) : T(0x1p-90f)) : std::numeric_limits<T>::denorm_min();
-  const V d = (Cosine ? s - ax : ax - s) * ((ax + s) / max(ax * c + begun.root * s, splat<V>(least)));
+  V divisor = ax * c + begun.root * s;
+  if constexpr (!Cosine) divisor = max(divisor, splat<V>(std::numeric_limits<T>::denorm_min()));  // x = 0
+  const V d = (Cosine ? s - ax : ax - s) * ((ax + s) / divisor);
   return {hi, d + (lo + d * small_asin(d * d))};
 }
-// The low single accuracy has no table.
-template <class T, Accuracy A>
-inline constexpr bool tabled = sizeof(T) == 8 || A == Accuracy::high;
-
-// Low single accuracy: t = x^2, or (1 - |x|)/2 if that is less; asin r - r for r = sqrt t <= 1/2, by
-// tools/fit/inverse_trig.sollya, relative error 2^-27.3.
-QOR_INLINE simd::VecF arc_low_square(simd::VecF ax) { return simd::min(ax * ax, 0.5f - 0.5f * ax); }
-QOR_INLINE simd::VecF arc_low(simd::VecF r, simd::VecF t) {
-  return r * (t * simd::horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
+// Low accuracy: t = x^2, or (1 - |x|)/2 if that is less; asin r - r for r = sqrt t <= 1/2, by
+// tools/fit/inverse_trig.sollya, relative errors 2^-55.8 and 2^-27.3.
+template <class V>
+QOR_INLINE V arc_low_square(V ax) {
+  using T = simd::lane_t<V>;
+  return simd::min(ax * ax, T(0.5) - T(0.5) * ax);
+}
+template <class V>
+QOR_INLINE V arc_low(V r, V t) {
+  if constexpr (sizeof(simd::lane_t<V>) == 8) {
+    const V t2 = t * t;  // two short chains instead of a long one
+    const V odd = simd::horner(t2, 0x1.056cbe7951fc9p-5, 0x1.3ff33c5bda34p-6, 0x1.8ec2b52fd4e0bp-7, 0x1.1c6be0fcccd48p-6,
+                               0x1.f1c72c38610c8p-6, 0x1.333333336e7cbp-4);
+    const V even = simd::horner(t2, -0x1.09d10e30d7af3p-6, 0x1.abd1991033d6bp-8, 0x1.c6fdcd89094a1p-7,
+                                0x1.6e89f44cb6bc5p-6, 0x1.6db6db427c841p-5, 0x1.555555555539p-3);
+    return r * (t * (odd * t + even));
+  } else {
+    return r *
+           (t * simd::horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
+  }
+}
+// pi/2 rounded, and what it lacks.
+template <class T>
+inline constexpr T right_angle = T(half_pi.hi);
+template <class T>
+inline constexpr T right_angle_rest = T((half_pi.hi - right_angle<T>) + half_pi.lo);
+// c in the lanes of m, else 0.
+template <class V>
+QOR_INLINE V where(simd::Bits<V> m, simd::lane_t<V> c) {
+  return simd::as<V>(simd::bits(simd::splat<V>(c)) & m);
 }
 
 template <Accuracy A>
@@ -107,7 +129,7 @@ struct Asin {
   static constexpr double bound = default_bound<T>(A);
 
   template <class V>
-  QOR_INLINE static auto begin(V x) requires(tabled<simd::lane_t<V>, A>) {
+  QOR_INLINE static auto begin(V x) requires(A == Accuracy::high) {
     return begin_arc<false>(x);
   }
   template <class V>
@@ -120,19 +142,21 @@ struct Asin {
   template <class V>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
     using namespace simd;
-    if constexpr (tabled<lane_t<V>, A>) {
+    using T = lane_t<V>;
+    if constexpr (A == Accuracy::high) {
       finish(begin(x), y, usual);
     } else {
       const V ax = abs(x);
       usual = le(ax, splat<V>(1));
       // asin r, or pi/2 - 2 asin r.
       // The root of a square is the number, unless the square is too small.
-      const V t = arc_low_square(ax), r = min(ax, sqrt(max(t, splat<V>(0x1p-100f)))), rest = arc_low(r, t);
-      const Bits<V> upper = lt(splat<V>(0.5f), ax);
+      constexpr T least = sizeof(T) == 8 ? T(0x1p-960) : T(0x1p-100);
+      const V t = arc_low_square(ax), r = min(ax, sqrt(max(t, splat<V>(least)))), rest = arc_low(r, t);
+      const Bits<V> upper = lt(splat<V>(T(0.5)), ax);
       const V factor = as<V>(bits(splat<V>(1)) ^ (upper & (bits(splat<V>(1)) ^ bits(splat<V>(-2)))));
-      const auto part = [upper](float v) { return as<V>(bits(splat<V>(v)) & upper); };
-      constexpr float hi = float(half_pi.hi), lo = float(half_pi.hi - hi);
-      y[0] = flip_sign((part(hi) + factor * r) + (part(lo) + factor * rest), sign(x));
+      const V angle =
+          (where<V>(upper, right_angle<T>) + factor * r) + (where<V>(upper, right_angle_rest<T>) + factor * rest);
+      y[0] = flip_sign(angle, sign(x));
     }
   }
   template <class T>
@@ -150,7 +174,7 @@ struct Acos {
   static constexpr double bound = default_bound<T>(A);
 
   template <class V>
-  QOR_INLINE static auto begin(V x) requires(tabled<simd::lane_t<V>, A>) {
+  QOR_INLINE static auto begin(V x) requires(A == Accuracy::high) {
     return begin_arc<true>(x);
   }
   // acos(-x) = pi - acos x. Above 1 - 2^-13 the result is about the square root, which has to be
@@ -161,22 +185,22 @@ struct Acos {
     using T = lane_t<V>;
     usual = le(abs(begun.x), splat<V>(1)) & le(begun.x, splat<V>(end_of_table<T>));
     const Bits<V> negative = lt(begun.x, V{}), turn = negative & sign_bit<V>;
-    const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
     const auto [hi, rest] = finish_arc<true>(begun);
-    y[0] = (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(rest, turn));
+    y[0] = (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) + (where<V>(negative, pi_row<T>.lo) + flip_sign(rest, turn));
   }
   template <class V>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
     using namespace simd;
-    if constexpr (tabled<lane_t<V>, A>) {
+    using T = lane_t<V>;
+    if constexpr (A == Accuracy::high) {
       finish(begin(x), y, usual);
     } else {
       const V ax = abs(x);
       usual = le(ax, splat<V>(1));
       // pi/2 - asin x, or 2 asin r, or pi - 2 asin r.
-      const Bits<V> negative = lt(x, V{}), upper = lt(splat<V>(0.5f), ax);
+      const Bits<V> negative = lt(x, V{}), upper = lt(splat<V>(T(0.5)), ax);
       const V t = arc_low_square(ax), r = sqrt(t), a = r + arc_low(r, t);
-      const V base = select(upper, as<V>(bits(splat<V>(float(pi.hi))) & negative), splat<V>(float(half_pi.hi)));
+      const V base = select(upper, where<V>(negative, 2 * right_angle<T>), splat<V>(right_angle<T>));
       y[0] = base + flip_sign(a + as<V>(bits(a) & upper), ~(negative ^ upper) & sign_bit<V>);
     }
   }
@@ -186,7 +210,7 @@ struct Acos {
   // x = 1 - w, w <= 2^-13: acos x = sqrt(2 w) (1 + w/12 + 3/160 w^2 + 5/896 w^3 + 35/18432 w^4), the root with its
   // remainder; the next term is 2^-75.
   template <class V>
-  QOR_COLD static void retry(const V& x, V* y, simd::Bits<V>& usual) requires(tabled<simd::lane_t<V>, A>) {
+  QOR_COLD static void retry(const V& x, V* y, simd::Bits<V>& usual) requires(A == Accuracy::high) {
     using namespace simd;
     using T = lane_t<V>;
     const Bits<V> close = lt(splat<V>(end_of_table<T>), x) & le(x, splat<V>(1));
@@ -220,9 +244,8 @@ struct Atan {
       // atan t, or pi/2 - atan t.
       const V ax = abs(x), one = splat<V>(1), t = min(one, ax) / max(one, ax);
       const Bits<V> steep = lt(one, ax), turn = steep & sign_bit<V>;
-      const auto part = [steep](float v) { return as<V>(bits(splat<V>(v)) & steep); };
-      constexpr float hi = float(half_pi.hi), lo = float(half_pi.hi - hi);
-      const V angle = (part(hi) + flip_sign(t, turn)) + (part(lo) + flip_sign(atan_low(t), turn));
+      const V angle = (where<V>(steep, right_angle<T>) + flip_sign(t, turn)) +
+                      (where<V>(steep, right_angle_rest<T>) + flip_sign(atan_low(t), turn));
       y[0] = flip_sign(angle, sign(x));
     } else {
       const V ax = min(splat<V>(T(0x1p60)), abs(x));
@@ -265,7 +288,7 @@ struct Atan2 {
     V y, x, inverse, z;
   };
   template <class V>
-  QOR_INLINE static Begun<V> begin(V y, V x) requires(tabled<simd::lane_t<V>, A>) {
+  QOR_INLINE static Begun<V> begin(V y, V x) requires(sizeof(simd::lane_t<V>) == 8 || A == Accuracy::high) {
     using namespace simd;
     using T = lane_t<V>;
     const V inverse = T(1) / abs(x);
@@ -289,9 +312,8 @@ struct Atan2 {
       const V rest = (((ay - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
       small += as<V>(bits(rest * begun.inverse) & eq(v, V{}));
     }
-    const auto pi_part = [negative](T part) { return as<V>(bits(splat<V>(part)) & negative); };
     const V angle =
-        (pi_part(pi_row<T>.hi) + flip_sign(hi, turn)) + (pi_part(pi_row<T>.lo) + flip_sign(r + small, turn));
+        (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) + (where<V>(negative, pi_row<T>.lo) + flip_sign(r + small, turn));
     result[0] = flip_sign(angle, sign(begun.y));
   }
 
@@ -299,7 +321,7 @@ struct Atan2 {
   QOR_INLINE static void fast(V y, V x, const simd::lane_t<V>*, V* result, simd::Bits<V>& usual) {
     using namespace simd;
     using T = lane_t<V>;
-    if constexpr (tabled<T, A>) {
+    if constexpr (sizeof(T) == 8 || A == Accuracy::high) {
       finish(begin(y, x), result, usual);
     } else {
       const V ax = abs(x), ay = abs(y), larger = max(ax, ay);
@@ -310,12 +332,10 @@ struct Atan2 {
               (le(splat<V>(std::numeric_limits<T>::min()), t) | (eq(smaller, V{}) & eq(t, V{})));
       const Bits<V> steep = lt(ax, ay);
       // t and what is left of its arc tangent, from 0, pi/2 or pi.
-      const auto part = [steep, negative](float half, float whole) {
-        return select(steep, splat<V>(half), as<V>(bits(splat<V>(whole)) & negative));
-      };
-      constexpr float hi = float(half_pi.hi), lo = float(half_pi.hi - hi);
+      const auto base = [steep, negative](T c) { return select(steep, splat<V>(c), where<V>(negative, 2 * c)); };
       const Bits<V> turn = (steep ^ negative) & sign_bit<V>;
-      const V angle = (part(hi, 2 * hi) + flip_sign(t, turn)) + (part(lo, 2 * lo) + flip_sign(Atan<A>::atan_low(t), turn));
+      const V angle = (base(right_angle<T>) + flip_sign(t, turn)) +
+                      (base(right_angle_rest<T>) + flip_sign(Atan<A>::atan_low(t), turn));
       result[0] = flip_sign(angle, sign(y));
     }
   }

@@ -88,14 +88,14 @@ inline constexpr auto atan_table = [] {
 
 // Arc sine and arc cosine, {hi, lo, S, C}: S is the argument that gives the row's angle exactly, C = sqrt(1 - S^2).
 // Rows are selected by z = 1 + (sine of the angle) - (cosine of the angle), which is close to small angles and grows
-// evenly enough up to 2 for a right angle. In the last row of the arc sine C isn't 0 but too small to be felt, so that
-// nothing is divided by 0.
+// evenly enough up to 2 for a right angle. What should be 0 is too small to be felt
+// instead where it would be divided by.
 template <class T, bool Cosine>
 inline constexpr auto arc_table = [] {
   constexpr int parts = ArcTraits<T>::parts, count = 7 * parts;
   std::array<ArcRow<T>, count + 2> rows{};
   Pair<double> angle{0, 0}, sine_before{0, 0}, cosine_before{1, 0};
-  rows[0] = {0, 0, Cosine ? 1 : 0, Cosine ? 0 : 1};
+  rows[0] = {0, 0, Cosine ? T(1) : T(0), Cosine ? T(0x1p-70) : T(1)};
   for (int j = 0; j < count; ++j) {
     const double p = arc_middle(j, parts) - 1, sum = root(Pair<double>{2 - p * p, 0}).hi;
     const T s = T((Cosine ? sum - p : sum + p) / 2);
@@ -106,7 +106,7 @@ inline constexpr auto arc_table = [] {
     sine_before = sine;
     cosine_before = cosine;
   }
-  rows[count + 1] = arc_row<T>(half_pi, Cosine ? 0 : 1, Cosine ? T(1) : T(0x1p-70));
+  rows[count + 1] = arc_row<T>(half_pi, Cosine ? T(0x1p-70) : T(1), Cosine ? T(1) : T(0x1p-70));
   return rows;
 }();
 
