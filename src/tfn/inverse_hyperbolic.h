@@ -130,7 +130,7 @@ struct InverseHyperbolic {
   static constexpr int results = 1;
   static constexpr double filler = Form::half ? 0.5 : 1.5;
   template <class T>
-  static constexpr double bound = Form::half && A == Accuracy::low && sizeof(T) == 4 ? 2.1 : default_bound<T>(A);
+  static constexpr double bound = Form::half&& A == Accuracy::low && sizeof(T) == 4 ? 2.1 : default_bound<T>(A);
 
   template <class V>
   QOR_INLINE static V positive(V x) {
@@ -208,7 +208,8 @@ struct InverseHyperbolic {
     usual |= large;
   }
 
-  QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y, simd::VecU32& usual) requires(!Form::half && A == Accuracy::low) {
+  QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y,
+                             simd::VecU32& usual) requires(!Form::half && A == Accuracy::low) {
     InverseHyperbolic<Form, Accuracy::high>::fast(x, nullptr, y, usual);
   }
   template <class T>

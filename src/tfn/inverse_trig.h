@@ -4,8 +4,8 @@
 //   asin x - asin S = asin d,        d = (x - S) (x + S)/(x C + S sqrt(1 - x^2)),  C = sqrt(1 - S^2)
 //   acos x - acos S = asin(-d)
 // A row lies within 1/128 (doubles) or 1/256 (singles) of the angle, and so the few roundings in r and d weigh little:
-// no second parts are carried but the row's own. In row 0, the angle 0, r and d are exact to begin with; there the angle
-// of a point takes the remainder of its quotient, and the arc cosine next to 1 that of its square root.
+// no second parts are carried but the row's own. In row 0, the angle 0, r and d are exact to begin with; there the
+// angle of a point takes the remainder of its quotient, and the arc cosine next to 1 that of its square root.
 // - double: 0.53 ulp in both accuracies; what is only done for _HA: the two remainders. Without: 1.5 ulp.
 // - single _HA: the same in single precision with twice the rows: 0.509 ulp. (In double precision: 0.501, but nearly
 //   twice the time.)
@@ -100,21 +100,20 @@ template <class V>
 QOR_INLINE V arc_low(V r, V t) {
   if constexpr (sizeof(simd::lane_t<V>) == 8) {
     const V t2 = t * t;  // two short chains instead of a long one
-    const V odd = simd::horner(t2, 0x1.056cbe7951fc9p-5, 0x1.3ff33c5bda34p-6, 0x1.8ec2b52fd4e0bp-7, 0x1.1c6be0fcccd48p-6,
-                               0x1.f1c72c38610c8p-6, 0x1.333333336e7cbp-4);
+    const V odd = simd::horner(t2, 0x1.056cbe7951fc9p-5, 0x1.3ff33c5bda34p-6, 0x1.8ec2b52fd4e0bp-7,
+                               0x1.1c6be0fcccd48p-6, 0x1.f1c72c38610c8p-6, 0x1.333333336e7cbp-4);
     const V even = simd::horner(t2, -0x1.09d10e30d7af3p-6, 0x1.abd1991033d6bp-8, 0x1.c6fdcd89094a1p-7,
                                 0x1.6e89f44cb6bc5p-6, 0x1.6db6db427c841p-5, 0x1.555555555539p-3);
     return r * (t * (odd * t + even));
   } else {
-    return r *
-           (t * simd::horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
+    return r * (t * simd::horner(t, 0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f));
   }
 }
 // pi/2 rounded, and what it lacks.
 template <class T>
 inline constexpr T right_angle = T(half_pi.hi);
 template <class T>
-inline constexpr T right_angle_rest = T((half_pi.hi - right_angle<T>) + half_pi.lo);
+inline constexpr T right_angle_rest = T((half_pi.hi - right_angle<T>)+half_pi.lo);
 // c in the lanes of m, else 0.
 template <class V>
 QOR_INLINE V where(simd::Bits<V> m, simd::lane_t<V> c) {
@@ -186,7 +185,8 @@ struct Acos {
     usual = le(abs(begun.x), splat<V>(1)) & le(begun.x, splat<V>(end_of_table<T>));
     const Bits<V> negative = lt(begun.x, V{}), turn = negative & sign_bit<V>;
     const auto [hi, rest] = finish_arc<true>(begun);
-    y[0] = (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) + (where<V>(negative, pi_row<T>.lo) + flip_sign(rest, turn));
+    y[0] = (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) +
+           (where<V>(negative, pi_row<T>.lo) + flip_sign(rest, turn));
   }
   template <class V>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
@@ -312,8 +312,8 @@ struct Atan2 {
       const V rest = (((ay - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
       small += as<V>(bits(rest * begun.inverse) & eq(v, V{}));
     }
-    const V angle =
-        (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) + (where<V>(negative, pi_row<T>.lo) + flip_sign(r + small, turn));
+    const V angle = (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) +
+                    (where<V>(negative, pi_row<T>.lo) + flip_sign(r + small, turn));
     result[0] = flip_sign(angle, sign(begun.y));
   }
 
@@ -399,7 +399,8 @@ struct Atan2 {
     double wide;
     int status = Atan2<Accuracy::high>::element(double(y), double(x), &wide);
     result[0] = static_cast<float>(wide);
-    if (wide != 0 && wide < std::numeric_limits<float>::min() && -wide < std::numeric_limits<float>::min()) status = TFN_STATUS_UNDERFLOW;
+    if (wide != 0 && wide < std::numeric_limits<float>::min() && -wide < std::numeric_limits<float>::min())
+      status = TFN_STATUS_UNDERFLOW;
     return status;
   }
 };

@@ -88,7 +88,8 @@ inline constexpr auto atan_table = [] {
 
 // Arc sine and arc cosine, {hi, lo, S, C}: S is the argument that gives the row's angle exactly, C = sqrt(1 - S^2).
 // Rows are selected by z = 1 + (sine of the angle) - (cosine of the angle), which is close to small angles and grows
-// evenly enough up to 2 for a right angle. What should be 0 is too small to be felt
+// evenly enough up to 2 for a right angle. The last part takes the row of the right angle, from which the difference of
+// small x is x, so that neighbours of 0 keep their order. What should be 0 is too small to be felt
 // instead where it would be divided by.
 template <class T, bool Cosine>
 inline constexpr auto arc_table = [] {
@@ -96,7 +97,7 @@ inline constexpr auto arc_table = [] {
   std::array<ArcRow<T>, count + 2> rows{};
   Pair<double> angle{0, 0}, sine_before{0, 0}, cosine_before{1, 0};
   rows[0] = {0, 0, Cosine ? T(1) : T(0), Cosine ? T(0x1p-70) : T(1)};
-  for (int j = 0; j < count; ++j) {
+  for (int j = 0; j < count - 1; ++j) {
     const double p = arc_middle(j, parts) - 1, sum = root(Pair<double>{2 - p * p, 0}).hi;
     const T s = T((Cosine ? sum - p : sum + p) / 2);
     const Pair<double> given{double(s), 0}, other = root(Pair<double>{1, 0} - numeric::two_product(s, s));
@@ -106,7 +107,7 @@ inline constexpr auto arc_table = [] {
     sine_before = sine;
     cosine_before = cosine;
   }
-  rows[count + 1] = arc_row<T>(half_pi, Cosine ? T(0x1p-70) : T(1), Cosine ? T(1) : T(0x1p-70));
+  rows[count] = rows[count + 1] = arc_row<T>(half_pi, Cosine ? T(0x1p-70) : T(1), Cosine ? T(1) : T(0x1p-70));
   return rows;
 }();
 

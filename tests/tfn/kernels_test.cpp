@@ -195,6 +195,44 @@ TYPED_TEST(RealKernels, GiveTheSameBitsAnywhereAndTouchNothingElse) {
   }
 }
 
+// The quotient vanishes in the right half-plane alone; exact zeros and the other angles are quiet.
+TYPED_TEST(RealKernels, ReportAnglesThatVanish) {
+  using T = TypeParam;
+  using L = std::numeric_limits<T>;
+  constexpr T least = L::min(), tiny = L::denorm_min(), huge = L::max();
+  const struct {
+    T y, x;
+    bool vanishes;
+  } cases[] = {{tiny, 1, true},
+               {-tiny, 3, true},
+               {tiny, huge, true},
+               {least, 2, true},
+               {1, huge, true},
+               {least, 1, false},
+               {tiny, tiny, false},
+               {tiny, T(0.5) * least, false},
+               {T(0), huge, false},
+               {tiny, -huge, false},
+               {least, L::infinity(), false},
+               {huge, tiny, false},
+               {tiny, T(0), false},
+               {T(2) * least, 2, false}};
+  for (const auto& m : members<T>()) {
+    if (m.function != "Atan2") continue;
+    for (const auto& c : cases) {
+      std::vector<T> y(7, T(0.25)), x(7, T(-1.5)), r(7);
+      y[5] = c.y;
+      x[5] = c.x;
+      reported.clear();
+      m.run(7, y.data(), x.data(), r.data());
+      const auto expected =
+          c.vanishes ? std::vector<Reported>{{TFN_STATUS_UNDERFLOW, 5, m.name}} : std::vector<Reported>{};
+      EXPECT_EQ(reported, expected) << m.name << ' ' << std::hexfloat << c.y << ' ' << c.x;
+      EXPECT_LE(ulps(r[5], m.exact(c.y, c.x)), m.bound) << m.name << ' ' << std::hexfloat << c.y << ' ' << c.x;
+    }
+  }
+}
+
 TYPED_TEST(RealKernels, AreOddOrEvenInEveryBit) {
   using T = TypeParam;
   const std::set<std::string> odd = {"Sin",   "Tan", "Asin", "Atan",    "Sinh",   "Tanh", "Asinh",

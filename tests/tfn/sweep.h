@@ -19,6 +19,8 @@
 #include "tfn/erf_inv.h"
 #include "tfn/exp.h"
 #include "tfn/functions.def"
+#include "tfn/inverse_hyperbolic.h"
+#include "tfn/inverse_trig.h"
 #include "tfn/ln.h"
 #include "tfn/pow.h"
 #include "tfn/sqrt.h"
@@ -62,6 +64,13 @@ W inverse_erf(W x) {
 }
 inline __float128 ErfInv(__float128 x) { return inverse_erf(x); }
 inline double ErfInv(double x) { return inverse_erf(x); }
+QOR_ORACLE(Asin, asin)
+QOR_ORACLE(Acos, acos)
+QOR_ORACLE(Atan, atan)
+QOR_ORACLE2(Atan2, atan2)
+QOR_ORACLE(Asinh, asinh)
+QOR_ORACLE(Acosh, acosh)
+QOR_ORACLE(Atanh, atanh)
 #undef QOR_ORACLE
 #undef QOR_ORACLE2
 }  // namespace oracle
