@@ -147,14 +147,17 @@ struct Ln {
     const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
     const VecF k = to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23));
     const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x3F3504F3));
-    [[maybe_unused]] const auto inverse_power = [shifted] {
-      return as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)));
+    const VecF r = m - 1.0f, r2 = r * r;
+    // ln(1 + r + v) - ln(1 + r) with v = rest/2^k.
+    [[maybe_unused]] const auto more = [shifted, r](VecF part) {
+      const VecF v = part * as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)));
+      return v - v * r;
     };
-    const VecF r = ((m - 1.0f) + ... + (rest * inverse_power())), r2 = r * r;
     const VecF p = horner(r, ln_low_fit[0], ln_low_fit[1], ln_low_fit[2], ln_low_fit[3], ln_low_fit[4], ln_low_fit[5],
                           ln_low_fit[6]);
     // k times the first part of ln 2 is exact: 8 + 15 bits.
-    return k * 0x1.62e4p-1f + (r + (k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)));
+    const VecF small = ((k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)) + ... + more(rest));
+    return k * 0x1.62e4p-1f + (r + small);
   }
 
   // p of the low single accuracy, leading coefficient first: minimax for the relative error of ln(1 + r) on
