@@ -4,11 +4,11 @@
 //   asinh x = ln(|x| + sqrt(x^2 + 1)) with the sign of x
 //   acosh x = ln(x + sqrt(x^2 - 1))
 //   atanh x = 1/2 ln((1 + |x|)/(1 - |x|)) with the sign of x
-// - double _HA: squares exact, roots and quotients with their remainders: 0.52 ulp.
-// - double _50: h + l = 1 + y, y = x + x^2/(1 + sqrt(x^2 + 1)), or x - 1 + sqrt((x - 1)(x + 1)), or 2 x/(1 - x), from
-//   plain arithmetic: 1.7 ulp.
-// - single _HA: the same in double precision with a shorter logarithm: 0.501 ulp.
-// - single _21: the same in single precision, and the logarithm without a table: 2 ulp.
+// - double _HA: squares exact, roots and quotients with their remainders: 0.503 ulp.
+// - double _50: h + l = 1 + y, y = x + x^2/(1 + sqrt(x^2 + 1)), or w + sqrt(w^2 + 2 w) with w = x - 1, or 2 x/(1 - x),
+//   from plain arithmetic: 1.9 ulp.
+// - single _HA: the same in double precision with a shorter logarithm: 0.502 ulp.
+// - single _21: the same in single precision, and the logarithm without a table: 2.08 ulp.
 #pragma once
 
 #include <limits>
@@ -44,6 +44,7 @@ QOR_INLINE numeric::Pair<V> one_plus(V y) {
 // What the three functions differ in: the pair of a positive argument; `half` the logarithm; the arguments covered.
 struct AsinhForm {
   static constexpr bool odd = true, half = false;
+  static constexpr double low_single_bound = 2.0;
   QOR_INLINE static numeric::Pair<simd::VecD> exact(simd::VecD x) {
     const auto p = square(x);
     const auto q = one_plus(p.hi);
@@ -71,6 +72,7 @@ struct AsinhForm {
 };
 struct AcoshForm {
   static constexpr bool odd = false, half = false;
+  static constexpr double low_single_bound = 2.1;  // 2.02 found around 1.03
   QOR_INLINE static numeric::Pair<simd::VecD> exact(simd::VecD x) {
     const auto p = square(x);
     const auto q = numeric::quick_two_sum(p.hi, simd::splat<simd::VecD>(-1));
@@ -81,7 +83,8 @@ struct AcoshForm {
   template <class V>
   QOR_INLINE static numeric::Pair<V> plain(V x) {
     using T = simd::lane_t<V>;
-    return numeric::quick_two_sum(x, simd::sqrt((x - T(1)) * (x + T(1))));
+    const V w = x - T(1);
+    return numeric::quick_two_sum(x, simd::sqrt(w * w + (w + w)));
   }
   template <class V>
   QOR_INLINE static simd::Bits<V> within(V x, V most) {
@@ -95,6 +98,7 @@ struct AcoshForm {
 };
 struct AtanhForm {
   static constexpr bool odd = true, half = true;
+  static constexpr double low_single_bound = 2.1;  // 2.08 found around 0.11
   QOR_INLINE static numeric::Pair<simd::VecD> exact(simd::VecD x) {
     using simd::VecD;
     const VecD one = simd::splat<VecD>(1);
@@ -130,7 +134,8 @@ struct InverseHyperbolic {
   static constexpr int results = 1;
   static constexpr double filler = Form::half ? 0.5 : 1.5;
   template <class T>
-  static constexpr double bound = Form::half&& A == Accuracy::low && sizeof(T) == 4 ? 2.1 : default_bound<T>(A);
+  static constexpr double bound = Form::half&& A == Accuracy::low && sizeof(T) == 4 ? Form::low_single_bound
+                                                                                    : default_bound<T>(A);
 
   template <class V>
   QOR_INLINE static V positive(V x) {
@@ -210,7 +215,11 @@ struct InverseHyperbolic {
 
   QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y,
                              simd::VecU32& usual) requires(!Form::half && A == Accuracy::low) {
-    InverseHyperbolic<Form, Accuracy::high>::fast(x, nullptr, y, usual);
+    simd::VecF better;
+    simd::VecU32 better_usual;
+    InverseHyperbolic<Form, Accuracy::high>::fast(x, nullptr, &better, better_usual);
+    y[0] = simd::select(usual, y[0], better);
+    usual |= better_usual;
   }
   template <class T>
   static int element(T x, T* y) {

@@ -1,17 +1,18 @@
-// Arc sine, arc cosine, arc tangent, and the angle of a point. All but the low single accuracy reduce to the small
-// difference from a table row's angle, by addition theorems in which nothing cancels that isn't exact:
+// Arc sine, arc cosine, arc tangent, and the angle of a point. Tables reduce to the small difference from a row's
+// angle, by addition theorems in which nothing cancels that isn't exact:
 //   atan(y/x) - atan(v/u) = atan r,  r = (y u - x v)/(x u + y v)
 //   asin x - asin S = asin d,        d = (x - S) (x + S)/(x C + S sqrt(1 - x^2)),  C = sqrt(1 - S^2)
 //   acos x - acos S = asin(-d)
 // A row lies within 1/128 (doubles) or 1/256 (singles) of the angle, and so the few roundings in r and d weigh little:
 // no second parts are carried but the row's own. In row 0, the angle 0, r and d are exact to begin with; there the
 // angle of a point takes the remainder of its quotient, and the arc cosine next to 1 that of its square root.
-// - double: 0.53 ulp in both accuracies; what is only done for _HA: the two remainders. Without: 1.5 ulp.
-// - single _HA: the same in single precision with twice the rows: 0.509 ulp. (In double precision: 0.501, but nearly
-//   twice the time.)
-// - single _21: no table; arc sine and cosine by the square root of (1 - |x|)/2 above 1/2, arc tangents by the
-//   quotient of the smaller and the larger: 2 ulp.
-// Tables were preferred to one long polynomial (13 terms and a square root, 20 terms and a division in double).
+// - double _HA: tables: 0.53 ulp. A polynomial of 13 terms with a square root in two parts was estimated at twice the
+//   work.
+// - double _50: arc tangents by the same tables, the quotient without its remainder: 0.53 ulp, of points 1.01; arc sine
+//   and cosine by the square root of (1 - |x|)/2 above 1/2 and one polynomial: 1.9 and 1.2 ulp. (Their tables: 0.51 ulp
+//   in 1.2 times the time.)
+// - single _HA: the tables in single precision with twice the rows: 0.509 ulp.
+// - single _21: as double _50 without tables, arc tangents by the quotient of the smaller and the larger: 2.02 ulp.
 #pragma once
 
 #include <bit>
@@ -124,8 +125,9 @@ template <Accuracy A>
 struct Asin {
   static constexpr int results = 1;
   static constexpr double filler = 0.5;
+  // Single _21 around 0.84: the rounding of pi/2 - 2 r, above 1, counts twice in a result below 1.
   template <class T>
-  static constexpr double bound = default_bound<T>(A);
+  static constexpr double bound = sizeof(T) == 4 && A == Accuracy::low ? 2.1 : default_bound<T>(A);
 
   template <class V>
   QOR_INLINE static auto begin(V x) requires(A == Accuracy::high) {
@@ -255,14 +257,16 @@ struct Atan {
       y[0] = flip_sign(hi + (r + (lo + r * small_atan(r * r))), sign(x));
     }
   }
-  // atan t - t, 0 <= t <= 1; by tools/fit/inverse_trig.sollya, relative error 2^-25.6.
+  // atan t - t, 0 <= t <= 1; by tools/fit/inverse_trig.sollya, relative error 2^-25.7.
   template <class V>
   QOR_INLINE static V atan_low(V t) {
     const V t2 = t * t;
-    const V t4 = t2 * t2;  // two short chains instead of a long one
-    const V odd = simd::horner(t4, 0x1.7ed232p-9f, 0x1.61fddap-5f, 0x1.b4e12ap-4f, 0x1.9978f4p-3f);
-    const V even = simd::horner(t4, -0x1.0c2c14p-6f, -0x1.3556b6p-4f, -0x1.230adcp-3f, -0x1.5554dcp-2f);
-    return t * (t2 * (odd * t2 + even));
+    // The small terms in two short chains, the large ones one after the other.
+    const V t4 = t2 * t2;
+    const V odd = simd::horner(t4, 0x1.7ed232p-9f, 0x1.61fddap-5f, 0x1.b4e12ap-4f);
+    const V even = simd::horner(t4, -0x1.0c2c14p-6f, -0x1.3556b6p-4f, -0x1.230adcp-3f);
+    const V p = ((odd * t2 + even) * t2 + 0x1.9978f4p-3f) * t2 - 0x1.5554dcp-2f;
+    return t * (t2 * p);
   }
   template <class T>
   static int element(T x, T* y) {

@@ -136,12 +136,18 @@ struct Ln {
   template <class... Rest>
   QOR_INLINE static simd::VecF low_single(simd::VecF x, Rest... rest) {
     using namespace simd;
-    const auto [k, r] = reduce_low(x, rest...);
+    const auto [k, r, power] = reduce_low(x);
     const VecF r2 = r * r;
+    // ln(1 + r + v) - ln(1 + r) with v = rest/2^k.
+    [[maybe_unused]] const auto more = [&](VecF part) {
+      const VecF v = part * power;
+      return v - v * r;
+    };
     const VecF p = horner(r, ln_low_fit[0], ln_low_fit[1], ln_low_fit[2], ln_low_fit[3], ln_low_fit[4], ln_low_fit[5],
                           ln_low_fit[6]);
     // k times the first part of ln 2 is exact: 8 + 15 bits.
-    return k * 0x1.62e4p-1f + (r + (k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)));
+    const VecF small = ((k * 0x1.7f7d1cp-20f + r2 * (r * p - 0.5f)) + ... + more(rest));
+    return k * 0x1.62e4p-1f + (r + small);
   }
 
   // x = 2^k m, u = m c - 1; hi + lo is the row's logarithm of 1/c. `table` has rows of LnSingleRow's shape.
@@ -159,17 +165,16 @@ struct Ln {
     const VecF head = as<VecF>(bits(m) & splat<VecU32>(0xFFFFF000));
     return {k, (head * c - 1.0f) + (m - head) * c, hi, lo};
   }
-  // m in [sqrt(1/2), sqrt 2), r = m - 1 and the rest: ln(1 + r) = r - r^2/2 + r^3 p(r).
+  // m in [sqrt(1/2), sqrt 2), r = m - 1: ln(1 + r) = r - r^2/2 + r^3 p(r). power = 2^-k.
   struct ReducedLow {
-    simd::VecF k, r;
+    simd::VecF k, r, power;
   };
-  template <class... Rest>
-  QOR_INLINE static ReducedLow reduce_low(simd::VecF x, Rest... rest) {
+  QOR_INLINE static ReducedLow reduce_low(simd::VecF x) {
     using namespace simd;
     const VecU32 shifted = bits(x) - splat<VecU32>(0x3F3504F3);
     const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(0x3F3504F3));
-    [[maybe_unused]] const VecF power = as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)));
-    return {to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23)), ((m - 1.0f) + ... + (rest * power))};
+    return {to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23)), m - 1.0f,
+            as<VecF>(splat<VecU32>(0x3F800000) - (shifted & splat<VecU32>(0xFF800000)))};
   }
 
   // p of the low single accuracy, leading coefficient first: minimax for the relative error of ln(1 + r) on

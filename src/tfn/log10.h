@@ -64,7 +64,7 @@ struct Log10 {
       const auto [s, e] = numeric::quick_two_sum(k * log10_2_first + hi, head * log10_e_single_hi);
       y[0] = s + (e + ((k * log10_2_second + lo) + rest));
     } else {
-      const auto [k, r] = Ln<A>::reduce_low(x);
+      const auto [k, r, power] = Ln<A>::reduce_low(x);
       const auto p = [](int i) { return float(log10_e.hi * double(Ln<A>::ln_low_fit[i])); };
       // Half of r is exact; the terms after it are so small that their errors hardly count.
       const VecF q =
