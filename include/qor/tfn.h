@@ -10,7 +10,7 @@
 
    Accuracy, in units in the last place of the exact result over the whole domain, subnormals included:
      _HA  at most 0.55 (double), 0.51 (single);  _50 (double) and _21 (single)  at most 2.0,
-     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, and the cosine of _21: at most 2.1.
+     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21 and _tfndTanh_50: at most 2.1.
    docs/accuracy.md has the measured figures.
 
    Bad elements never stop a function. It stores the conventional special result, reports the element (below) and goes
@@ -119,6 +119,13 @@ void _tfndLn_50(int n, const double* a, double* r);
 void _tfnsLn_HA(int n, const float* a, float* r);
 void _tfnsLn_21(int n, const float* a, float* r);
 
+/* r[i] = decimal logarithm of a[i]. Log10(1) = +0, Log10(+inf) = +inf, powers of ten are exact. Reports: SING for a zero
+   (-inf), ERRDOM for a negative argument or -inf (NaN). As Ln, with tables of its own. */
+void _tfndLog10_HA(int n, const double* a, double* r);
+void _tfndLog10_50(int n, const double* a, double* r);
+void _tfnsLog10_HA(int n, const float* a, float* r);
+void _tfnsLog10_21(int n, const float* a, float* r);
+
 /* r[i] = e to the power a[i]. Exp(0) = 1, Exp(+inf) = +inf, Exp(-inf) = +0. Reports: OVERFLOW (+inf), UNDERFLOW for a
    finite argument whose result is zero or subnormal. Table of 2^(j/256) with a short polynomial, after P. T. P. Tang, ACM
    TOMS 15 (1989). */
@@ -126,6 +133,23 @@ void _tfndExp_HA(int n, const double* a, double* r);
 void _tfndExp_50(int n, const double* a, double* r);
 void _tfnsExp_HA(int n, const float* a, float* r);
 void _tfnsExp_21(int n, const float* a, float* r);
+
+/* r[i] = hyperbolic sine, cosine, tangent of a[i]; odd, even and odd in every bit. Sinh(+-0) = Tanh(+-0) = +-0,
+   Cosh(0) = 1, Sinh(+-inf) = +-inf, Cosh(+-inf) = +inf, Tanh(+-inf) = +-1. Reports, of Sinh and Cosh: OVERFLOW (an
+   infinity); of Sinh: UNDERFLOW for a subnormal argument, which is the result too. Sums of e^x and e^-x from the table
+   of Exp, and odd polynomials for small arguments of Sinh and Tanh. */
+void _tfndSinh_HA(int n, const double* a, double* r);
+void _tfndSinh_50(int n, const double* a, double* r);
+void _tfnsSinh_HA(int n, const float* a, float* r);
+void _tfnsSinh_21(int n, const float* a, float* r);
+void _tfndCosh_HA(int n, const double* a, double* r);
+void _tfndCosh_50(int n, const double* a, double* r);
+void _tfnsCosh_HA(int n, const float* a, float* r);
+void _tfnsCosh_21(int n, const float* a, float* r);
+void _tfndTanh_HA(int n, const double* a, double* r);
+void _tfndTanh_50(int n, const double* a, double* r);
+void _tfnsTanh_HA(int n, const float* a, float* r);
+void _tfnsTanh_21(int n, const float* a, float* r);
 
 /* Pow: r[i] = a[i] to the power b[i]; Powx: a[i] to the power b, the bits that Pow gives. Exact results are exact:
    Pow(x, 0) = 1 for every x and Pow(1, b) = 1 for every b, NaN included; Pow(x, 1) = x; whole powers that fit. A negative

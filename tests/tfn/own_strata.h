@@ -18,6 +18,16 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       in.add(draw.near((row + 0.5Q) * M_LN2q / 256));  // a change of table rows
       in.add(draw.scaled(-L::digits - 4, -1));
     }
+    if (function == "Log10") {
+      in.add(std::fabs(draw.scaled(L::min_exponent - 20, L::min_exponent)));
+      in.add(draw.near(powq(10, static_cast<int>(draw.word() % 60) - 30)));
+    }
+    if (function == "Sinh" || function == "Cosh" || function == "Tanh") {
+      in.add(draw.scaled(-L::digits - 4, -1));
+      in.add(draw.scaled(-5, 4));  // the change-overs to polynomials
+      in.add(T(draw.between(overflow - 8, overflow + 1)));
+      in.add(draw.near((static_cast<__float128>(draw.word() % 4096) + 0.5Q) * M_LN2q / 512));  // changes of table rows
+    }
     if (function == "Pow" || function == "Powx") {
       // x^b of every size, of x anywhere and of x next to 1, of negative x and whole b, and whole powers of whole
       // numbers.

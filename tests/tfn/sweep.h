@@ -19,9 +19,11 @@
 #include "tfn/erf_inv.h"
 #include "tfn/exp.h"
 #include "tfn/functions.def"
+#include "tfn/hyperbolic.h"
 #include "tfn/inverse_hyperbolic.h"
 #include "tfn/inverse_trig.h"
 #include "tfn/ln.h"
+#include "tfn/log10.h"
 #include "tfn/pow.h"
 #include "tfn/sqrt.h"
 #include "tfn/tan.h"
@@ -39,7 +41,11 @@ namespace oracle {
   inline __float128 Name(__float128 x, __float128 b) { return f##q(x, b); } \
   inline double Name(double x, double b) { return std::f(x, b); }
 QOR_ORACLE(Ln, log)
+QOR_ORACLE(Log10, log10)
 QOR_ORACLE(Exp, exp)
+QOR_ORACLE(Sinh, sinh)
+QOR_ORACLE(Cosh, cosh)
+QOR_ORACLE(Tanh, tanh)
 QOR_ORACLE2(Pow, pow)
 QOR_ORACLE2(Powx, pow)
 QOR_ORACLE(Sqrt, sqrt)
