@@ -194,21 +194,23 @@ void _tfndTan_HA(int n, const double* a, double* r);
 void _tfndTan_50(int n, const double* a, double* r);
 void _tfnsTan_HA(int n, const float* a, float* r);
 void _tfnsTan_21(int n, const float* a, float* r);
-/* r[i] = erf a[i], the error function. Erf(-x) = -Erf(x) in every bit, Erf(+-inf) = +-1. Reports nothing. */
+/* r[i] = erf a[i], the error function. Erf(-x) = -Erf(x) in every bit, Erf(+-inf) = +-1. Reports nothing.
+   Table of polynomials around the multiples of 1/32 (1/64 for singles), after P. T. P. Tang's table-driven methods. */
 void _tfndErf_HA(int n, const double* a, double* r);
 void _tfndErf_50(int n, const double* a, double* r);
 void _tfnsErf_HA(int n, const float* a, float* r);
 void _tfnsErf_21(int n, const float* a, float* r);
 
 /* r[i] = 1 - erf a[i]. Erfc(-inf) = 2, Erfc(+inf) = +0. Reports: UNDERFLOW for a finite argument whose result is zero or
-   subnormal: from 26.54 on (double), from 9.2 on (single). */
+   subnormal: from 26.54 on (double), from 9.2 on (single). Tables as for Erf; doubles from 4.5 on as e^(-x^2) times a
+   table of e^(x^2) Erfc(x). */
 void _tfndErfc_HA(int n, const double* a, double* r);
 void _tfndErfc_50(int n, const double* a, double* r);
 void _tfnsErfc_HA(int n, const float* a, float* r);
 void _tfnsErfc_21(int n, const float* a, float* r);
 
 /* r[i] = x with erf x = a[i]. ErfInv(-x) = -ErfInv(x) in every bit. Reports: SING for 1 and -1 (+inf, -inf), ERRDOM
-   beyond (NaN). */
+   beyond (NaN). Table of polynomials in 1 - |x| by its exponent and leading fraction bits. */
 void _tfndErfInv_HA(int n, const double* a, double* r);
 void _tfndErfInv_50(int n, const double* a, double* r);
 void _tfnsErfInv_HA(int n, const float* a, float* r);

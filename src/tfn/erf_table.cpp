@@ -268,4 +268,9 @@ constexpr ErfInvTable erf_inv_table = make_erf_inv_table();
 constexpr ErfInvWideTable erf_inv_wide_table = single_inverse_table<ErfInvWideTable>(erf_inv_table);
 constexpr ErfInvSingleTable erf_inv_single_table = single_inverse_table<ErfInvSingleTable>(erf_inv_table);
 
+// Callers compare results bit for bit across releases: erf(1), erfc(1), the inverse of 1/2, pinned.
+static_assert(erf_table.row[32].hi == 0x1.af767a741088bp-1);
+static_assert(erfc_table.row[32].hi == 0x1.4226162fbddd8p-3);
+static_assert(erf_inv_table.row[52 * 8].hi == 0x1.e861fbb24c00ap-2);
+
 }  // namespace qor::tfn

@@ -45,7 +45,7 @@ extern const ErfTable erf_table;
 extern const ErfcTable erfc_table;
 // Of singles up to 4, where erf is 1, and 9.25, where erfc is subnormal: 2^-32.
 using ErfWideTable = UniformTable<PlainRow<3>, 257, 64>;
-using ErfcWideTable = UniformTable<PlainRow<9>, 149, 16>;
+using ErfcWideTable = UniformTable<PlainRow<7>, 297, 32>;
 extern const ErfWideTable erf_wide_table;
 extern const ErfcWideTable erfc_wide_table;
 
