@@ -2,9 +2,11 @@
 // the middle of m's interval of width 1/128, and u = m c - 1, |u| below 2^-8 and a little:
 //   cbrt x = 2^q T (1 + u)^(1/3),  1/cbrt x = 2^-q T' (1 + u)^(-1/3)
 // with T = cbrt(2^j/c), T' = 1/T from a table of 384 rows. No division, no iteration.
-// - _HA: u is exact, T has two parts: T + (T_lo + T p(u)) with p below 2^-9 is off by 0.5 and some thousandths of an
+// - _HA, and all members of the cube root: u is exact, T has two parts: T + (T_lo + T p(u)) with p below 2^-9 is off by
+// 0.5 and some thousandths of an
 //   ulp. So cube roots of cubes are exact.
-// - _50, _21: u is rounded and T has one part: 1.6 ulp.
+// - _50 and _21 of the reciprocal: u is rounded and T has one part: 1.6 ulp. (The cube root itself is a quarter faster
+//   this way; but 3 should be the root of 27.)
 #pragma once
 
 #include <array>
@@ -68,18 +70,18 @@ template <CubeRoot R>
 inline constexpr CubeRootSeries<R> cube_root_series{};
 inline constexpr double cube_root_reach = 0x1p-8 + 0x1p-12;
 
-template <CubeRoot R, class V, Accuracy A>
+template <CubeRoot R, class V, bool Exact>
 QOR_INLINE V cube_root_polynomial(V u) {
   using T = simd::lane_t<V>;
   constexpr auto& c = cube_root_series<R>.c;
   constexpr double e2 = cube_root_reach * cube_root_reach;
-  if constexpr (sizeof(T) == 8 && A == Accuracy::high) {
+  if constexpr (sizeof(T) == 8 && Exact) {
     return simd::horner(u, c[6], c[5] + c[7] * e2 * 7 / 4, c[4], c[3] - c[7] * e2 * e2 * 7 / 8, c[2],
                         c[1] + c[7] * e2 * e2 * e2 * 7 / 64) *
            u;
   } else if constexpr (sizeof(T) == 8) {
     return simd::horner(u, c[5], c[4] + c[6] * e2 * 3 / 2, c[3], c[2] - c[6] * e2 * e2 * 9 / 16, c[1]) * u;
-  } else if constexpr (A == Accuracy::high) {
+  } else if constexpr (Exact) {
     return simd::horner(u, T(c[3]), T(c[2]), T(c[1])) * u;
   } else {
     return simd::horner(u, T(c[2]), T(c[1] + c[3] * e2 * 3 / 4)) * u;
@@ -90,6 +92,7 @@ template <CubeRoot R, Accuracy A>
 struct CubeRootKernel {
   static constexpr int results = 1;
   static constexpr double filler = 1;
+  static constexpr bool exact = A == Accuracy::high || R == CubeRoot::plain;
   template <class T>
   static constexpr double bound = default_bound<T>(A);
 
@@ -138,14 +141,14 @@ struct CubeRootKernel {
     const int unscaled = bias - (R == CubeRoot::plain ? third_of_bias + down : -third_of_bias - down);
     const B exponent = R == CubeRoot::plain ? q + splat<B>(W(unscaled)) : splat<B>(W(unscaled)) - q;
     const V scale = as<V>((exponent << fraction) | sign(x));
-    if constexpr (A == Accuracy::low) {
+    if constexpr (!exact) {
       const V u = m * c - T(1);
-      return (root + root * cube_root_polynomial<R, V, A>(u)) * scale;
+      return (root + root * cube_root_polynomial<R, V, exact>(u)) * scale;
     } else {
       // Halves of 26 and 27, or 12 and 12 bits, times 12 bits: both products, and the first less 1, are exact.
       const V head = as<V>(bits(m) & splat<B>(~W{0} << (sizeof(T) == 8 ? 27 : 12)));
       const V u = (head * c - T(1)) + (m - head) * c;
-      return (root + (root_lo + root * cube_root_polynomial<R, V, A>(u))) * scale;
+      return (root + (root_lo + root * cube_root_polynomial<R, V, exact>(u))) * scale;
     }
   }
 

@@ -16,7 +16,7 @@ namespace qor::tfn {
 template <class T>
 inline int quotient_status(T x, T b, T y) {
   using L = std::numeric_limits<T>;
-  const T size = __builtin_fabs(y);
+  const T size = static_cast<T>(__builtin_fabs(y));
   if (y != y) return x != x || b != b ? TFN_STATUS_OK : TFN_STATUS_ERRDOM;
   if (size > L::max())
     return !(__builtin_fabs(x) <= L::max()) ? TFN_STATUS_OK : b == 0 ? TFN_STATUS_SING : TFN_STATUS_OVERFLOW;

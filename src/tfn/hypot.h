@@ -75,7 +75,7 @@ struct Hypot {
     const double hi = z.length.hi[0], lo = z.length.lo[0], back = z.back[0];
     y[0] = (hi + lo) * back;
     if (y[0] >= std::numeric_limits<double>::min()) return;
-    const double grid = 0x1.8p-322, sum = grid + hi;
+    const double grid = 0x1p-322, sum = grid + hi;
     y[0] = ((sum + ((hi - (sum - grid)) + lo)) - grid) * back;
   }
 
@@ -106,7 +106,7 @@ struct Hypot {
   static int element(T x, T b, T* y) {
     using L = std::numeric_limits<T>;
     using V = simd::Vec<T>;
-    const T largest = L::max(), xs = __builtin_fabs(x), bs = __builtin_fabs(b);
+    const T largest = L::max(), xs = static_cast<T>(__builtin_fabs(x)), bs = static_cast<T>(__builtin_fabs(b));
     if (xs > largest || bs > largest) {
       y[0] = L::infinity();
       return TFN_STATUS_OK;

@@ -128,7 +128,7 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
     if (function == "InvSqrt") in.add(std::fabs(draw.scaled(-128, 128)));  // the range of singles ends within
     if (function == "Cbrt" || function == "InvCbrt") {
       in.add(small);
-      in.add(draw.near(std::ldexp(1 + (draw.word() % 128) / 128.0Q, static_cast<int>(draw.word() % 7) - 3)));
+      in.add(draw.near(ldexpq(1 + (draw.word() % 128) / 128.0Q, static_cast<int>(draw.word() % 7) - 3)));
       const T root = T(draw.word() >> (64 - L::digits / 3));
       in.add(root * root * root);
     }
