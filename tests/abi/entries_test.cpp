@@ -302,7 +302,8 @@ void add_kernel(const std::string& function, const char* suffix, Shape shape) {
       if (shape == Shape::scalar_argument) call(elements, a.get(), T(-1.5), first.get());
       call.note(static_cast<unsigned>(_tfnGetErrStatus()));
     });
-    const bool never_fails = std::set<std::string>{"Atan", "Tanh", "Asinh", "Cbrt", "Erf"}.contains(function);
+    // Hypot fails, but with none of these pairs.
+    const bool never_fails = std::set<std::string>{"Atan", "Tanh", "Asinh", "Cbrt", "Erf", "Hypot"}.contains(function);
     EXPECT_EQ(callback_calls > calls_before, !never_fails);
     call.note(first.bytes());
     call.note(second.bytes());
