@@ -121,8 +121,6 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       in.add(y, draw.word() % 2 != 0 ? T(0) : -T(0));
       in.add(draw.word() % 2 != 0 ? T(0) : -T(0), y);
     }
-    if (function == "Sqrt") {
-      in.add(std::fabs(draw.scaled(std::numeric_limits<T>::min_exponent - 20, std::numeric_limits<T>::min_exponent)));
     const T small = draw.scaled(L::min_exponent - L::digits + 1, L::min_exponent);
     if (function == "Sqrt" || function == "InvSqrt") in.add(std::fabs(small));
     if (function == "InvSqrt") in.add(std::fabs(draw.scaled(-128, 128)));  // the range of singles ends within
