@@ -11,6 +11,10 @@
    Accuracy, in units in the last place of the exact result over the whole domain, subnormals included:
      _HA  at most 0.55 (double), 0.51 (single);  _50 (double) and _21 (single)  at most 2.0,
      but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21 and _tfndTanh_50: at most 2.1.
+     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at most 2.1, and _tfnsInvSqrt_21:
+     at most 3.0.
+     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at most 2.1,
+     and _tfnsInvSqrt_21: at most 3.0.
    docs/accuracy.md has the measured figures.
 
    Bad elements never stop a function. It stores the conventional special result, reports the element (below) and goes
@@ -176,6 +180,50 @@ void _tfndSqrt_50(int n, const double* a, double* r);
 void _tfnsSqrt_HA(int n, const float* a, float* r);
 void _tfnsSqrt_21(int n, const float* a, float* r);
 
+/* r[i] = 1/sqrt(a[i]). InvSqrt(+inf) = +0. Reports: SING for a zero (an infinity of its sign), ERRDOM for a negative
+   argument or -inf (NaN). All members refine the processor's estimate, so last bits may differ between makes of
+   processor. _tfnsInvSqrt_21: at most 3.0 ulp, anywhere: one step of refinement. */
+void _tfndInvSqrt_HA(int n, const double* a, double* r);
+void _tfndInvSqrt_50(int n, const double* a, double* r);
+void _tfnsInvSqrt_HA(int n, const float* a, float* r);
+void _tfnsInvSqrt_21(int n, const float* a, float* r);
+
+/* r[i] = cube root of a[i]; of a cube exact, odd in every bit. Cbrt(+-0) = +-0, Cbrt(+-inf) = +-inf. Reports nothing.
+   Table of cube roots and reciprocals, with a short polynomial. */
+void _tfndCbrt_HA(int n, const double* a, double* r);
+void _tfndCbrt_50(int n, const double* a, double* r);
+void _tfnsCbrt_HA(int n, const float* a, float* r);
+void _tfnsCbrt_21(int n, const float* a, float* r);
+
+/* r[i] = 1/cbrt(a[i]), as above. InvCbrt(+-inf) = +-0. Reports: SING for a zero (an infinity of its sign). */
+void _tfndInvCbrt_HA(int n, const double* a, double* r);
+void _tfndInvCbrt_50(int n, const double* a, double* r);
+void _tfnsInvCbrt_HA(int n, const float* a, float* r);
+void _tfnsInvCbrt_21(int n, const float* a, float* r);
+
+/* r[i] = 1/a[i], correctly rounded. Reports: SING for a zero (an infinity of its sign), OVERFLOW where the reciprocal of a
+   subnormal number is infinite, UNDERFLOW where a result is subnormal. */
+void _tfndInv_HA(int n, const double* a, double* r);
+void _tfndInv_50(int n, const double* a, double* r);
+void _tfnsInv_HA(int n, const float* a, float* r);
+void _tfnsInv_21(int n, const float* a, float* r);
+
+/* r[i] = a[i]/b[i], correctly rounded. Reports: ERRDOM for 0/0 and inf/inf (NaN), SING for a finite number other than 0
+   over 0 (an infinity), OVERFLOW where a finite quotient is infinite, UNDERFLOW where one that is not zero is stored as
+   zero or subnormal. r may be a or b. */
+void _tfndDiv_HA(int n, const double* a, const double* b, double* r);
+void _tfndDiv_50(int n, const double* a, const double* b, double* r);
+void _tfnsDiv_HA(int n, const float* a, const float* b, float* r);
+void _tfnsDiv_21(int n, const float* a, const float* b, float* r);
+
+/* r[i] = sqrt(a[i]^2 + b[i]^2) without undue overflow or underflow. Hypot(x, 0) = |x| and Pythagorean triples are exact;
+   an infinity gives +inf, beside a NaN too. Reports: OVERFLOW for an infinite result of finite arguments, UNDERFLOW
+   for a subnormal result. r may be a or b. */
+void _tfndHypot_HA(int n, const double* a, const double* b, double* r);
+void _tfndHypot_50(int n, const double* a, const double* b, double* r);
+void _tfnsHypot_HA(int n, const float* a, const float* b, float* r);
+void _tfnsHypot_21(int n, const float* a, const float* b, float* r);
+
 /* r[i] = sine, cosine of a[i] in radians, for every finite argument with exact reduction (M. Payne and R. Hanek, ACM
    SIGNUM 18, 1983, beyond the range of a two-part reduction). Sin(-x) = -Sin(x) and Cos(-x) = Cos(x) in every bit.
    Reports: ERRDOM for an infinity (NaN). */
@@ -272,6 +320,43 @@ void _tfndAtanh_HA(int n, const double* a, double* r);
 void _tfndAtanh_50(int n, const double* a, double* r);
 void _tfnsAtanh_HA(int n, const float* a, float* r);
 void _tfnsAtanh_21(int n, const float* a, float* r);
+/* Sine, cosine, tangent of the one element a[i] on the x87 unit, into r[i]; of SinCos the sine into r[i], the cosine into
+   r2[i]. r2 isn't used by the others. r or r2 may be a. The three members of a function compute the same, exactly
+   reduced for every finite argument and rounded once from 53 bits (singles, at most 0.501 ulp) or 64 bits (doubles, at
+   most 0.51 ulp), and differ in the name they report: "sCos_HA" for _tfnsCos_SC_HA, and so on; the workers, without a
+   suffix, report the name they are given. Reports: ERRDOM for an infinity (NaN). The control words come back. */
+void _tfnsSin_SC(int i, const float* a, float* r, float* r2, const char* name);
+void _tfnsSin_SC_HA(int i, const float* a, float* r, float* r2);
+void _tfnsSin_SC_LA(int i, const float* a, float* r, float* r2);
+void _tfnsSin_SC_A11(int i, const float* a, float* r, float* r2);
+void _tfndSin_SC(int i, const double* a, double* r, double* r2, const char* name);
+void _tfndSin_SC_HA(int i, const double* a, double* r, double* r2);
+void _tfndSin_SC_LA(int i, const double* a, double* r, double* r2);
+void _tfndSin_SC_A11(int i, const double* a, double* r, double* r2);
+void _tfnsCos_SC(int i, const float* a, float* r, float* r2, const char* name);
+void _tfnsCos_SC_HA(int i, const float* a, float* r, float* r2);
+void _tfnsCos_SC_LA(int i, const float* a, float* r, float* r2);
+void _tfnsCos_SC_A11(int i, const float* a, float* r, float* r2);
+void _tfndCos_SC(int i, const double* a, double* r, double* r2, const char* name);
+void _tfndCos_SC_HA(int i, const double* a, double* r, double* r2);
+void _tfndCos_SC_LA(int i, const double* a, double* r, double* r2);
+void _tfndCos_SC_A11(int i, const double* a, double* r, double* r2);
+void _tfnsTan_SC(int i, const float* a, float* r, float* r2, const char* name);
+void _tfnsTan_SC_HA(int i, const float* a, float* r, float* r2);
+void _tfnsTan_SC_LA(int i, const float* a, float* r, float* r2);
+void _tfnsTan_SC_A11(int i, const float* a, float* r, float* r2);
+void _tfndTan_SC(int i, const double* a, double* r, double* r2, const char* name);
+void _tfndTan_SC_HA(int i, const double* a, double* r, double* r2);
+void _tfndTan_SC_LA(int i, const double* a, double* r, double* r2);
+void _tfndTan_SC_A11(int i, const double* a, double* r, double* r2);
+void _tfnsSinCos_SC(int i, const float* a, float* r, float* r2, const char* name);
+void _tfnsSinCos_SC_HA(int i, const float* a, float* r, float* r2);
+void _tfnsSinCos_SC_LA(int i, const float* a, float* r, float* r2);
+void _tfnsSinCos_SC_A11(int i, const float* a, float* r, float* r2);
+void _tfndSinCos_SC(int i, const double* a, double* r, double* r2, const char* name);
+void _tfndSinCos_SC_HA(int i, const double* a, double* r, double* r2);
+void _tfndSinCos_SC_LA(int i, const double* a, double* r, double* r2);
+void _tfndSinCos_SC_A11(int i, const double* a, double* r, double* r2);
 
 /* ---- packing and rounding -------------------------------------------------------------------------------------- */
 

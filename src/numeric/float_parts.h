@@ -39,4 +39,24 @@ QOR_INLINE V upper_half(V v) {
   return simd::as<V>(simd::bits(v) & simd::splat<simd::Bits<V>>(wide ? Word(0xFFFFFFFFF8000000) : Word(0xFFFFF000)));
 }
 
+// The lanes whose words, as unsigned integers, are from `first` to less than `past`, at most 2^31 of them. Both this
+// and the next compare with `greater than` and a positive number, which costs the compiler no further instruction.
+QOR_INLINE simd::VecU32 words_between(simd::VecU32 w, std::uint32_t first, std::uint32_t past) {
+  using namespace simd;
+  using Words = Ints<VecF>;
+  const VecU32 up = w + splat<VecU32>(0x80000000 - past);
+  return as<VecU32>(as<Words>(up) > splat<Words>(static_cast<std::int32_t>(0x7FFFFFFF - (past - first))));
+}
+
+// The lanes of either sign that are normal and finite, without the least of them: twice the high word, as a signed
+// integer, is near 0 for all others.
+template <class V>
+QOR_INLINE simd::Bits<V> normal_magnitude(V x) {
+  using namespace simd;
+  using Words = Ints<VecF>;
+  constexpr int step = sizeof(lane_t<V>) == 8 ? 0x00200000 : 0x01000000;
+  const VecU32 w = as<VecU32>(x);
+  return as<Bits<V>>(as<Words>(abs_words(w + w)) > splat<Words>(step));
+}
+
 }  // namespace qor::numeric

@@ -21,6 +21,40 @@ QOR_INLINE void set_x87_control(std::uint32_t word) {
   asm volatile("fldcw %0" : : "m"(cw));
 }
 
+// The unit's precision and rounding, bits 8-11 of the control word, for the time of a computation.
+class X87Precision {
+ public:
+  explicit X87Precision(std::uint32_t wanted) : caller_(x87_control()) {
+    changed_ = (caller_ & x87_precision_and_rounding) != wanted;
+    if (changed_) set_x87_control((caller_ & ~x87_precision_and_rounding) | wanted);
+  }
+  ~X87Precision() {
+    if (changed_) set_x87_control(caller_);
+  }
+  X87Precision(const X87Precision&) = delete;
+  X87Precision& operator=(const X87Precision&) = delete;
+
+ private:
+  std::uint32_t caller_;
+  bool changed_;
+};
+
+// Sine and cosine, tangent or (turned over) cotangent of r + r_lo, at most a quarter of pi.
+QOR_INLINE void x87_sincos(double r, double r_lo, double* sine, double* cosine) {
+  asm volatile("fldl %2\n\tfaddl %3\n\tfsincos\n\tfstpl %1\n\tfstpl %0"
+               : "=m"(*sine), "=m"(*cosine)
+               : "m"(r), "m"(r_lo));
+}
+QOR_INLINE void x87_tan(double r, double r_lo, bool turned_over, double* tangent) {
+  if (turned_over) {
+    asm volatile("fldl %1\n\tfaddl %2\n\tfptan\n\tfdiv %%st(1), %%st\n\tfstpl %0\n\tfstp %%st(0)"
+                 : "=m"(*tangent)
+                 : "m"(r), "m"(r_lo));
+  } else {
+    asm volatile("fldl %1\n\tfaddl %2\n\tfptan\n\tfstp %%st(0)\n\tfstpl %0" : "=m"(*tangent) : "m"(r), "m"(r_lo));
+  }
+}
+
 // A copy through the unit's stack: every bit pattern but a signalling NaN, which becomes quiet, arrives as it was.
 QOR_INLINE void x87_copy(const double* from, double* to) {
   asm volatile("fldl %1\n\tfstpl %0" : "=m"(*to) : "m"(*from));

@@ -41,6 +41,8 @@ QOR_INLINE VecD widen_high(VecF v) { return as<VecD>(_mm_cvtps_pd(_mm_movehl_ps(
 QOR_INLINE VecF narrow(VecD low, VecD high) {
   return as<VecF>(_mm_movelh_ps(_mm_cvtpd_ps(as<__m128d>(low)), _mm_cvtpd_ps(as<__m128d>(high))));
 }
+// Two doubles as the two low singles; zeros above.
+QOR_INLINE VecF narrow_low(VecD v) { return as<VecF>(_mm_cvtpd_ps(as<__m128d>(v))); }
 
 // Signed 32-bit lanes to floating point.
 QOR_INLINE VecF to_float(VecU32 v) { return as<VecF>(_mm_cvtepi32_ps(as<__m128i>(v))); }
@@ -187,6 +189,8 @@ QOR_INLINE void transpose(VecU32& a, VecU32& b, VecU32& c, VecU32& d) {
 }
 // Each lane all ones when negative as a signed word.
 QOR_INLINE VecU32 sign_mask(VecU32 v) { return as<VecU32>(_mm_srai_epi32(as<__m128i>(v), 31)); }
+// Magnitudes of signed words.
+QOR_INLINE VecU32 abs_words(VecU32 v) { return as<VecU32>(_mm_abs_epi32(as<__m128i>(v))); }
 // b without the bits of a.
 QOR_INLINE VecU32 and_not(VecU32 a, VecU32 b) { return as<VecU32>(_mm_andnot_si128(as<__m128i>(a), as<__m128i>(b))); }
 // Doubles to signed words, towards zero; 0x80000000 when that doesn't fit.

@@ -122,8 +122,31 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       in.add(y, draw.word() % 2 != 0 ? T(0) : -T(0));
       in.add(draw.word() % 2 != 0 ? T(0) : -T(0), y);
     }
-    if (function == "Sqrt") {
-      in.add(std::fabs(draw.scaled(std::numeric_limits<T>::min_exponent - 20, std::numeric_limits<T>::min_exponent)));
+    const T small = draw.scaled(L::min_exponent - L::digits + 1, L::min_exponent);
+    if (function == "Sqrt" || function == "InvSqrt") in.add(std::fabs(small));
+    if (function == "InvSqrt") in.add(std::fabs(draw.scaled(-128, 128)));  // the range of singles ends within
+    if (function == "Cbrt" || function == "InvCbrt") {
+      in.add(small);
+      in.add(draw.near(ldexpq(1 + (draw.word() % 128) / 128.0Q, static_cast<int>(draw.word() % 7) - 3)));
+      const T root = T(draw.word() >> (64 - L::digits / 3));
+      in.add(root * root * root);
+    }
+    if (function == "Inv") in.add(draw.scaled(L::max_exponent - 4, L::max_exponent - 1));
+    if (function == "Div") {
+      const T b = draw.scaled(-2, 2);
+      in.add(small, b);
+      in.add(draw.scaled(L::max_exponent - 3, L::max_exponent - 1), b);
+      in.add(draw.near(3 * b), b);
+    }
+    if (function == "Hypot") {
+      const int size = static_cast<int>(draw.word() % (L::max_exponent - L::min_exponent)) + L::min_exponent;
+      in.add(draw.scaled(size, size + 2), draw.scaled(size, size + 2));
+      in.add(draw.scaled(size, size), std::ldexp(draw.scaled(size, size), -static_cast<int>(draw.word() % L::digits)));
+      in.add(small, draw.scaled(L::min_exponent - L::digits + 1, L::min_exponent));
+      in.add(draw.scaled(L::max_exponent - 2, L::max_exponent - 1),
+             draw.scaled(L::max_exponent - 2, L::max_exponent - 1));
+      const auto m = T(draw.word() % 1000 + 1), k = T(draw.word() % 1000 + 1);
+      in.add(m * m - k * k, 2 * m * k);
     }
   }
 }

@@ -17,11 +17,15 @@
 #include "qor/tfn.h"
 #include "tfn/erf.h"
 #include "tfn/erf_inv.h"
+#include "tfn/cbrt.h"
+#include "tfn/division.h"
 #include "tfn/exp.h"
 #include "tfn/functions.def"
 #include "tfn/hyperbolic.h"
 #include "tfn/inverse_hyperbolic.h"
 #include "tfn/inverse_trig.h"
+#include "tfn/hypot.h"
+#include "tfn/invsqrt.h"
 #include "tfn/ln.h"
 #include "tfn/log10.h"
 #include "tfn/pow.h"
@@ -77,6 +81,24 @@ QOR_ORACLE2(Atan2, atan2)
 QOR_ORACLE(Asinh, asinh)
 QOR_ORACLE(Acosh, acosh)
 QOR_ORACLE(Atanh, atanh)
+QOR_ORACLE(Cbrt, cbrt)
+QOR_ORACLE2(Hypot, hypot)
+template <class W>
+W Inv(W x) {
+  return 1 / x;
+}
+template <class W>
+W InvSqrt(W x) {
+  return 1 / Sqrt(x);
+}
+template <class W>
+W InvCbrt(W x) {
+  return 1 / Cbrt(x);
+}
+template <class W>
+W Div(W x, W b) {
+  return x / b;
+}
 #undef QOR_ORACLE
 #undef QOR_ORACLE2
 }  // namespace oracle

@@ -9,3 +9,5 @@ target_compile_options(qor_accuracy PRIVATE ${QOR_WARNINGS} -Wno-pedantic -ffp-c
 target_link_libraries(qor_accuracy PRIVATE qor quadmath)
 qor_test(tfn_control_test SOURCES tfn/control_test.cpp)
 qor_test(tfn_pack_test SOURCES tfn/pack_test.cpp)
+qor_test(tfn_trig_scalar_test SOURCES tfn/trig_scalar_test.cpp LIBRARIES quadmath)
+target_compile_options(tfn_trig_scalar_test PRIVATE -Wno-pedantic)

@@ -1,0 +1,4 @@
+#include "tfn/entry_macros.h"
+#include "tfn/hypot.h"
+
+TFN_LENGTH(TFN_BINARY_MEMBERS)
