@@ -23,7 +23,7 @@ const Engine engines[] = {
     {"MRG32K3A", QOR_BRNG_MRG32K3A, "plain loop", 6, 6, 6, 32},
     {"MCG31M1", QOR_BRNG_MCG31M1, "plain loop", 3, 3, 3, 32},
     {"MCG59", QOR_BRNG_MCG59, "plain loop", 1.5, 1.5, 1.5, 64},
-    {"R250", QOR_BRNG_R250, "plain loop", 0, 0, 0, 32},
+    {"R250", QOR_BRNG_R250, "gsl r250", 4, 4, 4, 32},
     {"WH", QOR_BRNG_WH, "plain loop", 3, 3, 3, 128},
     {"Sobol 40", QOR_BRNG_SOBOL, "gsl sobol", 0, 5, 0, 32, 40},
     {"Sobol 7", QOR_BRNG_SOBOL, "gsl sobol", 0, 0, 0, 32, 7},

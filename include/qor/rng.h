@@ -126,7 +126,8 @@ int __wxrCopyStream(qor_stream** slot, const qor_stream* source);
    has no such state: nothing goes in or out. A stream and itself: 0, nothing happens. */
 int __wxrCopyStreamState(qor_stream* destination, const qor_stream* source);
 /* Makes the stream number k (from 0) of nstreams interleaved ones: it delivers elements k, k + nstreams, ... of its
-   sequence. Call it once, on streams that stand at the same place. -1002 when the engine can't. */
+   sequence. Call it once, on streams that stand at the same place. Of MCG59 and WH an odd nstreams is better than an
+   even one (see there). -1002 when the engine can't. */
 int __wxrLeapfrogStream(qor_stream* stream, int k, int nstreams);
 /* Skips nskip elements of the sequence (of the leapfrogged one after a leapfrog) in a time that hardly depends on
    nskip; none when it is negative. -1003 when the engine can't. */
@@ -154,10 +155,10 @@ int __wxrDeleteChunks(qor_stream* stream);
    Pending halves of Gaussian pairs are chunks and are saved with the rest. Both functions leave errno alone. */
 
 /* Saves a stream under a name of `length` bytes, or up to its terminating zero when length is negative. A file of that
-   name is overwritten. -4: no memory for the name; -1110: the state of a registered generator is longer than a file can
-   tell (65535 bytes), nothing is opened; -1101; -1102; -1100: closing failed, whatever went before. A failed save may
-   leave part of a file behind. Of n chunks the newest n modulo 65536 are saved. A chunk without data is saved with
-   size 0. */
+   name is overwritten. -4: no memory for the name; -1110, nothing is opened: an abstract stream, whose state is
+   addresses in this process, or the state of a registered generator that is longer than a file can tell (65535 bytes);
+   -1101; -1102; -1100: closing failed, whatever went before. A failed save may leave part of a file behind. Of n chunks
+   the newest n modulo 65536 are saved. A chunk without data is saved with size 0. */
 int __wxrSaveStreamF(const qor_stream* stream, const char* name, int length);
 
 /* Creates the stream of a file: it continues the sequence where the saved one stood, and holds the same chunks in
@@ -184,13 +185,18 @@ int __wxrLoadStreamF(qor_stream** slot, const char* name);
    - MRG32K3A: two recurrences of order three (P. L'Ecuyer, Operations Research 47, 1999). Seeded with up to six words,
      three a recurrence, missing ones 1. Words 0 .. 2^32 - 210, unit 1/(2^32 - 209). Skips ahead.
    - MCG59: x' = 13^13 x mod 2^59. Words x in 1 .. 2^59 - 1 of 64 bits, low half first; the first is the seed, of up to
-     two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead.
+     two words and 59 bits (1 for 0 or none); unit 2^-59. Leapfrogs and skips ahead. The lower a bit the shorter its
+   period: bit k (from 0) repeats after 2^(k-1) elements, the lowest two never change. Each factor of two in a count of
+     leapfrogged streams takes one more bit away: of 2^s streams the lowest s + 2 bits are constant, and the bits above
+     them are as poor as the lowest used to be. Take an odd count, or give each stream a stretch by skip-ahead.
    - Sobol, Niederr: quasi-random vectors, told below.
    - MT19937: the Mersenne Twister (M. Matsumoto and T. Nishimura, ACM TOMACS 8, 1998), seeded by array with all n words
      (none: as by the one word 1). Words of 32 bits, unit 2^-32.
    - MT2203: 1024 Mersenne Twisters of period 2^2203 - 1 and 69 words, seeded like MT19937. Members differ in recurrence
-     and tempering, so that no sequence is a part of another: one each for the threads or tasks of a job. A row of
-     _wxr_mt2203_table is that member's twist constant and its two tempering masks.
+     and tempering, so that no sequence is a part of another: one each for the threads or tasks of a job. Give each a
+   seed of its own, such as (seed, member): seeded with the same words they start from the same block, and their first
+   500 words are alike in many bits. A row of _wxr_mt2203_table is that member's twist constant and its two tempering
+   masks.
    - WH, 273 members: four generators x' = a x mod m added modulo 1 (B. A. Wichmann and I. D. Hill, Applied Statistics
      31, 1982), m a prime below 2^24 with (m - 1)/2 prime, a a primitive root; no two members share a modulus, and each
      has a period above 2^92. Seeded with up to four words, missing ones 1, each modulo its m with 1 for 0; the first
@@ -272,8 +278,8 @@ extern const unsigned _wxr_mt2203_table[1024][3];
    Distributions draw what they need by these rules, from any of the three.
 
    Abstract streams neither leapfrog (-1002) nor skip ahead (-1003). A copy (__wxrCopyStream) has the same buffer and
-   callback: draw from one of the two only, since each refill overwrites what the other has not delivered yet. A stream
-   file of one holds addresses and loads nowhere (-1110).
+   callback: draw from one of the two only, since each refill overwrites what the other has not delivered yet. Its state
+   is addresses: it is not saved (-1110), and a file that claims to be one is not loaded (-1110).
 
    The constructors return 0; -3 when stream, buffer or callback is null, n < 1, a or b is no finite number, not a < b,
    or b - a overflows (*stream untouched); -4: no memory (*stream null). They pass initialisation method 0 a block of 6

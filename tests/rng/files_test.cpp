@@ -485,12 +485,26 @@ TEST(StreamFiles, CarryAnyStateOfRegisteredGenerators) {
   }
   const TestStream headless(registered(3), {});
   EXPECT_EQ(load_status(saved(headless)), 0);
+}
 
-  // More than 16 bits can tell: such a file could not be read.
-  const TestStream long_one(registered(16 + 65536), {});
-  const ScratchFile file("as before");
-  EXPECT_EQ(save(long_one, file.name()), QOR_RNG_BAD_FILE);
-  EXPECT_EQ(file.bytes(), "as before");
+TEST(StreamFiles, ThatCouldNotBeLoadedAreNotWritten) {
+  // A state longer than 16 bits can tell; addresses.
+  unsigned words[4];
+  double doubles[4];
+  float singles[4];
+  const auto update = [](auto*, int*, auto*, int*, int*, int*) { return 0; };
+  qor_stream* list[4] = {};
+  ASSERT_EQ(__wxrNewStreamEx(&list[0], registered(16 + 65536), 0, nullptr), 0);
+  ASSERT_EQ(__wxriNewAbstractStream(&list[1], 4, words, update), 0);
+  ASSERT_EQ(__wxrdNewAbstractStream(&list[2], 4, doubles, 0, 1, update), 0);
+  ASSERT_EQ(__wxrsNewAbstractStream(&list[3], 4, singles, 0, 1, update), 0);
+  for (qor_stream* const stream : list) {
+    const TestStream owner(stream);
+    const ScratchFile file("as before");
+    EXPECT_EQ(save(stream, file.name()), QOR_RNG_BAD_FILE);
+    EXPECT_EQ(file.bytes(), "as before");
+    EXPECT_EQ(save(stream, "/proc/nowhere/file"), QOR_RNG_BAD_FILE) << "before anything is opened";
+  }
 }
 
 TEST(StreamFiles, CountChunksIn16Bits) {

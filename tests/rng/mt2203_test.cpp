@@ -142,6 +142,17 @@ TEST(Mt2203, RefusesMembersBeyondTheTable) {
   ASSERT_EQ(__wxrAllocateStream(&s, __RegBrngsNew, 0x9FFFFF, 8, 0), 0);
   const TestStream beyond(s);
   EXPECT_EQ(__wxrBRngMT2203InitStream(0, s, 0, nullptr), QOR_RNG_BAD_BRNG);
+
+  // The other family looks its member up on every call.
+  qor_stream* other = nullptr;
+  ASSERT_EQ(__wxrAllocateStream(&other, __RegBrngsNew, 0x5FFFFF, 4, 0), 0);
+  const TestStream owner(other);
+  const unsigned k = 1;
+  for (const int method : {0, 1, 2}) EXPECT_EQ(__wxrBRngWHInitStream(method, other, 1, &k), QOR_RNG_BAD_BRNG) << method;
+  unsigned words[40];
+  double doubles[10];
+  EXPECT_EQ(__wxriBRngWH(other, 10, words), QOR_RNG_BAD_BRNG);
+  EXPECT_EQ(__wxrdBRngWH(other, 10, doubles, 0, 1), QOR_RNG_BAD_BRNG);
 }
 
 }  // namespace

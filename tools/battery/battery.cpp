@@ -63,14 +63,14 @@ std::vector<Result> test(const Subject& s, bool with_dieharder, bool all) {
 }
 
 // A test of growing size n = 2^first, ..., 2^last, up to the first that fails.
-Result smallest(const std::string& words_of, const std::string& test, const std::string& points, int first, int last,
-                const std::function<Outcome(Words&, int)>& run) {
+Result smallest(const std::string& name, const std::string& words_of, const std::string& test,
+                const std::string& points, int first, int last, const std::function<Outcome(Words&, int)>& run) {
   Result result;
   for (int k = first; k <= last; ++k) {
     progress(witnesses, words_of + ", " + test + ", 2^" + std::to_string(k));
     Words words(words_of + " --numbers --seed 20");
     const Outcome o = run(words, 1 << k);
-    result = {"witness", words_of + ", " + test, "2^" + std::to_string(k) + points, o.log_p, o.figure};
+    result = {"witness", name + ", " + test, "2^" + std::to_string(k) + points, o.log_p, o.figure};
     if (o.log_p < failure) break;
   }
   return result;
@@ -93,19 +93,19 @@ std::vector<Result> find_witnesses() {
     results.push_back({"witness", "R250, matrix rank", "one matrix of order 300", o.log_p, o.figure});
   }
   results.push_back(
-      smallest("R250", "gap", " numbers below 1/128", 12, 22, [](Words& w, int n) { return gaps(w, n, 7); }));
-  results.push_back(smallest("MCG31M1", "birthday spacings", " points of 3 x 15 bits", 6, 16,
+      smallest("R250", "R250", "gap", " numbers below 1/128", 12, 22, [](Words& w, int n) { return gaps(w, n, 7); }));
+  results.push_back(smallest("MCG31M1", "MCG31M1", "birthday spacings", " points of 3 x 15 bits", 6, 16,
                              [](Words& w, int n) { return birthday_spacings(w, n, 3, 15, 1); }));
-  results.push_back(smallest("MCG31M1", "collisions", " points of 30 bits", 10, 24,
+  results.push_back(smallest("MCG31M1", "MCG31M1", "collisions", " points of 30 bits", 10, 24,
                              [](Words& w, int n) { return collisions(w, n, 1, 30); }));
-  results.push_back(smallest("MCG59", "birthday spacings", " points of 2 x 32 bits", 14, 24,
+  results.push_back(smallest("MCG59", "MCG59", "birthday spacings", " points of 2 x 32 bits", 14, 24,
                              [](Words& w, int n) { return birthday_spacings(w, n, 2, 32, 1); }));
-  results.push_back(smallest("MT2203:all --one-seed", "collisions", " points of 30 bits", 10, 20,
-                             [](Words& w, int n) { return collisions(w, n, 1, 30); }));
+  results.push_back(smallest("MT2203, all members in turn, one seed for all", "MT2203:all --one-seed", "collisions",
+                             " points of 30 bits", 10, 20, [](Words& w, int n) { return collisions(w, n, 1, 30); }));
   // The last of the 32 bits is bit 27 of the 59.
   for (const char* streams : {"65536", "1048576", "16777216", "65535", "1048577"}) {
-    complexity(std::string("MCG59 --leapfrog ") + streams, std::string("MCG59, one of ") + streams + ", last bit of 32",
-               4096, 0);
+    complexity(std::string("MCG59 --leapfrog ") + streams,
+               std::string("MCG59, one of ") + streams + " streams, last of 32 bits", 4096, 0);
   }
   return results;
 }

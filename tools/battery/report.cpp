@@ -12,14 +12,17 @@ const std::vector<Subject> subjects = {
     {"MCG31M1",
      "A congruential generator of period 2^31 - 2, the quickest to exhaust. Its points in a few dimensions lie on a "
      "coarse "
-     "lattice, which birthday spacings see within a few thousand numbers; collisions see that no number comes twice in "
-     "a period; and tests that draw a good part of 2^31 words see all of it. For small jobs and comparisons only: some "
-     "thousands of numbers."},
+     "lattice, which birthday spacings see within 2^13 points; collisions see that no number comes twice in a period. "
+     "dieharder, fed the upper halves of its words, finds nothing. For small jobs and comparisons only."},
     {"R250",
      "Each word is the exclusive or of two earlier ones. All linear tests see it at once (complexity 250), and the gap "
-     "test sees that a small number 250 after another implies one between them, 147 after the first. Known to give "
-     "wrong "
-     "results in simulations (A. M. Ferrenberg, D. P. Landau and Y. J. Wong, 1992). Not for new work."},
+     "test sees that a small number 250 after another implies one between them, 147 after the first. Of dieharder's "
+     "tests "
+     "a few give 10^-6 to 10^-8 with some seeds and not with others: seeded from one word, the lowest bit of nearly "
+     "all of "
+     "the 250 words is the same. Known to give wrong results in simulations (A. M. Ferrenberg, D. P. Landau and Y. J. "
+     "Wong, "
+     "1992). Not for new work."},
     {"MRG32K3A", "Two recurrences of order three combined, period 2^191. Passes all of this."},
     {"MCG59",
      "A congruential generator modulo 2^59. Birthday spacings see its lattice beyond about 2^20 points. The lower a "
@@ -67,7 +70,7 @@ const char* known_failure(const std::string& subject, const Result& r) {
   };
   if (r.kind == "witness") {
     // Leapfrogging by odd counts is the cure.
-    const bool cure = r.test.find(" 65535,") != std::string::npos || r.test.find(" 1048577,") != std::string::npos;
+    const bool cure = r.test.find(" 65535 ") != std::string::npos || r.test.find(" 1048577 ") != std::string::npos;
     return cure ? nullptr : "witness";
   }
   for (const Known& k : list) {
@@ -198,7 +201,15 @@ bool print_report(const std::string& folder) {
     std::fprintf(stderr, "battery: no results of %s yet\n", subject.c_str());
     complete = false;
   };
-  for (const Subject& s : subjects) read(s.words);
+  for (const Subject& s : subjects) {
+    read(s.words);
+    const std::vector<Result>& results = found[s.words];
+    const bool has = std::any_of(results.begin(), results.end(), [](const Result& r) { return r.kind == "dieharder"; });
+    if (s.dieharder && !results.empty() && !has) {
+      std::fprintf(stderr, "battery: no results of dieharder on %s yet\n", s.words);
+      complete = false;
+    }
+  }
   read(witnesses);
   if (!complete) return false;
 

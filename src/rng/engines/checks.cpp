@@ -16,19 +16,26 @@
 namespace qor::rng {
 namespace {
 
-// The state of an abstract stream is addresses in the process that saved it.
+using Check = bool (*)(const Stream*);
+
+// The state of a registered generator is its own affair; that of an abstract stream is addresses in this process, which
+// no other can use.
+bool always(const Stream*) { return true; }
 bool never(const Stream*) { return false; }
 
 #define QOR_ENGINE_CHECK(tag, Engine, ...) Slots<Engine>::valid,
 #define QOR_NO_CHECK(...) never,
-constexpr bool (*checks[])(const Stream*) = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_NO_CHECK)};
+constexpr Check checks[] = {QOR_GENERATORS(QOR_ENGINE_CHECK, QOR_NO_CHECK)};
 static_assert(std::size(checks) == predefined_generators);
+
+Check check_of(const Stream* stream) {
+  const int i = predefined_index(resolve(stream->brng));
+  return i < predefined_generators ? checks[i] : always;
+}
 
 }  // namespace
 
-bool has_valid_state(const Stream* stream) {
-  const int i = predefined_index(resolve(stream->brng));
-  return i >= predefined_generators || checks[i](stream);
-}
+bool has_valid_state(const Stream* stream) { return check_of(stream)(stream); }
+bool can_be_stored(const Stream* stream) { return check_of(stream) != never; }
 
 }  // namespace qor::rng

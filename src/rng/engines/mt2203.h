@@ -2,11 +2,9 @@
 // T. Nishimura, Dynamic Creation of Pseudorandom Number Generators, Monte Carlo and Quasi-Monte Carlo Methods 1998.)
 #pragma once
 
-#include <iterator>
-
 #include "qor/rng.h"
+#include "rng/engines/slots.h"
 #include "rng/engines/twister.h"
-#include "rng/streams/stream.h"
 
 namespace qor::rng {
 
@@ -15,16 +13,16 @@ struct Mt2203 : Twister<Mt2203, 69, 34, 0xFFFFFFE0> {
 
   // The member is the stream's identifier's. Seeded alike, two members have the same block, and different sequences.
   int seed(const Stream& stream, int n, const std::uint32_t* words) {
-    const std::uint32_t* const row = parameters(stream);
+    const auto* const row = row_of(_wxr_mt2203_table, stream);
     if (row == nullptr) return status::bad_brng;
-    matA = row[0];
-    maskB = row[1];
-    maskC = row[2];
+    matA = (*row)[0];
+    maskB = (*row)[1];
+    maskC = (*row)[2];
     return Twister::seed(n, words);
   }
   bool valid(const Stream& stream) const {
-    const std::uint32_t* const row = parameters(stream);
-    return row != nullptr && matA == row[0] && maskB == row[1] && maskC == row[2] && Twister::valid();
+    const auto* const row = row_of(_wxr_mt2203_table, stream);
+    return row != nullptr && matA == (*row)[0] && maskB == (*row)[1] && maskC == (*row)[2] && Twister::valid();
   }
 
   struct Rule {
@@ -38,13 +36,6 @@ struct Mt2203 : Twister<Mt2203, 69, 34, 0xFFFFFFE0> {
     }
   };
   QOR_INLINE Rule rule() const { return {matA, splat<VecU32>(maskB), splat<VecU32>(maskC)}; }
-
- private:
-  // Null for a stream that was allocated under an identifier without a member.
-  static const std::uint32_t* parameters(const Stream& stream) {
-    const int member = resolve(stream.brng).member;
-    return member >= 0 && member < static_cast<int>(std::size(_wxr_mt2203_table)) ? _wxr_mt2203_table[member] : nullptr;
-  }
 };
 
 }  // namespace qor::rng

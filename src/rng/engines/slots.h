@@ -2,14 +2,15 @@
 //   static constexpr double unit;       a word times unit is the engine's number u
 //   static constexpr int least;         elements that a request for none delivers
 //   int seed(int n, const std::uint32_t* words), leapfrog(std::int32_t k, int nstreams), skip_ahead(int n);
-//                                       as seed(Stream&, n, words) it may look at the identifier and add chunks
-//   bool valid() const;                 whether seeding and drawing can produce this state; as valid(const Stream&) it
-//                                       may look at the stream's identifier and chunks too, as may seed(stream, ...)
+//   bool valid() const;                 whether seeding and drawing can produce this state
 //   template <class Sink> void draw(int n, Sink sink);   the next n words, in order
+// Any of the first four may take its stream as the first argument: a family finds its member by the identifier, and
+// parameters that the stream is to keep become chunks.
 #pragma once
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "numeric/mxcsr.h"
 #include "rng/engines/sinks.h"
@@ -18,34 +19,39 @@
 
 namespace qor::rng {
 
-// The engine of a stream. That of a family is told its member: Engine::Member(state, member) has the functions.
-template <class Engine>
-decltype(auto) engine_of(Stream* stream) {
-  if constexpr (requires { typename Engine::Member; }) {
-    return typename Engine::Member(stream->state<Engine>(), resolve(stream->brng).member);
+// The row of a family's table that belongs to the stream. Null for one that was allocated under an identifier without a
+// member.
+template <class Row, std::size_t members>
+const Row* row_of(const Row (&table)[members], const Stream& stream) {
+  const std::size_t member = static_cast<std::size_t>(resolve(stream.brng).member);
+  return member < members ? table + member : nullptr;
+}
+
+// Calls a function of the stream's engine, and tells it the stream if it wants to know.
+template <class S, class Function, class Engine, class... Arguments>
+auto call(S& stream, Function function, Engine& engine, Arguments... arguments) {
+  if constexpr (std::is_invocable_v<Function, Engine&, S&, Arguments...>) {
+    return (engine.*function)(stream, arguments...);
   } else {
-    return (stream->state<Engine>());
+    return (engine.*function)(arguments...);
   }
 }
 
 template <class Engine>
 struct InitSlot {
+  static bool valid(const Stream* stream) { return call(*stream, &Engine::valid, stream->state<Engine>()); }
   static int init(int how, Stream* stream, int n, const std::uint32_t* params) {
-    auto&& engine = engine_of<Engine>(stream);
+    Engine& engine = stream->state<Engine>();
     switch (how) {
       case method::seed:
-        if constexpr (requires { engine.seed(*stream, n, params); }) {
-          return engine.seed(*stream, n, params);
-        } else {
-          return engine.seed(n, params);
-        }
+        return call(*stream, &Engine::seed, engine, n, params);
       case method::leapfrog: {
         std::int32_t k;
         std::memcpy(&k, params, sizeof k);
-        return engine.leapfrog(k, n);
+        return call(*stream, &Engine::leapfrog, engine, k, n);
       }
       case method::skip_ahead:
-        return engine.skip_ahead(n);
+        return call(*stream, &Engine::skip_ahead, engine, n);
       default:
         return status::bad_method;
     }
@@ -55,15 +61,6 @@ struct InitSlot {
 template <class Engine>
 class Slots : public InitSlot<Engine> {
  public:
-  static bool valid(const Stream* stream) {
-    const Engine& engine = stream->state<Engine>();
-    if constexpr (requires { engine.valid(*stream); }) {
-      return engine.valid(*stream);
-    } else {
-      return engine.valid();
-    }
-  }
-
   static int words(Stream* stream, int n, std::uint32_t* r) {
     const numeric::MxcsrGuard nearest;
     return draw(stream, n, r, AsWords{});

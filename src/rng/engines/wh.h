@@ -22,45 +22,97 @@ inline constexpr Row table[] = {
 #include "rng/engines/wh_table.inc"
 };
 
-// Consecutive elements, a component a line: residues 1 .. m - 1 as doubles. As many as words fit a vector, so that
-// words can be transposed.
-inline constexpr int stretch = simd::lanes<VecU32>, vectors = stretch / simd::lanes<VecD>;
-struct Elements {
-  VecD x[components][vectors];
-};
+// A register's width of consecutive words.
+inline constexpr int stretch = simd::lanes<VecU32>;
+using Stretch = std::uint32_t[components][stretch];
 
-// What is the same in all elements of a request.
-struct Constants {
-  VecD modulus[components], reciprocal[components];
-  VecD step[components], quotient[components];  // a^stretch mod m, and that over m
-
-  explicit Constants(const std::uint32_t* moduli) {
+// Elements as words, a component a vector, for output that transposes them.
+class WordElements {
+ public:
+  WordElements(const Stretch& first, const std::uint32_t* moduli, const std::uint32_t* steps) {
     for (int i = 0; i < components; ++i) {
-      modulus[i] = splat<VecD>(moduli[i]);
-      reciprocal[i] = splat<VecD>(1) / modulus[i];
+      const std::uint32_t m = moduli[i], shifted = static_cast<std::uint32_t>((std::uint64_t{steps[i]} << 32) % m);
+      x_[i] = simd::load<VecU32>(first[i]);
+      modulus_[i] = splat<VecU32>(m);
+      step_[i] = splat<VecU32>(shifted);
+      quotient_[i] = splat<VecU32>(shifted * inverse(m));
     }
   }
-  void set_step(int i, std::uint32_t factor) {
-    step[i] = splat<VecD>(factor);
-    quotient[i] = step[i] / modulus[i];
+  QOR_INLINE VecU32 component(int i) const { return x_[i]; }
+  QOR_INLINE void advance() {
+    for (int i = 0; i < components; ++i) {
+      const VecU64 even = reduced(x_[i], i), odd = reduced(as<VecU32>(as<VecU64>(x_[i]) >> 32), i);
+      const VecU32 high = as<VecU32>((even >> 32) | (odd & splat<VecU64>(0xFFFFFFFF00000000)));
+      x_[i] = high + (simd::sign_mask(high) & modulus_[i]);
+    }
   }
+  std::uint32_t at(int i, int k) const { return x_[i][k]; }
+
+ private:
+  // 1/m modulo 2^32; m itself is that modulo 8, and every step doubles the bits.
+  static std::uint32_t inverse(std::uint32_t m) {
+    std::uint32_t r = m;
+    for (int bits = 3; bits < 32; bits *= 2) r *= 2 - m * r;
+    return r;
+  }
+  // In the high halves of the even lanes x step mod m, or that less m: with s = 2^32 step mod m and q the low half of
+  // x s / m, x s - q m is a multiple of 2^32. (P. L. Montgomery, Math. Comp. 44, 1985.)
+  QOR_INLINE VecU64 reduced(VecU32 x, int i) const {
+    const VecU32 q = as<VecU32>(simd::mul_even(x, quotient_[i]));
+    return simd::mul_even(x, step_[i]) - simd::mul_even(q, modulus_[i]);
+  }
+
+  VecU32 x_[components], modulus_[components], step_[components], quotient_[components];
 };
 
-// x step mod m, exactly: the product is below 2^48. The quotient's distance from an integer is 1/m > 2^-24 at least,
-// and its error below 2^-28: less 1/2 it rounds to its floor.
-QOR_INLINE VecD next(VecD x, VecD step, VecD quotient, VecD modulus) {
-  const VecD round_by = splat<VecD>(0x1.8p52);
-  const VecD whole = (x * quotient - splat<VecD>(0.5) + round_by) - round_by;
-  return x * step - whole * modulus;
-}
+// Elements as doubles, for output as numbers.
+class NumberElements {
+ public:
+  static constexpr int vectors = stretch / simd::lanes<VecD>;
+
+  NumberElements(const Stretch& first, const std::uint32_t* moduli, const std::uint32_t* steps) {
+    for (int i = 0; i < components; ++i) {
+      modulus_[i] = splat<VecD>(moduli[i]);
+      reciprocal_[i] = splat<VecD>(1) / modulus_[i];
+      step_[i] = splat<VecD>(steps[i]);
+      quotient_[i] = step_[i] / modulus_[i];
+      for (int k = 0; k < stretch; ++k) x_[i][k / simd::lanes<VecD>][k % simd::lanes<VecD>] = first[i][k];
+    }
+  }
+  // The sum s of a vector of elements.
+  QOR_INLINE VecD sum(int v) const {
+    VecD s = x_[0][v] * reciprocal_[0];
+    for (int i = 1; i < components; ++i) s += x_[i][v] * reciprocal_[i];
+    return s;
+  }
+  // x step mod m, exactly: the product is below 2^48. The quotient's distance from an integer is 1/m > 2^-24 at least,
+  // and its error below 2^-28: less 1/2 it rounds to its floor.
+  QOR_INLINE void advance() {
+    const VecD round_by = splat<VecD>(0x1.8p52);
+    for (int i = 0; i < components; ++i) {
+      for (VecD& x : x_[i]) {
+        const VecD whole = (x * quotient_[i] - splat<VecD>(0.5) + round_by) - round_by;
+        x = x * step_[i] - whole * modulus_[i];
+      }
+    }
+  }
+  std::uint32_t at(int i, int k) const {
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(x_[i][k / simd::lanes<VecD>][k % simd::lanes<VecD>]));
+  }
+
+ private:
+  VecD x_[components][vectors];
+  VecD modulus_[components], reciprocal_[components], step_[components], quotient_[components];
+};
 
 // The forms of output: store(r, elements) has `stride` results of type T for each of the elements.
 struct Words {
   using T = std::uint32_t;
+  using Elements = WordElements;
   static constexpr int stride = components;
-  QOR_INLINE void store(T* r, const Elements& e, const Constants&) const {
+  QOR_INLINE void store(T* r, const Elements& e) const {
     VecU32 w[components];
-    for (int i = 0; i < components; ++i) w[i] = simd::truncate(e.x[i][0], e.x[i][1]);
+    for (int i = 0; i < components; ++i) w[i] = e.component(i);
     simd::transpose(w[0], w[1], w[2], w[3]);
     for (int k = 0; k < stretch; ++k) simd::store(r + components * k, w[k]);
   }
@@ -68,17 +120,14 @@ struct Words {
 template <class Result>
 struct Numbers {
   using T = Result;
+  using Elements = NumberElements;
   static constexpr int stride = 1;
   VecD width, a;
 
   Numbers(double low, double high) : width(splat<VecD>(high - low)), a(splat<VecD>(low)) {}
-  QOR_INLINE void store(T* r, const Elements& e, const Constants& c) const {
-    static_assert(vectors == 2);
-    VecD s[vectors];
-    for (int v = 0; v < vectors; ++v) {
-      s[v] = e.x[0][v] * c.reciprocal[0];
-      for (int i = 1; i < components; ++i) s[v] += e.x[i][v] * c.reciprocal[i];
-    }
+  QOR_INLINE void store(T* r, const Elements& e) const {
+    static_assert(Elements::vectors == 2);
+    const VecD s[] = {e.sum(0), e.sum(1)};
     const VecU32 whole = simd::truncate(s[0], s[1]);
     const VecD low = (s[0] - simd::to_double_low(whole)) * width + a;
     const VecD high = (s[1] - simd::to_double_high(whole)) * width + a;
@@ -97,112 +146,100 @@ struct Wh {
   std::uint32_t x[wh::components];     // the next element, each in 1 .. m - 1
   std::uint32_t mult[wh::components];  // the member's, or a power of it after a leapfrog
 
-  // The state together with its member's row.
-  class Member {
-   public:
-    Member(Wh& state, int member) : state_(state), row_(wh::table[member]) {}
+  static const wh::Row* row(const Stream& stream) { return row_of(wh::table, stream); }
 
-    int seed(int n, const std::uint32_t* words) {
-      for (int i = 0; i < wh::components; ++i) {
-        state_.mult[i] = row_.multiplier[i];
-        state_.x[i] = i < n ? words[i] : 1;
-        settle(state_.x[i], row_.modulus[i]);
-      }
-      return skip_ahead(1);  // small seeds are small numbers
+  int seed(const Stream& stream, int n, const std::uint32_t* words) {
+    const wh::Row* const r = row(stream);
+    if (r == nullptr) return status::bad_brng;
+    for (int i = 0; i < wh::components; ++i) {
+      mult[i] = r->multiplier[i];
+      x[i] = i < n ? words[i] : 1;
+      settle(x[i], r->modulus[i]);
     }
-    int leapfrog(std::int32_t k, int nstreams) {
-      skip_ahead(k);
-      for (int i = 0; i < wh::components; ++i) {
-        state_.mult[i] = numeric::pow_mod(state_.mult[i], nstreams, row_.modulus[i]);
-      }
-      return status::ok;
+    return skip_ahead(stream, 1);  // small seeds are small numbers
+  }
+  int leapfrog(const Stream& stream, std::int32_t k, int nstreams) {
+    if (const int s = skip_ahead(stream, k); s != status::ok) return s;
+    for (int i = 0; i < wh::components; ++i) mult[i] = numeric::pow_mod(mult[i], nstreams, row(stream)->modulus[i]);
+    return status::ok;
+  }
+  int skip_ahead(const Stream& stream, int n) {
+    const wh::Row* const r = row(stream);
+    if (r == nullptr) return status::bad_brng;
+    for (int i = 0; i < wh::components; ++i) {
+      const std::uint32_t m = r->modulus[i];
+      x[i] = numeric::mul_mod(x[i], numeric::pow_mod(mult[i], n, m), m);
     }
-    int skip_ahead(int n) {
-      for (int i = 0; i < wh::components; ++i) {
-        const std::uint32_t m = row_.modulus[i];
-        state_.x[i] = numeric::mul_mod(state_.x[i], numeric::pow_mod(state_.mult[i], n, m), m);
-      }
-      return status::ok;
+    return status::ok;
+  }
+  // Residues but zero: multipliers are primitive roots, whose powers are all of these.
+  bool valid(const Stream& stream) const {
+    const wh::Row* const r = row(stream);
+    if (r == nullptr) return false;
+    for (int i = 0; i < wh::components; ++i) {
+      const std::uint32_t last = r->modulus[i] - 1;
+      if (x[i] - 1 >= last || mult[i] - 1 >= last) return false;
     }
+    return true;
+  }
 
-    template <class Form>
-    void draw(int n, typename Form::T* r, Form form) {
-      using namespace wh;
-      if (n < 1) return;
-      // The first elements, and the one that follows them.
-      Constants c(row_.modulus);
-      double ahead[components][stretch] = {};
-      for (int i = 0; i < components; ++i) {
-        const std::uint32_t m = row_.modulus[i];
-        std::uint32_t& x = state_.x[i];
-        settle(x, m);  // copied from another state both may be anything
-        settle(state_.mult[i], m);
-        for (int k = 0; k < stretch && k < n; ++k, x = numeric::mul_mod(x, state_.mult[i], m)) ahead[i][k] = x;
-        if (n >= stretch) c.set_step(i, numeric::pow_mod(state_.mult[i], stretch, m));
+  template <class Form>
+  int draw(const Stream& stream, int n, typename Form::T* r, Form form) {
+    using namespace wh;
+    const Row* const own = row(stream);
+    if (own == nullptr) return status::bad_brng;
+    if (n < 1) return status::ok;
+    // The first elements, and the one that follows them.
+    Stretch first = {};
+    std::uint32_t steps[components] = {};
+    for (int i = 0; i < components; ++i) {
+      const std::uint32_t m = own->modulus[i];
+      settle(x[i], m);  // copied from another state both may be anything
+      settle(mult[i], m);
+      for (int k = 0; k < stretch && k < n; ++k) {
+        first[i][k] = x[i];
+        x[i] = numeric::mul_mod(x[i], mult[i], m);
       }
-      Elements e;
-      for (int i = 0; i < components; ++i) {
-        for (int v = 0; v < vectors; ++v) e.x[i][v] = simd::load<VecD>(ahead[i] + v * simd::lanes<VecD>);
-      }
-      int k = 0;
-      for (; k <= n - stretch; k += stretch) {
-        form.store(r + k * Form::stride, e, c);
-        for (int i = 0; i < components; ++i) {
-          for (VecD& x : e.x[i]) x = next(x, c.step[i], c.quotient[i], c.modulus[i]);
-        }
-      }
-      if (k < n) {
-        typename Form::T rest[stretch * Form::stride];
-        form.store(rest, e, c);
-        std::memcpy(r + k * Form::stride, rest, static_cast<std::size_t>((n - k) * Form::stride) * sizeof *rest);
-      }
-      if (n < stretch) return;
-      for (int i = 0; i < components; ++i) {
-        const int at = n - k;
-        state_.x[i] = static_cast<std::uint32_t>(
-            static_cast<std::int32_t>(e.x[i][at / simd::lanes<VecD>][at % simd::lanes<VecD>]));
-      }
+      if (n >= stretch) steps[i] = numeric::pow_mod(mult[i], stretch, m);
     }
-
-   private:
-    static void settle(std::uint32_t& x, std::uint32_t m) {
-      if (x >= m) x %= m;
-      if (x == 0) x = 1;
+    typename Form::Elements e(first, own->modulus, steps);
+    int k = 0;
+    for (; k <= n - stretch; k += stretch) {
+      form.store(r + k * Form::stride, e);
+      e.advance();
     }
+    if (k < n) {
+      typename Form::T rest[stretch * Form::stride];
+      form.store(rest, e);
+      std::memcpy(r + k * Form::stride, rest, static_cast<std::size_t>((n - k) * Form::stride) * sizeof *rest);
+    }
+    for (int i = 0; i < components && n >= stretch; ++i) x[i] = e.at(i, n - k);
+    return status::ok;
+  }
 
-    Wh& state_;
-    const wh::Row& row_;
-  };
+ private:
+  static void settle(std::uint32_t& x, std::uint32_t m) {
+    if (x >= m) x %= m;
+    if (x == 0) x = 1;
+  }
 };
 
 template <>
 class Slots<Wh> : public InitSlot<Wh> {
  public:
-  // Residues but zero: multipliers are primitive roots, whose powers are all of these.
-  static bool valid(const Stream* stream) {
-    const Wh& engine = stream->state<Wh>();
-    const wh::Row& row = wh::table[resolve(stream->brng).member];
-    for (int i = 0; i < wh::components; ++i) {
-      const std::uint32_t last = row.modulus[i] - 1;
-      if (engine.x[i] - 1 >= last || engine.mult[i] - 1 >= last) return false;
-    }
-    return true;
-  }
-
-  static int words(Stream* stream, int n, std::uint32_t* r) {
-    const numeric::MxcsrGuard nearest;
-    engine_of<Wh>(stream).draw(n, r, wh::Words{});
-    return status::ok;
-  }
+  static int words(Stream* stream, int n, std::uint32_t* r) { return draw(stream, n, r, wh::Words{}); }
   static int doubles(Stream* stream, int n, double* r, double a, double b) { return numbers(stream, n, r, a, b); }
   static int singles(Stream* stream, int n, float* r, float a, float b) { return numbers(stream, n, r, a, b); }
 
  private:
+  template <class Form>
+  static int draw(Stream* stream, int n, typename Form::T* r, Form form) {
+    return stream->state<Wh>().draw(*stream, n, r, form);
+  }
   template <class T>
   static int numbers(Stream* stream, int n, T* r, double a, double b) {
     const numeric::MxcsrGuard nearest;
-    engine_of<Wh>(stream).draw(n, r, wh::Numbers<T>(a, b));
-    return status::ok;
+    return draw(stream, n, r, wh::Numbers<T>(a, b));
   }
 };
 

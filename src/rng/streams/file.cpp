@@ -143,7 +143,7 @@ int save(const Stream* stream, const char* name, int length) {
     name = copy.get();
   }
   const std::size_t size = state_bytes(record_of(stream));
-  if (size > std::numeric_limits<std::uint16_t>::max()) return status::bad_file;
+  if (size > std::numeric_limits<std::uint16_t>::max() || !can_be_stored(stream)) return status::bad_file;
   const FileHeader header = {{magic[0], magic[1], magic[2]},
                              current_version,
                              sizeof(FileHeader),

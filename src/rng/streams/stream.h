@@ -64,6 +64,8 @@ int destroy(Stream** slot);
 // Whether the state of a stream whose bytes came from outside is one that seeding and drawing can produce. It lies with
 // the engines; the state of a registered generator is not looked at.
 bool has_valid_state(const Stream* stream);
+// Whether a state of that engine means anything in another process. It lies with the engines, too.
+bool can_be_stored(const Stream* stream);
 
 int add_chunk(Stream* stream, std::uint32_t key, void* data, std::uint32_t size);
 void* search_chunk(const Stream* stream, std::uint32_t key);
