@@ -63,6 +63,7 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
                                       -static_cast<int>(draw.word() % L::digits) - 1)));  // changes of table rows
       in.add(draw.scaled(-L::digits - 4, -1));
       in.add(draw.scaled(L::min_exponent - L::digits, L::min_exponent + 100));
+    }
     if (function == "Asin" || function == "Acos" || function == "Atanh") {
       // The whole domain evenly, its ends, and results close to 0.
       in.add(T(draw.between(-1, 1)));
