@@ -274,9 +274,9 @@ void _tfnsSinCos_HA(int n, const float* a, float* r1, float* r2);
 void _tfnsSinCos_21(int n, const float* a, float* r1, float* r2);
 
 /* r[i] = arc sine, arc cosine of a[i]. Asin(-x) = -Asin(x) in every bit, Asin(+-0) = +-0, Acos(1) = +0, Acos(-1) = pi
-   rounded. Reports: ERRDOM for |a[i]| > 1 (NaN). _HA: by the difference from one of 450 angles of a table, as the sine of
-   the difference is a quotient without cancellation; _50 and _21: one polynomial, above 1/2 of sqrt((1 - x)/2);
-   _tfnsAsin_21 has errors up to 2.1 ulp, around 0.84. */
+   rounded. Reports: ERRDOM for |a[i]| > 1 (NaN). _HA: by the difference from one of 450 angles of a table; its sine is a
+   quotient without cancellation. _50 and _21: one polynomial, above 1/2 of sqrt((1 - x)/2); _tfnsAsin_21 has errors up
+   to 2.1 ulp, around 0.84. */
 void _tfndAsin_HA(int n, const double* a, double* r);
 void _tfndAsin_50(int n, const double* a, double* r);
 void _tfnsAsin_HA(int n, const float* a, float* r);
@@ -286,28 +286,28 @@ void _tfndAcos_50(int n, const double* a, double* r);
 void _tfnsAcos_HA(int n, const float* a, float* r);
 void _tfnsAcos_21(int n, const float* a, float* r);
 
-/* r[i] = arc tangent of a[i]. Atan(-x) = -Atan(x) in every bit, Atan(+-0) = +-0, Atan(+-inf) = +-pi/2. Reports nothing.
-   By the difference from one of 770 angles of a table and the addition theorem; _21: one polynomial of the quotient of the
-   smaller and the larger of |x| and 1. */
+/* r[i] = arc tangent of a[i]. Atan(-x) = -Atan(x) in every bit, Atan(+-0) = +-0, Atan(+-inf) = +-pi/2. Reports
+   nothing. By the difference from one of 770 angles of a table and the addition theorem; _21: one polynomial of the
+   quotient of the smaller and the larger of |x| and 1. */
 void _tfndAtan_HA(int n, const double* a, double* r);
 void _tfndAtan_50(int n, const double* a, double* r);
 void _tfnsAtan_HA(int n, const float* a, float* r);
 void _tfnsAtan_21(int n, const float* a, float* r);
 
-/* r[i] = the angle, from -pi to pi, of the point of ordinate a[i] and abscissa b[i]: the arc tangent of a[i]/b[i] in the
-   right half-plane. On the axes, signs of zero included, and at infinity as the C standard has it (annex F of C99):
+/* r[i] = the angle, from -pi to pi, of the point of ordinate a[i] and abscissa b[i]: the arc tangent of a[i]/b[i] in
+   the right half-plane. On the axes, signs of zero included, and at infinity as annex F of C99 has it:
    Atan2(+-0, b) = +-0 for b positive or +0 and +-pi for b negative or -0; Atan2(a, +-0) = +-pi/2 with the sign of a;
-   multiples of pi/4 for two infinities. Reports: UNDERFLOW where a[i] isn't zero, b[i] is finite and positive and the
-   result is zero or subnormal. As Atan, without a division more than the quotient's own. */
+   odd multiples of pi/4 for two infinities. Reports: UNDERFLOW where a[i] isn't zero, b[i] is finite and positive and
+   the result is zero or subnormal. By the table of Atan; _21 as there. */
 void _tfndAtan2_HA(int n, const double* a, const double* b, double* r);
 void _tfndAtan2_50(int n, const double* a, const double* b, double* r);
 void _tfnsAtan2_HA(int n, const float* a, const float* b, float* r);
 void _tfnsAtan2_21(int n, const float* a, const float* b, float* r);
 
-/* r[i] = inverse hyperbolic sine, cosine, tangent of a[i], the cosine's not negative. Asinh and Atanh are odd in every bit
-   and keep the sign of zero; Acosh(1) = +0; Asinh(+-inf) = +-inf, Acosh(+inf) = +inf. Reports: Acosh ERRDOM for a[i] < 1
-   (NaN); Atanh SING for +-1 (+-inf), ERRDOM beyond (NaN). _tfnsAcosh_21 and _tfnsAtanh_21 have errors up to 2.1 ulp, around
-   1.03 and 0.11. Logarithms of an argument in two parts, by the table of Ln. */
+/* r[i] = inverse hyperbolic sine, cosine, tangent of a[i], the cosine's not negative. Asinh and Atanh are odd in every
+   bit and keep the sign of zero; Acosh(1) = +0; Asinh(+-inf) = +-inf, Acosh(+inf) = +inf. Reports: Acosh ERRDOM for
+   a[i] < 1 (NaN); Atanh SING for +-1 (+-inf), ERRDOM beyond (NaN). _tfnsAcosh_21 and _tfnsAtanh_21 have errors up to
+   2.1 ulp, around 1.03 and 0.11. Logarithms of an argument in two parts, by the table of Ln. */
 void _tfndAsinh_HA(int n, const double* a, double* r);
 void _tfndAsinh_50(int n, const double* a, double* r);
 void _tfnsAsinh_HA(int n, const float* a, float* r);
