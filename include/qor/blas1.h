@@ -1,4 +1,5 @@
-/* qor/blas1.h: level-1 kernels on vectors, in four types: s, d real; c, z complex, real and imaginary parts interleaved.
+/* qor/blas1.h: level-1 kernels on vectors, in four types: s, d real; c, z complex, real and imaginary parts
+   interleaved.
 
    n counts elements; n <= 0 does nothing. Increments count elements (a complex one is two reals) and may be negative or
    zero: element i of x is x[i incx] for incx >= 0 and x[(i - n + 1) incx] otherwise, so that every element lies at or

@@ -1,5 +1,5 @@
-/* qor/service.h: service layer. Replaceable memory hooks, a cache of memory blocks by thread, the environment's switches,
-   the serial/parallel decision, two locks, the build's tag.
+/* qor/service.h: service layer. Replaceable memory hooks, a cache of memory blocks by thread, the environment's
+   switches, the serial/parallel decision, two locks, the build's tag.
 
    All functions may be called from any number of threads at once, but for the two named below that need the lock. */
 #ifndef QOR_SERVICE_H
@@ -26,8 +26,8 @@ extern QorRealloc i_realloc;
 extern QorFree i_free;
 
 /* A block of `size` bytes, or null when the hook has no memory. At most 512 blocks are kept, each a fifth larger than
-   the request it was made for. A released block is handed out again to the thread that first had it, the first one large
-   enough, one of exactly the size asked for before all. Negative sizes and those above 40 MiB (41943040 bytes) go
+   the request it was made for. A released block is handed out again to the thread that first had it, the first one
+   large enough, one of exactly the size asked for before all. Negative sizes and those above 40 MiB (41943040 bytes) go
    straight to i_malloc. The contents are undefined, the alignment is the hook's. */
 void* qor_serv_allocate(int size);
 /* From any thread. What the cache doesn't know, null included, goes to i_free. */

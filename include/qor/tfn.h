@@ -11,11 +11,9 @@
    Accuracy, in units in the last place of the exact result over the whole domain, subnormals included:
      _HA  at most 0.55 (double), 0.51 (single);  _50 (double) and _21 (single)  at most 2.0,
      but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21 and _tfndTanh_50: at most 2.1.
-     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at most 2.1, and _tfnsInvSqrt_21:
-     at most 3.0.
-     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at most 2.1,
-     and _tfnsInvSqrt_21: at most 3.0.
-   docs/accuracy.md has the measured figures.
+     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at most 2.1, and
+   _tfnsInvSqrt_21: at most 3.0. but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at
+   most 2.1, and _tfnsInvSqrt_21: at most 3.0. docs/accuracy.md has the measured figures.
 
    Bad elements never stop a function. It stores the conventional special result, reports the element (below) and goes
    on. NaN arguments give NaN without a report.
@@ -123,7 +121,8 @@ void _tfndLn_50(int n, const double* a, double* r);
 void _tfnsLn_HA(int n, const float* a, float* r);
 void _tfnsLn_21(int n, const float* a, float* r);
 
-/* r[i] = decimal logarithm of a[i]. Log10(1) = +0, Log10(+inf) = +inf, powers of ten are exact. Reports: SING for a zero
+/* r[i] = decimal logarithm of a[i]. Log10(1) = +0, Log10(+inf) = +inf, powers of ten are exact. Reports: SING for a
+   zero
    (-inf), ERRDOM for a negative argument or -inf (NaN). As Ln, with tables of its own. */
 void _tfndLog10_HA(int n, const double* a, double* r);
 void _tfndLog10_50(int n, const double* a, double* r);
@@ -131,8 +130,8 @@ void _tfnsLog10_HA(int n, const float* a, float* r);
 void _tfnsLog10_21(int n, const float* a, float* r);
 
 /* r[i] = e to the power a[i]. Exp(0) = 1, Exp(+inf) = +inf, Exp(-inf) = +0. Reports: OVERFLOW (+inf), UNDERFLOW for a
-   finite argument whose result is zero or subnormal. Table of 2^(j/256) with a short polynomial, after P. T. P. Tang, ACM
-   TOMS 15 (1989). */
+   finite argument whose result is zero or subnormal. Table of 2^(j/256) with a short polynomial, after P. T. P. Tang,
+   ACM TOMS 15 (1989). */
 void _tfndExp_HA(int n, const double* a, double* r);
 void _tfndExp_50(int n, const double* a, double* r);
 void _tfnsExp_HA(int n, const float* a, float* r);
@@ -156,13 +155,13 @@ void _tfnsTanh_HA(int n, const float* a, float* r);
 void _tfnsTanh_21(int n, const float* a, float* r);
 
 /* Pow: r[i] = a[i] to the power b[i]; Powx: a[i] to the power b, the bits that Pow gives. Exact results are exact:
-   Pow(x, 0) = 1 for every x and Pow(1, b) = 1 for every b, NaN included; Pow(x, 1) = x; whole powers that fit. A negative
-   base has whole powers, with the sign of the base when the power is odd; so have -0 and -inf. Pow(-1, +-inf) = 1; else
-   Pow(x, +-inf), Pow(+-0, b) and Pow(+-inf, b) are zero or infinite as the limits are.
-   Reports: SING for a zero to a finite negative power (an infinity), ERRDOM for a finite negative base and a power that
-   is not whole (NaN), OVERFLOW (an infinity), UNDERFLOW where finite arguments, a not zero, give zero or a subnormal.
-   Logarithm in two parts from a table of exact reciprocals, product, and exponential, each in the manner of
-   P. T. P. Tang (see Ln and Exp). */
+   Pow(x, 0) = 1 for every x and Pow(1, b) = 1 for every b, NaN included; Pow(x, 1) = x; whole powers that fit. A
+   negative base has whole powers, with the sign of the base when the power is odd; so have -0 and -inf. Pow(-1, +-inf)
+   = 1; else Pow(x, +-inf), Pow(+-0, b) and Pow(+-inf, b) are zero or infinite as the limits are. Reports: SING for a
+   zero to a finite negative power (an infinity), ERRDOM for a finite negative base and a power that is not whole (NaN),
+   OVERFLOW (an infinity), UNDERFLOW where finite arguments, a not zero, give zero or a subnormal. Logarithm in two
+   parts from a table of exact reciprocals, product, and exponential, each in the manner of P. T. P. Tang (see Ln and
+   Exp). */
 void _tfndPow_HA(int n, const double* a, const double* b, double* r);
 void _tfndPow_50(int n, const double* a, const double* b, double* r);
 void _tfnsPow_HA(int n, const float* a, const float* b, float* r);
@@ -201,8 +200,8 @@ void _tfndInvCbrt_50(int n, const double* a, double* r);
 void _tfnsInvCbrt_HA(int n, const float* a, float* r);
 void _tfnsInvCbrt_21(int n, const float* a, float* r);
 
-/* r[i] = 1/a[i], correctly rounded. Reports: SING for a zero (an infinity of its sign), OVERFLOW where the reciprocal of a
-   subnormal number is infinite, UNDERFLOW where a result is subnormal. */
+/* r[i] = 1/a[i], correctly rounded. Reports: SING for a zero (an infinity of its sign), OVERFLOW where the reciprocal
+   of a subnormal number is infinite, UNDERFLOW where a result is subnormal. */
 void _tfndInv_HA(int n, const double* a, double* r);
 void _tfndInv_50(int n, const double* a, double* r);
 void _tfnsInv_HA(int n, const float* a, float* r);
@@ -216,9 +215,9 @@ void _tfndDiv_50(int n, const double* a, const double* b, double* r);
 void _tfnsDiv_HA(int n, const float* a, const float* b, float* r);
 void _tfnsDiv_21(int n, const float* a, const float* b, float* r);
 
-/* r[i] = sqrt(a[i]^2 + b[i]^2) without undue overflow or underflow. Hypot(x, 0) = |x| and Pythagorean triples are exact;
-   an infinity gives +inf, beside a NaN too. Reports: OVERFLOW for an infinite result of finite arguments, UNDERFLOW
-   for a subnormal result. r may be a or b. */
+/* r[i] = sqrt(a[i]^2 + b[i]^2) without undue overflow or underflow. Hypot(x, 0) = |x| and Pythagorean triples are
+   exact; an infinity gives +inf, beside a NaN too. Reports: OVERFLOW for an infinite result of finite arguments,
+   UNDERFLOW for a subnormal result. r may be a or b. */
 void _tfndHypot_HA(int n, const double* a, const double* b, double* r);
 void _tfndHypot_50(int n, const double* a, const double* b, double* r);
 void _tfnsHypot_HA(int n, const float* a, const float* b, float* r);
@@ -236,8 +235,8 @@ void _tfndCos_50(int n, const double* a, double* r);
 void _tfnsCos_HA(int n, const float* a, float* r);
 void _tfnsCos_21(int n, const float* a, float* r);
 
-/* r[i] = tangent of a[i] in radians, for every finite argument with exact reduction, as above. Tan(-x) = -Tan(x) in every
-   bit. Reports: ERRDOM for an infinity (NaN). */
+/* r[i] = tangent of a[i] in radians, for every finite argument with exact reduction, as above. Tan(-x) = -Tan(x) in
+   every bit. Reports: ERRDOM for an infinity (NaN). */
 void _tfndTan_HA(int n, const double* a, double* r);
 void _tfndTan_50(int n, const double* a, double* r);
 void _tfnsTan_HA(int n, const float* a, float* r);
@@ -249,9 +248,9 @@ void _tfndErf_50(int n, const double* a, double* r);
 void _tfnsErf_HA(int n, const float* a, float* r);
 void _tfnsErf_21(int n, const float* a, float* r);
 
-/* r[i] = 1 - erf a[i]. Erfc(-inf) = 2, Erfc(+inf) = +0. Reports: UNDERFLOW for a finite argument whose result is zero or
-   subnormal: from 26.54 on (double), from 9.2 on (single). Tables as for Erf; doubles from 4.5 on as e^(-x^2) times a
-   table of e^(x^2) Erfc(x). */
+/* r[i] = 1 - erf a[i]. Erfc(-inf) = 2, Erfc(+inf) = +0. Reports: UNDERFLOW for a finite argument whose result is zero
+   or subnormal: from 26.54 on (double), from 9.2 on (single). Tables as for Erf; doubles from 4.5 on as e^(-x^2) times
+   a table of e^(x^2) Erfc(x). */
 void _tfndErfc_HA(int n, const double* a, double* r);
 void _tfndErfc_50(int n, const double* a, double* r);
 void _tfnsErfc_HA(int n, const float* a, float* r);
@@ -274,9 +273,9 @@ void _tfnsSinCos_HA(int n, const float* a, float* r1, float* r2);
 void _tfnsSinCos_21(int n, const float* a, float* r1, float* r2);
 
 /* r[i] = arc sine, arc cosine of a[i]. Asin(-x) = -Asin(x) in every bit, Asin(+-0) = +-0, Acos(1) = +0, Acos(-1) = pi
-   rounded. Reports: ERRDOM for |a[i]| > 1 (NaN). _HA: by the difference from one of 450 angles of a table; its sine is a
-   quotient without cancellation. _50 and _21: one polynomial, above 1/2 of sqrt((1 - x)/2); _tfnsAsin_21 has errors up
-   to 2.1 ulp, around 0.84. */
+   rounded. Reports: ERRDOM for |a[i]| > 1 (NaN). _HA: by the difference from one of 450 angles of a table; its sine is
+   a quotient without cancellation. _50 and _21: one polynomial, above 1/2 of sqrt((1 - x)/2); _tfnsAsin_21 has errors
+   up to 2.1 ulp, around 0.84. */
 void _tfndAsin_HA(int n, const double* a, double* r);
 void _tfndAsin_50(int n, const double* a, double* r);
 void _tfnsAsin_HA(int n, const float* a, float* r);
@@ -320,8 +319,8 @@ void _tfndAtanh_HA(int n, const double* a, double* r);
 void _tfndAtanh_50(int n, const double* a, double* r);
 void _tfnsAtanh_HA(int n, const float* a, float* r);
 void _tfnsAtanh_21(int n, const float* a, float* r);
-/* Sine, cosine, tangent of the one element a[i] on the x87 unit, into r[i]; of SinCos the sine into r[i], the cosine into
-   r2[i]. r2 isn't used by the others. r or r2 may be a. The three members of a function compute the same, exactly
+/* Sine, cosine, tangent of the one element a[i] on the x87 unit, into r[i]; of SinCos the sine into r[i], the cosine
+   into r2[i]. r2 isn't used by the others. r or r2 may be a. The three members of a function compute the same, exactly
    reduced for every finite argument and rounded once from 53 bits (singles, at most 0.501 ulp) or 64 bits (doubles, at
    most 0.51 ulp), and differ in the name they report: "sCos_HA" for _tfnsCos_SC_HA, and so on; the workers, without a
    suffix, report the name they are given. Reports: ERRDOM for an infinity (NaN). The control words come back. */
@@ -400,7 +399,8 @@ void _tfndRint(int n, const double* a, double* y);
 void _tfnsNearbyInt(int n, const float* a, float* y);
 void _tfndNearbyInt(int n, const double* a, double* y);
 
-/* y[i] = Trunc of a[i], z[i] = a[i] - y[i], exact, a zero with the sign of a[i]; of an infinity a NaN. a may be y or z. */
+/* y[i] = Trunc of a[i], z[i] = a[i] - y[i], exact, a zero with the sign of a[i]; of an infinity a NaN. a may be y or z.
+ */
 void _tfnsModf(int n, const float* a, float* y, float* z);
 void _tfndModf(int n, const double* a, double* y, double* z);
 

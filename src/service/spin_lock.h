@@ -3,13 +3,15 @@
 
 #include <atomic>
 
+#include "simd/vec.h"
+
 namespace qor::service {
 
 class SpinLock {
  public:
   void lock() {
     for (int expected = 0; !word_.compare_exchange_weak(expected, 1, std::memory_order_acquire); expected = 0) {
-      while (word_.load(std::memory_order_relaxed) != 0) __builtin_ia32_pause();
+      while (word_.load(std::memory_order_relaxed) != 0) simd::spin_pause();
     }
   }
   void unlock() { word_.store(0, std::memory_order_release); }

@@ -93,35 +93,6 @@ void own_strata(const std::string& function, Draw<T>& draw, int per_stratum, Inp
       in.add(y, draw.word() % 2 != 0 ? T(0) : -T(0));
       in.add(draw.word() % 2 != 0 ? T(0) : -T(0), y);
     }
-    if (function == "Asin" || function == "Acos" || function == "Atanh") {
-      // The whole domain evenly, its ends, and results close to 0.
-      in.add(T(draw.between(-1, 1)));
-      const T end = 1 - std::fabs(draw.scaled(-L::digits - 1, -1));
-      in.add(draw.word() % 2 != 0 ? end : -end);
-      in.add(draw.scaled(L::min_exponent - L::digits, -1));
-      // Change-overs: of rows and, of arc cosines next to 1, of formulas.
-      in.add(draw.near(static_cast<__float128>(draw.word() % 257) / 256));
-      in.add(draw.near(1 - 0x1p-13Q));
-    }
-    if (function == "Atan" || function == "Asinh" || function == "Acosh") {
-      in.add(draw.scaled(-L::digits, L::digits));
-      in.add(draw.scaled(L::min_exponent - L::digits, L::max_exponent - 1));
-      in.add(std::fabs(draw.scaled(0, 10)));
-      in.add(T(1 + std::fabs(draw.scaled(1 - L::digits, 0))));
-      in.add(draw.near(
-          std::ldexp(1 + static_cast<double>(draw.word() % 128) / 128, static_cast<int>(draw.word() % 16) - 8)));
-    }
-    if (function == "Atan2") {
-      // Of like size, of quotients of every size, next to the diagonals and to the axes, and next to changes of rows.
-      const T y = draw.scaled(-20, 20), wild = draw.scaled(L::min_exponent - L::digits, L::max_exponent - 1);
-      in.add(y, draw.scaled(-20, 20));
-      in.add(wild, draw.scaled(L::min_exponent - L::digits, L::max_exponent - 1));
-      in.add(wild, wild * draw.scaled(-8, 8));
-      in.add(y, draw.near(draw.word() % 2 != 0 ? y : -y));
-      in.add(y, draw.near(y / (1 + static_cast<__float128>(draw.word() % 128) / 128)));
-      in.add(y, draw.word() % 2 != 0 ? T(0) : -T(0));
-      in.add(draw.word() % 2 != 0 ? T(0) : -T(0), y);
-    }
     const T small = draw.scaled(L::min_exponent - L::digits + 1, L::min_exponent);
     if (function == "Sqrt" || function == "InvSqrt") in.add(std::fabs(small));
     if (function == "InvSqrt") in.add(std::fabs(draw.scaled(-128, 128)));  // the range of singles ends within
