@@ -14,6 +14,9 @@
      but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at most 2.1, and
    _tfnsInvSqrt_21: at most 3.0. but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21: at
    most 2.1, and _tfnsInvSqrt_21: at most 3.0. docs/accuracy.md has the measured figures.
+     but for _tfndLn_50 with arguments within 1/128 of 1: at most 3.5, the cosine of _21 and _tfndTanh_50: at most 2.1,
+     and _tfnsInvSqrt_21: at most 3.0.
+   docs/accuracy.md has the measured figures.
 
    Bad elements never stop a function. It stores the conventional special result, reports the element (below) and goes
    on. NaN arguments give NaN without a report.
