@@ -163,6 +163,7 @@ void sweep_singles(const Options& o, Report& report, const std::vector<Member<fl
       group, pieces,
       [&](int piece) {
         Inputs<float> in;
+        in.a.reserve(((std::size_t{1} << 31) / pieces * 2) / static_cast<std::size_t>(o.step) + 1);
         const std::uint64_t first = (std::uint64_t{1} << 32) / pieces * static_cast<unsigned>(piece);
         const std::uint64_t end = first + (std::uint64_t{1} << 32) / pieces;
         for (std::uint64_t b = (first + o.step - 1) / o.step * o.step; b < end; b += o.step) {

@@ -7,10 +7,10 @@
 
 namespace qor::simd {
 
-// The control and status register of the vector unit.
 // For the body of a loop that waits for another thread.
 QOR_INLINE void spin_pause() { _mm_pause(); }
 
+// The control and status register of the vector unit.
 QOR_INLINE unsigned control_register() { return _mm_getcsr(); }
 QOR_INLINE void set_control_register(unsigned csr) { _mm_setcsr(csr); }
 
