@@ -211,6 +211,19 @@ QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
   VecU32 a = row(0), b = row(1), c = row(2), d = row(3);
   transpose(a, b, c, d);
   return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};
+// Every lane the element at p.
+template <class V>
+QOR_INLINE V broadcast(const lane_t<V>* p) {
+  if constexpr (lanes<V> == 2) {
+    return as<V>(_mm_loaddup_pd(reinterpret_cast<const double*>(p)));
+  } else {
+    return as<V>(_mm_load1_ps(reinterpret_cast<const float*>(p)));
+  }
+}
+// From an address that is a multiple of 16.
+template <class V>
+QOR_INLINE V load_aligned(const lane_t<V>* p) {
+  return *reinterpret_cast<const V*>(p);
 }
 
 }  // namespace qor::simd

@@ -119,12 +119,12 @@ int laplace(Stream* stream, int n, T* r, T a, T beta) {
   return status;
 }
 
-#define INSTANTIATE(T)                                    \
-  template int exponential<T>(Stream*, int, T*, T, T);    \
-  template int gumbel<T>(Stream*, int, T*, T, T);         \
-  template int rayleigh<T>(Stream*, int, T*, T, T);       \
-  template int weibull<T>(Stream*, int, T*, T, T, T);     \
-  template int cauchy<T>(Stream*, int, T*, T, T);         \
+#define INSTANTIATE(T)                                     \
+  template int exponential<T>(Stream*, int, T*, T, T);     \
+  template int gumbel<T>(Stream*, int, T*, T, T);          \
+  template int rayleigh<T>(Stream*, int, T*, T, T);        \
+  template int weibull<T>(Stream*, int, T*, T, T, T);      \
+  template int cauchy<T>(Stream*, int, T*, T, T);          \
   template int lognormal<T>(Stream*, int, T*, T, T, T, T); \
   template int laplace<T>(Stream*, int, T*, T, T);
 INSTANTIATE(double)
