@@ -6,6 +6,7 @@ qor_test(rng_streams_test SOURCES rng/streams_test.cpp)
 qor_test(rng_files_test SOURCES rng/files_test.cpp)
 qor_test(rng_uniform_test SOURCES rng/uniform_test.cpp)
 qor_test(rng_gaussian_test SOURCES rng/gaussian_test.cpp)
+qor_test(rng_fit_test SOURCES rng/fit_test.cpp)
 qor_test(rng_abstract_test SOURCES rng/abstract_test.cpp)
 qor_test(rng_wh_table_test SOURCES rng/wh_table_test.cpp)
 
