@@ -40,13 +40,13 @@ struct Joehnk {
     }
     exponential(m, b.v, b.v);
     exponential(m, b.w, b.w);
+    const numeric::MxcsrGuard nearest;
     int count = 0;
     for (int i = 0; i < m; ++i) {
       b.y[count] = b.u2[i] - b.u1[i];
       count += b.v[i] + b.w[i] <= 1;
     }
     exponential(count, b.y, b.y);
-    const numeric::MxcsrGuard nearest;
     for (int i = 0; i < count; ++i) b.v[i] = 1 / (1 + b.y[i]);
     return count;
   }
@@ -133,8 +133,12 @@ struct Cheng {
   }
 };
 
-template <class T, class Method>
-int generate(Stream* stream, int n, T* r, T a, T scale, const Method& method) {
+template <class Method, class T>
+int generate(Stream* stream, int n, T* r, T p, T q, T a, T scale) {
+  const auto method = [p, q] {
+    const numeric::MxcsrGuard nearest;
+    return Method(p, q);
+  }();
   Block b;
   int status = status::ok;
   while (n > 0) {
@@ -165,8 +169,8 @@ int beta(int method, Stream* stream, int n, T* r, T p, T q, T a, T scale) {
     return status::bad_argument;
   }
   const ModeGuard guard(ln_callback<double>);
-  if (p <= 1 && q <= 1) return generate(stream, n, r, a, scale, Joehnk(p, q));
-  return generate(stream, n, r, a, scale, Cheng(p, q));
+  if (p <= 1 && q <= 1) return generate<Joehnk>(stream, n, r, p, q, a, scale);
+  return generate<Cheng>(stream, n, r, p, q, a, scale);
 }
 
 template int beta<double>(int, Stream*, int, double*, double, double, double, double);

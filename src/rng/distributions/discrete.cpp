@@ -1,6 +1,7 @@
 #include "rng/distributions/discrete.h"
 
-#include <cmath>
+#include <algorithm>
+#include <limits>
 
 #include "rng/distributions/gamma.h"
 #include "rng/distributions/kernels.h"
@@ -84,24 +85,30 @@ int geometric(int method, Stream* stream, int n, std::int32_t* r, double p) {
     table.fill(0, 0, most, [q = 1 - p](double) { return Counts::Ratio{q, 1}; });
     return table.draw(stream, n, r);
   }
-  double ln_q;
-  scalar_ln_1p(-p, ln_q);
-  return by_blocks(stream, n, r, p < 0x1p-10, [ln_q](int m, double* u, std::int32_t* out) {
+  double scale;
+  {
+    const numeric::MxcsrGuard nearest;
+    scalar_ln_1p(-p, scale);
+    scale = 1 / scale;
+  }
+  return by_blocks(stream, n, r, p < 0x1p-10, [scale](int m, double* u, std::int32_t* out) {
     Kernels<double>::ln(m, u, u);
     map_words(m, u, out,
-              [scale = splat<VecD>(1 / ln_q)](VecD low, VecD high) { return words_of(low * scale, high * scale); });
+              [scale = splat<VecD>(scale)](VecD low, VecD high) { return words_of(low * scale, high * scale); });
   });
 }
 
 int binomial(int method, Stream* stream, int n, std::int32_t* r, int ntrial, double p) {
   const int go = checked(method, n, is_probability(p) && ntrial >= 0);
   if (go != 1) return go;
-  const double trials = ntrial, q = 1 - p;
   if (p == 0 || ntrial == 0) return fill(n, r, 0);
-  if (q == 0) return fill(n, r, ntrial);
-  const double mode = std::min(static_cast<double>(static_cast<long long>((trials + 1) * p)), trials);
-  const Counts of = {mode, 0, trials, trials * p * q, 2, {{0, 1, trials * p}, {trials, -1, trials * q}}};
-  return draw(stream, n, r, of);
+  if (p == 1) return fill(n, r, ntrial);
+  const auto counts = [trials = static_cast<double>(ntrial), p] {
+    const numeric::MxcsrGuard nearest;
+    const double q = 1 - p, mode = std::min(floor_of((trials + 1) * p), trials);
+    return Counts{mode, 0, trials, trials * p * q, 2, {{0, 1, trials * p}, {trials, -1, trials * q}}};
+  };
+  return draw(stream, n, r, counts());
 }
 
 int hypergeometric(int method, Stream* stream, int n, std::int32_t* r, int l, int s, int m) {
@@ -110,26 +117,28 @@ int hypergeometric(int method, Stream* stream, int n, std::int32_t* r, int l, in
   const double population = l, sample = s, marked = m, others = population - marked, left = population - sample;
   const double lowest = std::max(0.0, sample - others), highest = std::min(sample, marked);
   if (lowest == highest) return fill(n, r, static_cast<int>(lowest));
-  const long long mode = static_cast<long long>((sample + 1) * (marked + 1) / (population + 2));
-  const double both = sample / population * marked, variance = both * others / population * left / (population - 1);
-  const Counts of = {static_cast<double>(mode),
-                     lowest,
-                     highest,
-                     variance,
-                     4,
-                     {{0, 1, both},
-                      {marked, -1, left / population * marked},
-                      {sample, -1, sample / population * others},
-                      {others - sample, 1, left / population * others}}};
-  return draw(stream, n, r, of);
+  const auto counts = [=] {
+    const numeric::MxcsrGuard nearest;
+    const double mode = floor_of((sample + 1) * ((marked + 1) / (population + 2)));
+    const double both = sample / population * marked, variance = both * others / population * left / (population - 1);
+    return Counts{std::clamp(mode, lowest, highest),
+                  lowest,
+                  highest,
+                  variance,
+                  4,
+                  {{0, 1, both},
+                   {marked, -1, left / population * marked},
+                   {sample, -1, sample / population * others},
+                   {others - sample, 1, left / population * others}}};
+  };
+  return draw(stream, n, r, counts());
 }
 
 int poisson(int method, Stream* stream, int n, std::int32_t* r, double lambda) {
   const int go = checked(method, n, lambda >= 0 && lambda <= 0x1p30);
   if (go != 1) return go;
   if (lambda == 0) return fill(n, r, 0);
-  const Counts of = {static_cast<double>(static_cast<int>(lambda)), 0, most, lambda, 1, {{0, 1, lambda}}};
-  return draw(stream, n, r, of);
+  return draw(stream, n, r, {static_cast<double>(static_cast<int>(lambda)), 0, most, lambda, 1, {{0, 1, lambda}}});
 }
 
 int poisson_v(int method, Stream* stream, int n, std::int32_t* r, const double* lambda) {
@@ -144,21 +153,27 @@ int poisson_v(int method, Stream* stream, int n, std::int32_t* r, const double* 
 int negbinomial(int method, Stream* stream, int n, std::int32_t* r, double a, double p) {
   const int go = checked(method, n, a > 0 && a <= std::numeric_limits<double>::max() && is_probability(p) && p > 0);
   if (go != 1) return go;
-  const double q = 1 - p;
-  if (q == 0) return fill(n, r, 0);
+  if (p == 1) return fill(n, r, 0);
   const ModeGuard guard(ln_callback<double>);
-  if (a * q <= table_variance * p * p) {
-    Table table;
-    const double mode = a > 1 ? static_cast<double>(static_cast<int>((a - 1) * q / p)) : 0;
-    if (table.fill(mode, 0, most, [a, q](double k) { return Counts::Ratio{(a + k) * q, k + 1}; })) {
-      return table.draw(stream, n, r);
+  double scale;
+  Table table;
+  bool fits = false;
+  {
+    const numeric::MxcsrGuard nearest;
+    const double q = 1 - p;
+    scale = q / p;
+    if (a * scale <= table_variance * p) {
+      fits = table.fill(a > 1 ? floor_of((a - 1) * scale) : 0, 0, most, [a, q](double k) {
+        return Counts::Ratio{(a + k) * q, k + 1};
+      });
     }
   }
+  if (fits) return table.draw(stream, n, r);
   alignas(16) double lambda[block];
   int status = status::ok;
   for (int m; n > 0; n -= m, r += m) {
     m = std::min(n, block);
-    status = gamma(stream, m, lambda, a, 0.0, q / p);
+    status = gamma(stream, m, lambda, a, 0.0, scale);
     if (status >= 0) status = poisson_each(stream, m, r, lambda);
     if (status < 0) return status;
   }

@@ -25,6 +25,7 @@ class Marsaglia {
 
  public:
   explicit Marsaglia(T alpha) {
+    const numeric::MxcsrGuard nearest;
     double root;
     scalar_root(9.0 * static_cast<double>(alpha) - 3.0, root);
     d_ = alpha - T(1.0 / 3);
@@ -153,12 +154,16 @@ void raise(int n, T* ln, T power) {
 template <class T>
 int vaduva(Stream* stream, int n, T* r, T alpha) {
   // The maximum of x^alpha - x.
-  T c = alpha;
+  T c = alpha, power;
   Kernels<T>::high_ln(1, &c, &c);
-  c = c * alpha / (1 - alpha);
-  Kernels<T>::high_exp(1, &c, &c);
-  c *= 1 - alpha;
-  return by_rejection(stream, n, r, [c, power = 1 / alpha](int m, T* u, T* out) {
+  {
+    const numeric::MxcsrGuard nearest;
+    power = 1 / alpha;
+    c = c * alpha / (1 - alpha);
+    Kernels<T>::high_exp(1, &c, &c);
+    c *= 1 - alpha;
+  }
+  return by_rejection(stream, n, r, [c, power](int m, T* u, T* out) {
     alignas(16) T first[block], second[block], x[block];
     Kernels<T>::ln(2 * m, u, u);
     split_pairs(m, u, first, second, T(1));
@@ -185,11 +190,17 @@ int vaduva(Stream* stream, int n, T* r, T alpha) {
 // and below exp(-(y - (1 - alpha))/alpha) beyond. The first uniform number u1 chooses and gives y in the first piece.
 template <class T>
 int epd_transform(Stream* stream, int n, T* r, T alpha) {
-  return by_rejection(stream, n, r, [alpha, q = 1 - alpha, power = 1 / alpha](int m, T* u, T* out) {
+  T q, power;
+  {
+    const numeric::MxcsrGuard nearest;
+    q = 1 - alpha, power = 1 / alpha;
+  }
+  return by_rejection(stream, n, r, [alpha, q, power](int m, T* u, T* out) {
     // The first piece's candidates, then the second's, each in order; `log` is ln((1 - u1)/alpha), zero in the first.
     alignas(16) T y[block + 1], log[block + 1], second[block];
     alignas(16) T* const first = u;
     split_pairs(m, u, first, second, T(1));
+    const numeric::MxcsrGuard nearest;
     int inner = 0, outer = 0;
     for (int i = 0; i < m; ++i) {
       const bool in = first[i] < q;

@@ -63,7 +63,12 @@ int weibull(Stream* stream, int n, T* r, T alpha, T a, T beta) {
   const int status = logarithms(stream, n, r);
   if (status < 0) return status;
   each(n, r, [](Vec<T> ln) { return -ln; });
-  Kernels<T>::powx(n, r, T(1) / alpha, r);
+  T power;
+  {
+    const numeric::MxcsrGuard nearest;
+    power = 1 / alpha;
+  }
+  Kernels<T>::powx(n, r, power, r);
   affine_above(n, r, beta, a);
   return status;
 }

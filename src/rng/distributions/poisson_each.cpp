@@ -5,6 +5,7 @@
 #include "rng/distributions/discrete.h"
 #include "rng/distributions/kernels.h"
 #include "rng/distributions/mode_guard.h"
+#include "rng/distributions/scalar.h"
 #include "rng/distributions/stirling.h"
 #include "rng/distributions/uniform.h"
 #include "rng/distributions/unimodal.h"
@@ -75,8 +76,7 @@ int reject(Stream* stream, Chosen& of, std::int32_t* r) {
       const double lambda = of.lambda[i], centred = u[i] - 0.5, us = 0.5 - (centred < 0 ? -centred : centred);
       const double b = 0.931 + 2.53 * __builtin_sqrt(lambda), a = -0.059 + 0.02483 * b;
       const double x = (2 * a / us + b) * centred + lambda + 0.43;
-      const double near = (x + 0x1p52) - 0x1p52;
-      k[i] = near - (near > x ? 1.0 : 0.0);
+      k[i] = floor_of(x);
       hat[i] = v[i] * (1.1239 + 1.1328 / (b - 3.4)) / (a / (us * us) + b);
       // Above zero: accepted without more ado; below zero: never.
       const double quick = 0.9277 - 3.6224 / (b - 2) - v[i];

@@ -1,5 +1,5 @@
-// Single logarithms and square roots for set-ups and rare decisions. Results go to a reference: a double returned by a
-// function that isn't inlined would pass through the x87 unit.
+// Single logarithms, square roots and whole parts for set-ups and rare decisions. Results go to a reference: a double
+// returned by a function that isn't inlined would pass through the x87 unit.
 #pragma once
 
 #include "numeric/mxcsr.h"
@@ -15,6 +15,11 @@ inline void scalar_ln(double x, double& y) {
   } else {
     tfn::Ln<tfn::Accuracy::high>::element(x, &y);
   }
+}
+// The whole part of 0 <= x < 2^51, and the floor of those below; in the vector unit.
+QOR_INLINE double floor_of(double x) {
+  const double near = (x + 0x1p52) - 0x1p52;
+  return near - (near > x ? 1.0 : 0.0);
 }
 inline void scalar_root(double x, double& y) { y = simd::sqrt(simd::splat<simd::VecD>(x))[0]; }
 

@@ -22,6 +22,7 @@ constexpr int block = 1024;
 class Staircase {
  public:
   explicit Staircase(const Counts& of) : of_(of) {
+    const numeric::MxcsrGuard nearest;
     double deviation;
     scalar_root(of.variance, deviation);
     // Beyond 9.5 deviations all probabilities together are below 2^-60 of those inside: less than the table leaves out.
