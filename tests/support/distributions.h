@@ -200,7 +200,7 @@ inline std::vector<Continuous> continuous() {
   for (const auto& [a, beta] : {Pair{0, 1}, Pair{3, 0.25}}) {
     {
       KNOWN_PAIR(Exponential);
-      both("Exponential", texts(a, beta), draw, [=](double x) { return -std::expm1(-(x - a) / beta); });
+      both("Exponential", texts(a, beta), draw, [=](double x) { return -std::expm1(-std::max(0.0, x - a) / beta); });
     }
     {
       KNOWN_PAIR(Laplace);
@@ -216,7 +216,7 @@ inline std::vector<Continuous> continuous() {
     {
       KNOWN_PAIR(Rayleigh);
       both("Rayleigh", texts(a, beta), draw, [=](double x) {
-        const double y = (x - a) / beta;
+        const double y = std::max(0.0, x - a) / beta;
         return -std::expm1(-y * y);
       });
     }
@@ -244,7 +244,7 @@ inline std::vector<Continuous> continuous() {
         return _wxrsRngLognormal(0, s, n, r, static_cast<F>(a), static_cast<F>(sigma), -1, 2);
     };
     both("Lognormal", texts(a, sigma, -1, 2), draw,
-         [=](double x) { return normal((std::log((x + 1) / 2) - a) / sigma); });
+         [=](double x) { return x > -1 ? normal((std::log((x + 1) / 2) - a) / sigma) : 0; });
   }
   for (const double alpha : {0.05, 0.4, 0.5999, 0.6, 0.85, 1.0, 1.0001, 1.5, 2.5, 30.0, 1e4}) {
     const auto draw = [alpha](qor_stream* s, int n, auto* r) {

@@ -27,10 +27,10 @@ int checked(int method, int n, bool good) {
 
 bool is_probability(double p) { return p >= 0 && p <= 1; }
 
-// Four doubles at x as words.
+// Four doubles as words from 0 to 2^31 - 1.
 QOR_INLINE VecU32 words_of(VecD low, VecD high) {
   const VecD top = splat<VecD>(most);
-  return truncate(min(low, top), min(high, top));
+  return truncate(min(max(low, VecD{}), top), min(max(high, VecD{}), top));
 }
 
 // r[i] from u[i] by f(low, high), four at a time; m <= block, and u has room for three more.
