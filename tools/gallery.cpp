@@ -24,8 +24,8 @@ qor_stream* new_stream() {
 
 // The x with cdf(x) = p, to the width of a bin.
 double quantile(const std::function<double(double)>& cdf, double p) {
-  double low = -1e9, high = 1e9;
-  for (int i = 0; i < 80; ++i) {
+  double low = -4e9, high = 4e9;
+  for (int i = 0; i < 90; ++i) {
     const double middle = (low + high) / 2;
     (cdf(middle) < p ? low : high) = middle;
   }
@@ -98,7 +98,7 @@ bool draw(const std::string& folder, const std::string& family, const std::vecto
       "set output '%s/%s.png'\nset multiplot layout %d,%d\n"
       "set border 3 linecolor rgb '#444444'\nset tics nomirror\nset grid ytics linecolor rgb '#dddddd' linetype 1\n"
       "set style fill solid 1.0 noborder\nset yrange [0:*]\nunset key\nset xtics autofreq rotate by 0\n"
-      "set format x '%%.4g'\nset xtics font ',8'\nset ytics font ',8'\n",
+      "set format x '%%.7g'\nset xtics font ',8'\nset ytics font ',8'\n",
       320 * columns, 210 * rows, folder.c_str(), file_of(family).c_str(), rows, columns);
   for (const Curve& c : curves) {
     const double end = c.low + c.width * static_cast<double>(c.drawn.size());
