@@ -395,8 +395,8 @@ int _wxrsRngBeta(int method, qor_stream* stream, int n, float* r, float p, float
      diagonal   d elements
    Another storage leaves the n d standard normal numbers as they are. d = 1 is the Gaussian generator with mean a[0]
    and deviation T[0]. d >= 1, and n d below 2^31. Method 1: n vectors and n more are the 2n of one request but for
-   last bits, method 0 exactly. Returns the Gaussian generator's status, nothing transformed when it is negative; -4:
-   d >= 1024 and no memory for a work vector, r then holds the standard normal numbers. */
+   last bits, method 0 exactly. Returns the Gaussian generator's status, nothing transformed
+   when it is negative (-4: no memory for method 1's pending half). Nothing else is allocated. */
 #define QOR_RNG_STORAGE_FULL 0
 #define QOR_RNG_STORAGE_PACKED 1
 #define QOR_RNG_STORAGE_DIAGONAL 2

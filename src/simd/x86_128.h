@@ -220,6 +220,8 @@ QOR_INLINE V broadcast(const lane_t<V>* p) {
     return as<V>(_mm_load1_ps(reinterpret_cast<const float*>(p)));
   }
 }
+// Loads and stores after it stay after it: the compiler then doesn't load so early that registers run out.
+QOR_INLINE void keep_order() { asm volatile("" ::: "memory"); }
 // From an address that is a multiple of 16.
 template <class V>
 QOR_INLINE V load_aligned(const lane_t<V>* p) {

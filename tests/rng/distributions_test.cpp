@@ -374,12 +374,10 @@ TYPED_TEST(Distributions, SayWhenThereIsNoMemory) {
   until_failure = 0;
   const int gamma = this->gamma(stream, 4, r.data(), T(2)), lognormal = this->lognormal(0, stream, 4, r.data());
   const int vectors = this->vectors(0, stream, 1, r.data(), 1024, QOR_RNG_STORAGE_PACKED, t.data(), t.data());
-  const int small = this->vectors(0, stream, 2, r.data(), 1023, QOR_RNG_STORAGE_PACKED, t.data(), t.data());
   until_failure = -1;
   EXPECT_EQ(gamma, QOR_RNG_NO_MEMORY);
   EXPECT_EQ(lognormal, QOR_RNG_NO_MEMORY);
-  EXPECT_EQ(vectors, QOR_RNG_NO_MEMORY);
-  EXPECT_EQ(small, 0);
+  EXPECT_EQ(vectors, 0);  // whatever the dimension
 }
 #endif
 

@@ -246,7 +246,7 @@ inline std::vector<Continuous> continuous() {
     both("Lognormal", texts(a, sigma, -1, 2), draw,
          [=](double x) { return x > -1 ? normal((std::log((x + 1) / 2) - a) / sigma) : 0; });
   }
-  for (const double alpha : {0.05, 0.4, 0.5999, 0.6, 0.85, 1.0, 1.0001, 1.5, 2.5, 30.0, 1e4}) {
+  for (const double alpha : {0.1, 0.4, 0.5999, 0.6, 0.85, 1.0, 1.0001, 1.5, 2.5, 30.0, 1e4}) {
     const auto draw = [alpha](qor_stream* s, int n, auto* r) {
       if constexpr (sizeof *r == 8)
         return _wxrdRngGamma(0, s, n, r, alpha, 0, 2);
@@ -264,7 +264,7 @@ inline std::vector<Continuous> continuous() {
                              {1, 1},
                              {0.3, 4},
                              {2, 0.8},
-                             {0.06, 5},
+                             {0.1, 5},
                              {1, 3},
                              {2, 3},
                              {1.5, 1.1},

@@ -56,7 +56,7 @@ struct Joehnk {
 // algorithm BB when both shapes exceed 1, otherwise BC. x/(1 - x) is distributed about like w = a exp(v), v a multiple
 // of ln(u1/(1 - u1)); candidates that the bounds on either side don't decide are few.
 struct Cheng {
-  double a, b, sum, slope, gamma = 0, k1 = 0, k2 = 0, ln_a;
+  double a, b, sum, slope, gamma = 0, k1 = 0, k2 = 0;
   bool both, swapped;
   Cheng(double p, double q) : both(std::min(p, q) > 1) {
     const double low = std::min(p, q), high = std::max(p, q);
@@ -75,7 +75,6 @@ struct Cheng {
       k1 = delta * (0.0138889 + 0.0416667 * b) / (a * slope - 0.777778);
       k2 = 0.25 + (0.5 + 0.25 / delta) * b;
     }
-    scalar_ln(a, ln_a);
   }
 
   int test(int m, Block& c) const {
@@ -89,16 +88,18 @@ struct Cheng {
       for (int i = 0; i < m; ++i) c.v[i] *= slope;
     }
     exponential(m, c.v, c.w);
-    const numeric::MxcsrGuard nearest;
-    for (int i = 0; i < m; ++i) {
-      const double z = c.u1[i] * c.u1[i] * c.u2[i];
-      c.w[i] *= a;
-      c.y[i] = both ? squeeze_both(c.v[i], c.w[i], z) : squeeze_one(c.u1[i], c.u2[i], z);
+    {
+      const numeric::MxcsrGuard nearest;
+      for (int i = 0; i < m; ++i) {
+        const double z = c.u1[i] * c.u1[i] * c.u2[i];
+        c.w[i] *= a;
+        c.y[i] = both ? squeeze_both(c.v[i], c.w[i], z) : squeeze_one(c.u1[i], c.u2[i], z);
+      }
     }
+    decide(m, c);
+    const numeric::MxcsrGuard nearest;
     int count = 0;
     for (int i = 0; i < m; ++i) {
-      if (c.y[i] == 0) [[unlikely]]
-        c.y[i] = decide(c.v[i], c.w[i], c.u1[i] * c.u1[i] * c.u2[i]);
       c.u[count] = c.w[i];
       count += c.y[i] > 0;
     }
@@ -117,19 +118,32 @@ struct Cheng {
     if (u1 < 0.5) return 0.25 * u2 + u1 * y - y >= k1 ? -1.0 : 0.0;
     return z <= 0.25 ? 1.0 : z >= k2 ? -1.0 : 0.0;
   }
-  QOR_INLINE double decide(double v, double w, double z) const {
-    double ln_z, ln_ratio;
-    scalar_ln(z, ln_z);
-    // ln(sum/(b + w)) + v; where w overflows, it has been close to ln(sum/a) for long.
-    if (w <= std::numeric_limits<double>::max()) {
-      scalar_ln(sum / (b + w), ln_ratio);
-      ln_ratio += v;
-    } else {
-      scalar_ln(sum, ln_ratio);
-      ln_ratio -= ln_a;
+  // Those that the bounds leave: r + sum ln(sum/(b + w)) - ln 4 >= ln z, r being gamma v, or sum v.
+  void decide(int m, Block& c) const {
+    int at[block + 1], open = 0;
+    double *const z = c.u, *const ratio = c.u + block;
+    {
+      const numeric::MxcsrGuard nearest;
+      for (int i = 0; i < m; ++i) {
+        at[open] = i;
+        open += c.y[i] == 0;
+      }
+      for (int i = 0; i < open; ++i) {
+        const int k = at[i];
+        z[i] = c.u1[k] * c.u1[k] * c.u2[k];
+        // Where w overflows, sum/(b + w) has been close to (sum/a) exp(-v) for long.
+        ratio[i] = sum / (c.w[k] <= std::numeric_limits<double>::max() ? b + c.w[k] : a);
+      }
     }
-    const double r = both ? gamma * v - v * sum : 0;
-    return r + sum * ln_ratio - 1.3862943611198906 >= ln_z ? 1.0 : -1.0;
+    ln(open, z, z);
+    ln(open, ratio, ratio);
+    const numeric::MxcsrGuard nearest;
+    for (int i = 0; i < open; ++i) {
+      const int k = at[i];
+      const double v = c.v[k], less = c.w[k] <= std::numeric_limits<double>::max() ? 0 : v;
+      const double r = both ? gamma * v : sum * v;
+      c.y[k] = r + sum * (ratio[i] - less) - 1.3862943611198906 >= z[i] ? 1.0 : -1.0;
+    }
   }
 };
 

@@ -2,114 +2,104 @@
 
 #include <algorithm>
 
-#include "base/owned.h"
 #include "numeric/mxcsr.h"
 #include "rng/distributions/gaussian.h"
-#include "rng/streams/status.h"
 #include "simd/vec.h"
 
 namespace qor::rng {
 namespace {
 
-using simd::splat;
 using simd::Vec;
 
 // The product of the factor with the vectors, in place. The factor's rows are taken in panels of two registers' height,
 // from the last to the first: a panel needs of each vector only what is left of it and above, which later panels leave
-// alone. A panel is copied column by column, with zeros above the diagonal, and then serves all vectors, three at a
-// time, whose sums stay in registers.
+// alone. A panel is copied, a stretch of columns at a time, column by column with zeros above the diagonal, and then
+// serves a group of vectors, three at a time, whose sums stay in registers.
 template <class T>
 class Product {
   using V = Vec<T>;
-  static constexpr int lanes = simd::lanes<V>;
+  static constexpr int lanes = simd::lanes<V>, rows = 2 * lanes;
+  static constexpr int stretch = 512;     // columns: the copy fits the first-level cache, with the vectors
+  static constexpr int most_group = 255;  // vectors: a multiple of three
 
  public:
-  static constexpr int rows = 2 * lanes;
-
-  Product(int d, int storage, const T* a, const T* factor, T* panel)
-      : d_(d), packed_(storage == QOR_RNG_STORAGE_PACKED), a_(a), factor_(factor), panel_(panel) {}
+  Product(int d, int storage, const T* a, const T* factor)
+      : d_(d), packed_(storage == QOR_RNG_STORAGE_PACKED), a_(a), factor_(factor) {}
 
   void apply(int n, T* r) {
-    // So many vectors that they stay in the second-level cache while the panels pass.
-    const int group = std::max(24, 65536 / d_ / 3 * 3);
+    const int group = std::clamp(98304 / d_ / 3 * 3, 24, most_group);  // stays in the second-level cache
     for (int j = 0; j < n; j += group) {
       T* const z = r + static_cast<std::ptrdiff_t>(j) * d_;
       const int count = std::min(group, n - j);
-      for (int first = (d_ - 1) / rows * rows; first >= 0; first -= rows) {
-        const int height = std::min(rows, d_ - first);
-        copy_panel(first, height);
-        int i = 0;
-        for (; i <= count - 3; i += 3) multiply<3>(first, height, z + static_cast<std::ptrdiff_t>(i) * d_);
-        for (; i < count; ++i) multiply<1>(first, height, z + static_cast<std::ptrdiff_t>(i) * d_);
-      }
+      for (int first = (d_ - 1) / rows * rows; first >= 0; first -= rows) panel(first, count, z);
     }
   }
 
  private:
-  // Rows first .. first + height - 1, columns 0 .. first + height - 1: column k at panel_ + k * rows.
-  void copy_panel(int first, int height) {
-    for (int i = 0; i < height; ++i) {
-      const int row = first + i;
-      const T* const full = factor_ + static_cast<std::ptrdiff_t>(row) * d_;
-      const T* column = factor_ + row;  // element (row, k) of the packed columns, whose k-th has d - k elements
-      for (int k = 0; k < first + height; ++k) {
-        T& to = panel_[k * rows + i];
-        if (k > row) {
-          to = 0;
-        } else if (packed_) {
-          to = *column;
-          column += d_ - k - 1;
-        } else {
-          to = full[k];
-        }
+  void panel(int first, int count, T* z) {
+    const int height = std::min(rows, d_ - first), columns = first + height;
+    for (int k = 0; k < columns; k += stretch) {
+      const int wide = std::min(stretch, columns - k);
+      copy_columns(first, height, k, wide);
+      if (k == 0) std::fill_n(sums_, count * rows, T(0));
+      const T* at = z + k;
+      int i = 0;
+      for (; i <= count - 3; i += 3, at += 3 * static_cast<std::ptrdiff_t>(d_)) {
+        add<3>(columns_, columns_ + wide * rows, at, d_, sums_ + i * rows);
       }
+      for (; i < count; ++i, at += d_) add<1>(columns_, columns_ + wide * rows, at, d_, sums_ + i * rows);
     }
-    for (int k = 0; k < first + height; ++k) std::fill(panel_ + k * rows + height, panel_ + (k + 1) * rows, T(0));
+    T* out = z + first;
+    for (int i = 0; i < count; ++i, out += d_) {
+      for (int l = 0; l < height; ++l) out[l] = sums_[i * rows + l] + a_[first + l];
+    }
   }
 
+  // Rows from `first` on, columns from `from` on; column k at columns_ + (k - from) * rows.
+  void copy_columns(int first, int height, int from, int wide) {
+    T* to = columns_;
+    for (int k = from; k < from + wide; ++k, to += rows) {
+      // Element (i, k) is at column[i * step].
+      const auto row = static_cast<std::ptrdiff_t>(k);
+      const T* const column = packed_ ? factor_ + row * (2 * d_ - row - 1) / 2 : factor_ + row;
+      const std::ptrdiff_t step = packed_ ? 1 : d_;
+      for (int i = 0; i < rows; ++i) to[i] = i < height && first + i >= k ? column[(first + i) * step] : T(0);
+    }
+  }
+
+  // sums[v] += the columns' product with vector v, N of them `stride` apart. A function of its own, and order within
+  // it, leave every register to the loop.
   template <int N>
-  QOR_INLINE void multiply(int first, int height, T* z) const {
+  [[gnu::noinline]] static void add(const T* column, const T* end, const T* z, std::ptrdiff_t stride, T* sums) {
     V low[N], high[N];
-    for (int v = 0; v < N; ++v) low[v] = high[v] = V{};
-    const T* column = panel_;
-    for (int k = 0; k < first + height; ++k, column += rows) {
+    for (int v = 0; v < N; ++v) {
+      low[v] = simd::load_aligned<V>(sums + v * rows);
+      high[v] = simd::load_aligned<V>(sums + v * rows + lanes);
+    }
+    for (; column != end; column += rows, ++z) {
       for (int v = 0; v < N; ++v) {
-        const V element = simd::broadcast<V>(z + static_cast<std::ptrdiff_t>(v) * d_ + k);
+        const V element = simd::broadcast<V>(z + v * stride);
         low[v] += simd::load_aligned<V>(column) * element;
         high[v] += simd::load_aligned<V>(column + lanes) * element;
+        simd::keep_order();
       }
     }
     for (int v = 0; v < N; ++v) {
-      alignas(16) T sum[rows];
-      simd::store(sum, low[v]);
-      simd::store(sum + lanes, high[v]);
-      T* const out = z + static_cast<std::ptrdiff_t>(v) * d_ + first;
-      for (int i = 0; i < height; ++i) out[i] = sum[i] + a_[first + i];
+      simd::store(sums + v * rows, low[v]);
+      simd::store(sums + v * rows + lanes, high[v]);
     }
   }
 
   int d_;
   bool packed_;
   const T *a_, *factor_;
-  T* panel_;
+  alignas(16) T columns_[stretch * rows], sums_[most_group * rows];
 };
 
-constexpr int on_stack = 1024;  // from this dimension on the panel is on the heap
-
 template <class T>
-int triangular(int n, T* r, int d, int storage, const T* a, const T* factor) {
-  constexpr int rows = Product<T>::rows;
+void triangular(int n, T* r, int d, int storage, const T* a, const T* factor) {
   const numeric::MxcsrGuard nearest;
-  if (d < on_stack) {
-    alignas(16) T panel[on_stack * rows];
-    Product<T>(d, storage, a, factor, panel).apply(n, r);
-    return status::ok;
-  }
-  const auto panel = Owned<T>::allocate(static_cast<std::size_t>(d) * rows * sizeof(T) + 16);
-  if (!panel) return status::no_memory;
-  const auto aligned = (reinterpret_cast<std::uintptr_t>(panel.get()) + 15) & ~std::uintptr_t{15};
-  Product<T>(d, storage, a, factor, reinterpret_cast<T*>(aligned)).apply(n, r);
-  return status::ok;
+  Product<T>(d, storage, a, factor).apply(n, r);
 }
 
 template <class T>
@@ -129,10 +119,9 @@ int gaussian_mv(int method, Stream* stream, int n, T* r, int d, int storage, con
   if (status < 0 || n < 1) return status;
   switch (storage) {
     case QOR_RNG_STORAGE_FULL:
-    case QOR_RNG_STORAGE_PACKED: {
-      const int done = triangular(n, r, d, storage, a, factor);
-      return done < 0 ? done : status;
-    }
+    case QOR_RNG_STORAGE_PACKED:
+      triangular(n, r, d, storage, a, factor);
+      return status;
     case QOR_RNG_STORAGE_DIAGONAL:
       diagonal(n, r, d, a, factor);
       return status;
