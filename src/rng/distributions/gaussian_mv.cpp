@@ -11,6 +11,39 @@ namespace {
 
 using simd::Vec;
 
+// Two registers of sums for each of N vectors, as members one by one: an array would live in memory.
+template <class V, int N>
+struct Sums {
+  using T = simd::lane_t<V>;
+  static constexpr int lanes = simd::lanes<V>;
+  V low, high;
+  Sums<V, N - 1> next;
+  QOR_INLINE explicit Sums(const T* p)
+      : low(simd::load_aligned<V>(p)), high(simd::load_aligned<V>(p + lanes)), next(p + 2 * lanes) {}
+  // Adds the column times an element of each vector.
+  QOR_INLINE void add(const T* column, const T* z, std::ptrdiff_t stride) {
+    const V element = simd::broadcast<V>(z);
+    low += simd::load_aligned<V>(column) * element;
+    high += simd::load_aligned<V>(column + lanes) * element;
+    simd::keep_order();
+    next.add(column, z + stride, stride);
+  }
+  QOR_INLINE void store(T* p) const {
+    simd::store(p, low);
+    simd::store(p + lanes, high);
+    next.store(p + 2 * lanes);
+  }
+};
+template <class V>
+struct Sums<V, 0> {
+  template <class T>
+  QOR_INLINE explicit Sums(const T*) {}
+  template <class T>
+  QOR_INLINE void add(const T*, const T*, std::ptrdiff_t) {}
+  template <class T>
+  QOR_INLINE void store(T*) const {}
+};
+
 // The product of the factor with the vectors, in place. The factor's rows are taken in panels of two registers' height,
 // from the last to the first: a panel needs of each vector only what is left of it and above, which later panels leave
 // alone. A panel is copied, a stretch of columns at a time, column by column with zeros above the diagonal, and then
@@ -71,23 +104,9 @@ class Product {
   // it, leave every register to the loop.
   template <int N>
   [[gnu::noinline]] static void add(const T* column, const T* end, const T* z, std::ptrdiff_t stride, T* sums) {
-    V low[N], high[N];
-    for (int v = 0; v < N; ++v) {
-      low[v] = simd::load_aligned<V>(sums + v * rows);
-      high[v] = simd::load_aligned<V>(sums + v * rows + lanes);
-    }
-    for (; column != end; column += rows, ++z) {
-      for (int v = 0; v < N; ++v) {
-        const V element = simd::broadcast<V>(z + v * stride);
-        low[v] += simd::load_aligned<V>(column) * element;
-        high[v] += simd::load_aligned<V>(column + lanes) * element;
-        simd::keep_order();
-      }
-    }
-    for (int v = 0; v < N; ++v) {
-      simd::store(sums + v * rows, low[v]);
-      simd::store(sums + v * rows + lanes, high[v]);
-    }
+    Sums<V, N> of(sums);
+    for (; column != end; column += rows, ++z) of.add(column, z, stride);
+    of.store(sums);
   }
 
   int d_;
