@@ -211,6 +211,8 @@ QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
   VecU32 a = row(0), b = row(1), c = row(2), d = row(3);
   transpose(a, b, c, d);
   return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};
+}
+
 // Every lane the element at p.
 template <class V>
 QOR_INLINE V broadcast(const lane_t<V>* p) {
