@@ -161,8 +161,8 @@ int make_page(const std::string& folder) {
 
 int print_fit() {
   std::printf(
-      "<!-- distributions -->\n## Distributions\n\n"
-      "A million variates each, MT19937 with seeds %u and the row: `build/zx9/bin/qor_gallery --fit` prints this "
+      "## Distributions\n\n"
+      "A million variates each, MT19937 with seeds %u and the row: `./run gallery` writes this "
       "section.\n"
       "Kolmogorov-Smirnov against the distribution function for continuous variates, chi-square over classes of\n"
       "about equal probability for discrete ones. p-values of right variates are uniform on [0, 1].\n\n"
@@ -194,7 +194,7 @@ int print_fit() {
   }
   std::printf(
       "\nThe least of these %zu p-values is %.4f; one of %.4f or less is expected in every tenth such "
-      "table.\n<!-- /distributions -->\n",
+      "table.\n",
       p.size(), *std::min_element(p.begin(), p.end()), 0.1 / static_cast<double>(p.size()));
   return 0;
 }
