@@ -24,8 +24,8 @@ typedef struct qor_stream qor_stream;
 /* ---- statuses ---------------------------------------------------------------------------------------------------- */
 
 #define QOR_RNG_OK 0
-#define QOR_RNG_BAD_METHOD (-2)   /* an engine's initialisation method is not 0, 1 or 2 */
-#define QOR_RNG_BAD_ARGUMENT (-3) /* bad argument of an abstract stream, bad table of a quasi-random one */
+#define QOR_RNG_BAD_METHOD (-2)   /* an engine's initialisation method is not 0, 1 or 2; no such method */
+#define QOR_RNG_BAD_ARGUMENT (-3) /* bad argument of an abstract stream or a distribution, bad quasi-random table */
 #define QOR_RNG_NO_MEMORY (-4)
 #define QOR_RNG_NULL_SLOT (-5)          /* a function of a record to be registered is null */
 #define QOR_RNG_BAD_BRNG (-1000)        /* unknown generator identifier */
@@ -333,6 +333,112 @@ int _vdRngGaussianBoxMuller(qor_stream* stream, int n, double* r, double a, doub
 int _vdRngGaussianBoxMuller2(qor_stream* stream, int n, double* r, double a, double sigma);
 int _vsRngGaussianBoxMuller(qor_stream* stream, int n, float* r, float a, float sigma);
 int _vsRngGaussianBoxMuller2(qor_stream* stream, int n, float* r, float a, float sigma);
+
+/* Continuous distributions, whose numbers u are uniform on [0, 1) and drawn by the uniform generator.
+   The method is ignored, where nothing else is said, and so are impossible parameters: beta, sigma and alpha should be
+   positive. n < 1 returns 0 and touches nothing. A negative status of the engine is returned; of the generators that
+   draw by blocks the blocks before stay stored. The thread's mode and callback are as before on return, and errors
+   inside are reported to nobody. ln 0 counts as the logarithm of the smallest subnormal number, -744.44 in double and
+   -103.28 in single precision, so that results are finite. Each variate needs a fixed count of uniform numbers, in
+   order, so that splits give the same sequence (Lognormal: but for the last bits of Gaussian halves that were kept;
+   Gamma: as told there). Errors are those of the kernels: a few units in the last place of the standard variate.
+
+   Exponential  density exp(-(x - a)/beta)/beta, x >= a: a - beta ln u, one number a variate. Never below a.
+   Laplace      exp(-|x - a|/beta)/(2 beta): two numbers, u and s: a + beta ln u when s > 1/2, otherwise a - beta ln u.
+   In blocks of 1024 variates. Weibull      alpha/beta y^(alpha - 1) exp(-y^alpha), y = (x - a)/beta >= 0: a + beta (-ln
+   u)^(1/alpha). Never below a. Cauchy       1/(pi beta (1 + y^2)), y = (x - a)/beta: a + beta tan v, v uniform on
+   [-pi/2, pi/2). Runs under the caller's mode. Rayleigh     2 y/beta exp(-y^2), y = (x - a)/beta >= 0: a + beta
+   sqrt(-ln u); there is no 2 under the root. Never below a. Lognormal    exp(-(ln y - a)^2/(2 sigma^2))/(sigma sqrt(2
+   pi) (x - b)), y = (x - b)/beta > 0: b + beta exp(g), g Gaussian of mean a and deviation sigma by its method 1, with
+   which it shares pending halves. Never below b. The exponential function runs under the caller's mode, so that an
+   overflow is the caller's to see. -4: no memory for the pending half. Gumbel       exp(y - exp(y))/beta, y = (x -
+   a)/beta: a + beta ln(-ln u). */
+int _wxrdRngExponential(int method, qor_stream* stream, int n, double* r, double a, double beta);
+int _wxrsRngExponential(int method, qor_stream* stream, int n, float* r, float a, float beta);
+int _wxrdRngLaplace(int method, qor_stream* stream, int n, double* r, double a, double beta);
+int _wxrsRngLaplace(int method, qor_stream* stream, int n, float* r, float a, float beta);
+int _wxrdRngWeibull(int method, qor_stream* stream, int n, double* r, double alpha, double a, double beta);
+int _wxrsRngWeibull(int method, qor_stream* stream, int n, float* r, float alpha, float a, float beta);
+int _wxrdRngCauchy(int method, qor_stream* stream, int n, double* r, double a, double beta);
+int _wxrsRngCauchy(int method, qor_stream* stream, int n, float* r, float a, float beta);
+int _wxrdRngRayleigh(int method, qor_stream* stream, int n, double* r, double a, double beta);
+int _wxrsRngRayleigh(int method, qor_stream* stream, int n, float* r, float a, float beta);
+int _wxrdRngLognormal(int method, qor_stream* stream, int n, double* r, double a, double sigma, double b, double beta);
+int _wxrsRngLognormal(int method, qor_stream* stream, int n, float* r, float a, float sigma, float b, float beta);
+int _wxrdRngGumbel(int method, qor_stream* stream, int n, double* r, double a, double beta);
+int _wxrsRngGumbel(int method, qor_stream* stream, int n, float* r, float a, float beta);
+
+/* Gamma of shape alpha: density y^(alpha - 1) exp(-y)/(beta Gamma(alpha)), y = (x - a)/beta >= 0; never below a. alpha
+   and beta should be positive; the rest as for the continuous distributions above. Rejection, in blocks of 512
+   candidates: alpha > 1           G. Marsaglia and W. W. Tsang, ACM TOMS 26 (2000). A candidate that wasn't needed
+   stays on the stream (chunk 7 in double, 8 in single precision): n variates and n more are the 2n of one request, and
+   leave the stream at the same place. When the engine fails the candidate of before stays. -4: no memory for the chunk.
+     alpha = 1           the exponential generator
+     0.6 <= alpha < 1    I. Vaduva (1977), from the Weibull distribution
+     alpha < 0.6         the power of a variate of density exp(-y^(1/alpha)), after J. H. Ahrens and U. Dieter (1974)
+   In the last two the splits of a request change the sequence, not the distribution. */
+int _wxrdRngGamma(int method, qor_stream* stream, int n, double* r, double alpha, double a, double beta);
+int _wxrsRngGamma(int method, qor_stream* stream, int n, float* r, float alpha, float a, float beta);
+
+/* Beta: density y^(p - 1) (1 - y)^(q - 1)/(beta B(p, q)), y = (x - a)/beta from 0 to 1; never outside [a, a + beta].
+   Method 0; -2 for another. p, q and beta positive and finite, a finite; otherwise -3. Rejection in blocks of 512
+   candidates of two uniform numbers, in double precision: M. D. Joehnk (1964) for p, q <= 1, else R. C. H. Cheng,
+   Communications of the ACM 21 (1978), BB when both exceed 1 and BC when one does. Splits of a request change the
+   sequence, not the distribution. Fails like the continuous distributions above. */
+int _wxrdRngBeta(int method, qor_stream* stream, int n, double* r, double p, double q, double a, double beta);
+int _wxrsRngBeta(int method, qor_stream* stream, int n, float* r, float p, float q, float a, float beta);
+
+/* Multivariate Gaussian: n vectors of d elements, a + T z, z standard normal numbers by the Gaussian generator's
+   method; the variance is T times its transpose. Vector j is r[j d] .. r[j d + d - 1]. The lower triangular T is stored
+     full       d d elements, (i, k) at T[i d + k]; those above the diagonal are not read
+     packed     the lower triangle column by column, d (d + 1)/2 elements
+     diagonal   d elements
+   Another storage leaves the n d standard normal numbers as they are. d = 1 is the Gaussian generator with mean a[0]
+   and deviation T[0]. d >= 1, and n d below 2^31. Method 1: n vectors and n more are the 2n of one request but for
+   last bits, method 0 exactly. Returns the Gaussian generator's status, nothing transformed
+   when it is negative (-4: no memory for method 1's pending half). Nothing else is allocated. */
+#define QOR_RNG_STORAGE_FULL 0
+#define QOR_RNG_STORAGE_PACKED 1
+#define QOR_RNG_STORAGE_DIAGONAL 2
+int _wxrdRngGaussianMV(int method, qor_stream* stream, int n, double* r, int d, int storage, const double* a,
+                       const double* t);
+int _wxrsRngGaussianMV(int method, qor_stream* stream, int n, float* r, int d, int storage, const float* a,
+                       const float* t);
+
+/* Discrete distributions. Method 0; another one is refused with -2, bad parameters with -3, before anything is drawn or
+   stored. n < 1 returns 0. A negative status of the engine is returned, the blocks before stay stored. The thread's
+   mode and callback are as before on return. Nothing is allocated. What a request needs is set up once, and depends on
+   the parameters alone: up to 10 microseconds, so that long requests are much cheaper than many short ones.
+
+   Tables: while the probabilities above 2^-60 of the largest are at most 1536, by inversion with a guide table (H.-C.
+   Chen and Y. Asau, AIIE Transactions 6, 1974): the least k with u < P(X <= k). One uniform number a variate, so that
+   splits give the same sequence, and quasi-random streams serve as well as others. When all but 2^-10 of the
+   probability is at one k, two numbers a variate give u 21 bits more than the engine's: probabilities far below its
+   resolution, 2^-32 mostly, keep their proportion.
+   Beyond: rejection under a staircase of 256 steps (J. H. Ahrens, 1993), exact to the error of the probabilities,
+   some 10^-12 (10^-7 at most). Splits change the sequence, not the distribution.
+
+   Bernoulli        1 with probability p, else 0: u < p. 0 <= p <= 1. One number a variate, two when p or 1 - p is
+                    below 2^-12.
+   Geometric        p (1 - p)^k, k >= 0: failures before the first success. 0 < p <= 1. By table for p >= 1/32, below
+   that ln u / ln(1 - p), rounded down, from one number, or two when p < 2^-10; at most 2^31 - 1. Splits give the same
+   sequence. Binomial         C(ntrial, k) p^k (1 - p)^(ntrial - k). 0 <= p <= 1, ntrial >= 0. By table while ntrial p
+   (1 - p) <= 3000. Hypergeometric   C(m, k) C(l - m, s - k) / C(l, s): marked elements among s drawn from l, of which m
+   are marked. 0 <= s, m <= l. By table while the variance s m (l - m) (l - s)/(l^2 (l - 1)) is at most 3000. Poisson
+   lambda^k exp(-lambda) / k!. 0 <= lambda <= 2^30. By table while lambda <= 3000. PoissonV         the same with a
+   parameter each, lambda[0] .. lambda[n - 1]. Below 10 by inversion, from there on by transformed rejection (W.
+   Hoermann, Insurance: Mathematics and Economics 12, 1993, PTRS). Splits change the sequence. Negbinomial      Gamma(a
+   + k)/(Gamma(a) k!) p^a (1 - p)^k. a > 0 and finite, 0 < p <= 1; at most 2^31 - 1. By table while it fits; otherwise
+   Poisson with Gamma variates of shape a and scale (1 - p)/p for its parameter, whose candidates stay on the stream as
+   Gamma's do: -4 without memory for them; splits change the sequence. With p = 0 or 1, lambda = 0 and the like there is
+   but one outcome, and nothing is drawn. */
+int _wxriRngBernoulli(int method, qor_stream* stream, int n, int* r, double p);
+int _wxriRngGeometric(int method, qor_stream* stream, int n, int* r, double p);
+int _wxriRngBinomial(int method, qor_stream* stream, int n, int* r, int ntrial, double p);
+int _wxriRngHypergeometric(int method, qor_stream* stream, int n, int* r, int l, int s, int m);
+int _wxriRngPoisson(int method, qor_stream* stream, int n, int* r, double lambda);
+int _wxriRngPoissonV(int method, qor_stream* stream, int n, int* r, const double* lambda);
+int _wxriRngNegbinomial(int method, qor_stream* stream, int n, int* r, double a, double p);
 
 #ifdef __cplusplus
 }

@@ -213,4 +213,21 @@ QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
   return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};
 }
 
+// Every lane the element at p.
+template <class V>
+QOR_INLINE V broadcast(const lane_t<V>* p) {
+  if constexpr (lanes<V> == 2) {
+    return as<V>(_mm_loaddup_pd(reinterpret_cast<const double*>(p)));
+  } else {
+    return as<V>(_mm_load1_ps(reinterpret_cast<const float*>(p)));
+  }
+}
+// Loads and stores after it stay after it: the compiler then doesn't load so early that registers run out.
+QOR_INLINE void keep_order() { asm volatile("" ::: "memory"); }
+// From an address that is a multiple of 16.
+template <class V>
+QOR_INLINE V load_aligned(const lane_t<V>* p) {
+  return *reinterpret_cast<const V*>(p);
+}
+
 }  // namespace qor::simd

@@ -3,8 +3,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -34,7 +37,9 @@ class Demo : public testing::Test {
     std::ofstream(folder_ / name) << text;
     return (folder_ / name).string();
   }
-  std::string quick() const { return " --variates 20000 --resamples 2000 --output " + (folder_ / "output").string(); }
+  std::string quick() const {
+    return " --variates 20000 --resamples 2000 --paths 40000 --output " + (folder_ / "output").string();
+  }
   std::filesystem::path folder_ =
       std::filesystem::temp_directory_path() / ("qor_demo_test_" + std::to_string(getpid()));
 };
@@ -91,9 +96,42 @@ TEST_F(Demo, FindsTheChangeInTheNileAndWritesItsTables) {
   ASSERT_EQ(std::sscanf(outcome.output.c_str() + at, "interval %lf to %lf", &low, &high), 2);
   EXPECT_NEAR(low, -304, 6);  // four standard errors of a quantile of 2000 resamples
   EXPECT_NEAR(high, -190, 6);
-  for (const char* name : {"gaussian.dat", "series.dat", "bootstrap.dat"}) {
-    EXPECT_GT(std::filesystem::file_size(folder_ / "output" / name), 900u) << name;
+  for (const char* name : {"gaussian.dat", "series.dat", "bootstrap.dat", "basket.dat"}) {
+    EXPECT_GT(std::filesystem::file_size(folder_ / "output" / name), 300u) << name;
   }
+}
+
+// The closed form by another way: numerical integration of the payoff over the normal logarithm of the mean.
+TEST_F(Demo, PricesTheBasketWithinItsErrors) {
+  const Outcome outcome = run(quick());
+  EXPECT_EQ(outcome.status, 0) << outcome.output;
+  double mean = 0, variance = 0;
+  for (int i = 0; i < 10; ++i) {
+    const double s = 0.15 + 0.02 * i;
+    mean += (0.03 - s * s / 2) / 10;
+    for (int k = 0; k < 10; ++k) variance += s * (0.15 + 0.02 * k) * (0.3 + 0.7 * std::pow(0.8, std::abs(i - k))) / 100;
+  }
+  double exact = 0;
+  constexpr double step = 1e-4;
+  for (double z = -9; z < 9; z += step) {
+    const double payoff = std::max(0.0, 100 * std::exp(mean + std::sqrt(variance) * z) - 100);
+    exact += step * std::exp(-0.03 - z * z / 2) / std::sqrt(2 * M_PI) * payoff;
+  }
+  double closed = 0, simulated = 0, error = 1, arithmetic = 0, arithmetic_error = 1, by_way = 0, by_way_error = 1;
+  const char* const at = outcome.output.c_str() + outcome.output.find("geometric mean, closed form");
+  ASSERT_EQ(
+      std::sscanf(at,
+                  "geometric mean, closed form %lf geometric mean, simulated %lf standard error %lf, off by %*f of it "
+                  "arithmetic mean, simulated %lf standard error %lf "
+                  "arithmetic mean, by way of the geometric one %lf standard error %lf",
+                  &closed, &simulated, &error, &arithmetic, &arithmetic_error, &by_way, &by_way_error),
+      7)
+      << outcome.output;
+  EXPECT_NEAR(closed, exact, 1e-3);
+  EXPECT_NEAR(simulated, closed, 4.5 * error);
+  EXPECT_NEAR(arithmetic, by_way, 4.5 * arithmetic_error);
+  EXPECT_LT(by_way_error, arithmetic_error / 4);
+  EXPECT_GT(by_way, closed);  // the arithmetic mean is the larger
 }
 
 }  // namespace

@@ -2,57 +2,15 @@
 
 #include <algorithm>
 
-#include "base/owned.h"
-#include "numeric/mxcsr.h"
+#include "rng/distributions/kernels.h"
+#include "rng/distributions/loops.h"
 #include "rng/distributions/mode_guard.h"
+#include "rng/distributions/pending.h"
 #include "rng/distributions/uniform.h"
 #include "rng/streams/status.h"
-#include "simd/vec.h"
-#include "tfn/kernels.h"
-#include "tfn/map.h"
-#include "tfn/sqrt.h"
 
 namespace qor::rng {
 namespace {
-
-// The kernels of each precision: the low accuracy, but for the double sine and cosine that stand alone.
-template <class T>
-struct Kernels;
-template <>
-struct Kernels<double> {
-  static constexpr auto ln = tfn::dLn_50, sin = tfn::dSin_HA, cos = tfn::dCos_HA;
-  static constexpr auto sin_cos = tfn::dSinCos_50;
-  static constexpr const char* sqrt_name = "_tfndSqrt_50";
-  static constexpr double two_pi = 6.283185307179586;
-  static constexpr std::uint32_t pending_key = 2;
-};
-template <>
-struct Kernels<float> {
-  static constexpr auto ln = tfn::sLn_21, sin = tfn::sSin_21, cos = tfn::sCos_21;
-  static constexpr auto sin_cos = tfn::sSinCos_21;
-  static constexpr const char* sqrt_name = "_tfnsSqrt_21";
-  static constexpr float two_pi = 6.2831855f;
-  static constexpr std::uint32_t pending_key = 1;
-};
-
-// sqrt(0 - (x + x)) in one pass, the low square root.
-struct RootOfMinusTwice : tfn::Sqrt<tfn::Accuracy::low> {
-  using Root = tfn::Sqrt<tfn::Accuracy::low>;
-  static constexpr double filler = -1;
-  template <class T>
-  QOR_INLINE static T minus_twice(T x) {
-    return 0 - (x + x);
-  }
-  QOR_INLINE static auto begin(simd::VecD x) { return Root::begin(minus_twice(x)); }
-  template <class V, class B>
-  QOR_INLINE static void fast(V x, const simd::lane_t<V>* at, V* y, B& usual) {
-    Root::fast(minus_twice(x), at, y, usual);
-  }
-  template <class T>
-  static int element(T x, T* y) {
-    return Root::element(minus_twice(x), y);
-  }
-};
 
 constexpr int block = 1024;  // uniform numbers are drawn for so many variates at a time
 
@@ -65,21 +23,10 @@ template <class T, Halves H>
 void transform(int n, const T* u, T* r, T a, T sigma) {
   using V = simd::Vec<T>;
   constexpr int lanes = simd::lanes<V>, per_pair = H == Halves::both ? 2 : 1;
-  constexpr T two_pi = Kernels<T>::two_pi;
+  constexpr T two_pi = 2 * Kernels<T>::pi;
   constexpr int most = H == Halves::both ? block / 2 : block;
   alignas(16) T radius[most], trig[per_pair][most];
-  const numeric::MxcsrGuard nearest;
-
-  int i = 0;
-  for (; i <= n - lanes; i += lanes) {
-    const V u0 = simd::load<V>(u + 2 * i), u1 = simd::load<V>(u + 2 * i + lanes);
-    simd::store(radius + i, simd::evens(u0, u1));
-    simd::store(trig[0] + i, simd::odds(u0, u1) * two_pi);
-  }
-  for (; i < n; ++i) {
-    radius[i] = u[2 * i];
-    trig[0][i] = u[2 * i + 1] * two_pi;
-  }
+  split_pairs(n, u, radius, trig[0], two_pi);
   if constexpr (H == Halves::both) {
     Kernels<T>::sin_cos(n, trig[0], trig[0], trig[1]);
   } else if constexpr (H == Halves::cosine) {
@@ -88,9 +35,11 @@ void transform(int n, const T* u, T* r, T a, T sigma) {
     Kernels<T>::sin(n, trig[0], trig[0]);
   }
   Kernels<T>::ln(n, radius, radius);
-  tfn::map<RootOfMinusTwice>(Kernels<T>::sqrt_name, n, radius, radius);
+  tfn::map<RootOf<-2>>(Kernels<T>::sqrt_name, n, radius, radius);
 
-  for (i = 0; i <= n - lanes; i += lanes) {
+  const numeric::MxcsrGuard nearest;
+  int i = 0;
+  for (; i <= n - lanes; i += lanes) {
     const V rho = simd::load<V>(radius + i);
     V part[per_pair];
     for (int k = 0; k < per_pair; ++k) part[k] = (rho * simd::load<V>(trig[k] + i)) * sigma + a;
@@ -106,28 +55,8 @@ void transform(int n, const T* u, T* r, T a, T sigma) {
   }
 }
 
-// A pair kept for the next call, (u1, u2) as the engine gave them; none: u1 is -1.
 template <class T>
-struct Pending {
-  T u[2] = {T(-1), T(-1)};
-  bool empty() const { return u[0] == T(-1); }
-};
-
-// The stream's pending pair (a chunk of its key and another size, as a file may bring along, is none), made on the
-// first call; null without memory for it, `status` says which.
-template <class T>
-Pending<T>* pending_pair(Stream* stream, int& status) {
-  constexpr std::uint32_t key = Kernels<T>::pending_key;
-  if (void* found = search_chunk(stream, key, sizeof(Pending<T>))) return static_cast<Pending<T>*>(found);
-  auto fresh = Owned<Pending<T>>::allocate(sizeof(Pending<T>));
-  if (!fresh) {
-    status = status::no_memory;
-    return nullptr;
-  }
-  *fresh.get() = {};
-  status = add_chunk(stream, key, fresh.get(), sizeof(Pending<T>));
-  return status < 0 ? nullptr : fresh.release();
-}
+constexpr std::uint32_t pending_key = sizeof(T) == 8 ? 2 : 1;
 
 }  // namespace
 
@@ -150,7 +79,7 @@ int box_muller2(Stream* stream, int n, T* r, T a, T sigma) {
   if (n < 1) return status::ok;
   const ModeGuard guard(ln_callback<T>);
   int status = status::ok;
-  Pending<T>* const pending = pending_pair<T>(stream, status);
+  Pending<T>* const pending = pending_pair<T>(stream, pending_key<T>, status);
   if (pending == nullptr) return status;
 
   // The pending pair is given up only when the request succeeds: an engine that fails half-way leaves it in place.

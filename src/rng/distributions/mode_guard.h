@@ -19,6 +19,13 @@ int ln_callback(TfnErrorContext* context) {
   return 0;
 }
 
+// Replaces the result of any error, for generators that know of no other: ln of what an engine shouldn't have made.
+template <class T>
+int ln_callback_always(TfnErrorContext* context) {
+  context->res1 = context->res2 = ln_of_zero<T>;
+  return 0;
+}
+
 class ModeGuard {
  public:
   explicit ModeGuard(TfnErrorCallBack callback)

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "numeric/mxcsr.h"
+#include "rng/distributions/loops.h"
 #include "rng/streams/status.h"
-#include "simd/vec.h"
 
 namespace qor::rng {
 namespace {
@@ -14,20 +13,10 @@ using simd::Vec;
 using simd::VecD;
 using simd::VecU32;
 
-// r[i] = f(r[i]) or, by way of `out`, words of pairs of vectors; the last elements in a padded buffer.
 template <class T>
 void clamp(int n, T* r, T a, T b) {
   using V = Vec<T>;
-  constexpr int lanes = simd::lanes<V>;
-  const numeric::MxcsrGuard guard;
-  const auto clamped = [low = splat<V>(a), high = splat<V>(b)](V v) { return simd::min(simd::max(v, low), high); };
-  int i = 0;
-  for (; i <= n - lanes; i += lanes) simd::store(r + i, clamped(simd::load<V>(r + i)));
-  if (i == n) return;
-  T rest[lanes] = {};
-  std::copy(r + i, r + n, rest);
-  simd::store(rest, clamped(simd::load<V>(rest)));
-  std::copy(rest, rest + (n - i), r + i);
+  each(n, r, [low = splat<V>(a), high = splat<V>(b)](V v) { return simd::min(simd::max(v, low), high); });
 }
 
 template <class T>
