@@ -244,7 +244,7 @@ void write_mflops(const std::vector<Measured>& all, const std::string& file) {
   }
   std::ofstream out(file);
   for (const auto& [name, points] : series) {
-    out << '"' << name << "\"\n";
+    out << "# " << name << '\n';
     for (const auto& [n, mflops] : points) out << n << ' ' << static_cast<int>(mflops) << '\n';
     out << "\n\n";
   }

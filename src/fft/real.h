@@ -21,22 +21,22 @@ QOR_INLINE void recombine(const T* x, T* y, const T* factors, int m) {
   constexpr int L = lanes<V>;
   const auto conj = [](C a) { return C{simd::flip_sign(a.v, simd::alternating_signs<V>(1))}; };
   // Values i .. of the lower half and j .. of the upper half in opposite order; i and j count from pair 1.
-  const auto both = [&](auto in, auto out, int i, int j, auto order) {
-    const C a = in.load(i), b = conj(order(in.load(j)));
-    const T* const f = factors + i / C::values * 2 * L + i % C::values * 2;
-    const C s = a + b, d = (a - b) * Complex<V>{simd::load<V>(f), simd::load<V>(f + L)};
+  const auto both = [&](auto in, auto out, int i, int j, auto whole) {
+    const auto ordered = [](C a) { return decltype(whole)::value ? C{simd::reverse_pairs(a.v)} : a; };
+    const auto load = [](const T* p) { return decltype(whole)::value ? simd::load<V>(p) : simd::load_low(p); };
+    const T* const q = factors + i / C::values * 2 * L + i % C::values * 2;
+    const C a = in.load(i), b = conj(ordered(in.load(j)));
+    const C s = a + b, d = (a - b) * Complex<V>{load(q), load(q + L)};
     out.store(i, s + d);
-    out.store(j, order(conj(s - d)));
+    out.store(j, ordered(conj(s - d)));
   };
   const Turns<V, Inverse> in{const_cast<T*>(x)}, out{y};
   const int pairs = (m - 1) / 2;
   // Of few values each was stored by itself just now, and loading several at once would wait for that.
   const int wide = m > largest_radix || C::values == 1 ? pairs - pairs % C::values : 0;
   int i = 0;
-  for (; i < wide; i += C::values) {
-    both(in, out, i, m - 1 - i - C::values, [](C a) { return C{simd::reverse_pairs(a.v)}; });
-  }
-  for (; i < pairs; ++i) both(in.half(), out.half(), i, m - 2 - i, [](C a) { return a; });
+  for (; i < wide; i += C::values) both(in, out, i, m - 1 - i - C::values, std::true_type());
+  for (; i < pairs; ++i) both(in.half(), out.half(), i, m - 2 - i, std::false_type());
   if (m % 2 == 0) {
     const T re = x[m - 2], im = x[m - 1];
     y[m - 2] = 2 * re;
