@@ -214,6 +214,16 @@ struct Composite {
   }
 };
 template <class C>
+struct Transform<C, 6> : Composite<C, 3, 2> {};
+template <class C>
+struct Transform<C, 10> : Composite<C, 5, 2> {};
+template <class C>
+struct Transform<C, 12> : Composite<C, 4, 3> {};
+template <class C>
+struct Transform<C, 14> : Composite<C, 7, 2> {};
+template <class C>
+struct Transform<C, 15> : Composite<C, 5, 3> {};
+template <class C>
 struct Transform<C, 8> : Composite<C, 2, 4> {};
 template <class C>
 struct Transform<C, 9> : Composite<C, 3, 3> {};

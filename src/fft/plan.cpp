@@ -110,11 +110,14 @@ int Plan<T>::make(int n) {
     if (convolution_ == nullptr || convolution_->make(rough) != 0) return no_memory;
   }
   choose_passes(n);
-  if (count_ == 1 && convolution_ == nullptr) {
-    with_radix(n, [this](auto R) {
+  if (n > 1 && n <= largest_radix && convolution_ == nullptr) {
+    unrolled<largest_radix - 1>([&](auto i) {
+      constexpr int R = i + 2;
+      if (n != R) return;
       single_[0] = single_butterfly<R, false, T>;
       single_[1] = single_butterfly<R, true, T>;
     });
+    return 0;
   }
 
   using Values = Packed<V>;
