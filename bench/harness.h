@@ -38,6 +38,7 @@ struct Work {
   int elements = 1000;
   std::vector<Contender> contenders;
   std::vector<Claim> claims;
+  double flops = 0;                              // nominal, an element; for tables in MFLOPS
   std::function<std::string()> check = nullptr;  // run once before the timing; a complaint makes the row void
 };
 
@@ -73,6 +74,20 @@ struct DrawPeer {
   void (*run)(int n, T* r);
 };
 
+// Transforms of n values, real or complex, out of place. plan() takes its time and returns what does one transform.
+enum class FftKind { real_forward, real_inverse, complex_forward };
+template <class T>
+struct FftPeer {
+  const char* name;
+  bool in_class;  // SSE2 alone
+  std::function<void()> (*plan)(FftKind kind, int n, T* in, T* out);
+};
+template <class T>
+std::vector<FftPeer<T>>& fft_peers() {
+  static std::vector<FftPeer<T>> list;
+  return list;
+}
+
 template <class T>
 std::vector<MathPeer<T>>& math_peers() {
   static std::vector<MathPeer<T>> list;
@@ -95,6 +110,10 @@ struct Add {
   template <class T>
   static void add(const MathPeer<T>& p) {
     math_peers<T>().push_back(p);
+  }
+  template <class T>
+  static void add(const FftPeer<T>& p) {
+    fft_peers<T>().push_back(p);
   }
   template <class T>
   static void add(const DrawPeer<T>& p) {
@@ -144,6 +163,7 @@ void add_math_rows(std::vector<Work>& works);
 void add_distribution_rows(std::vector<Work>& works);
 void add_level1_rows(std::vector<Work>& works);
 void add_limit_rows(std::vector<Work>& works);
+void add_fft_rows(std::vector<Work>& works);
 
 // The largest error of every peer of the items whose names contain filter, measured; written as the rows of
 // peer_errors.inc, from which peer_error() reads.

@@ -19,7 +19,7 @@ namespace {
 using namespace bench;
 
 constexpr char help[] =
-    R"(qor_bench [FILTER] [--rounds N] [--full] [--markdown] [--only-opponents] [--list] [--classify]
+    R"(qor_bench [FILTER] [--rounds N] [--full] [--markdown] [--only-opponents] [--list] [--classify] [--mflops FILE]
 
 Measures the library and its peers on the same work, in turns of about 0.3 ms, for N rounds (default 61).
 FILTER is a regular expression that the work's group or name contains: streams, math, distributions, level1, limits, 'Sin'.
@@ -33,11 +33,12 @@ FILTER is a regular expression that the work's group or name contains: streams, 
   --markdown        tables for the documentation
   --only-opponents  calls nothing of the library; opponents of each row, fastest first
   --list            the work items and their contenders
+  --mflops FILE     writes the MFLOPS of the transforms as lines: series, n, MFLOPS; a blank line after a series
   --classify        measures the largest error of each peer of the math items and prints the rows of peer_errors.inc
 )";
 
 struct Options {
-  std::string filter;
+  std::string filter, mflops;
   int rounds = 61;
   bool full = false, markdown = false, only_opponents = false, list = false, classify = false;
 };
@@ -56,6 +57,9 @@ Options parse(int argc, char** argv) {
       std::exit(0);
     } else if (arg == "--rounds") {
       if (++i == argc || (o.rounds = std::atoi(argv[i])) < 1) fail("--rounds needs a number");
+    } else if (arg == "--mflops") {
+      if (++i == argc) fail("--mflops needs a file");
+      o.mflops = argv[i];
     } else if (arg == "--full") {
       o.full = true;
     } else if (arg == "--markdown") {
@@ -222,6 +226,34 @@ void print_sizes(const std::vector<Measured>& all, bool markdown) {
   table.print();
 }
 
+// One series a contender and kind of transform, for plotting; and the geometric means of the ratios.
+void write_mflops(const std::vector<Measured>& all, const std::string& file) {
+  std::map<std::string, std::map<int, double>> series;
+  std::map<std::string, std::pair<double, int>> means;
+  for (const Measured& m : all) {
+    if (m.work.flops == 0) continue;
+    const std::string kind = std::regex_replace(m.work.name, std::regex(" (n = )?[0-9]+"), "");
+    for (std::size_t i = 0; i < m.work.contenders.size(); ++i) {
+      const std::string& who = m.work.contenders[i].name;
+      series[kind + ", " + who][m.work.elements] = 1000 * m.work.flops / minimum(m.times[i]);
+      if (m.work.contenders[i].ours) continue;
+      auto& [sum, count] = means[kind + " against " + who];
+      sum += std::log(minimum(m.times[i]) / minimum(m.times[0]));
+      ++count;
+    }
+  }
+  std::ofstream out(file);
+  for (const auto& [name, points] : series) {
+    out << "# " << name << '\n';
+    for (const auto& [n, mflops] : points) out << n << ' ' << static_cast<int>(mflops) << '\n';
+    out << "\n\n";
+  }
+  for (const auto& [name, mean] : means) {
+    std::printf("geometric mean of %d ratios, %s: %.3f\n", mean.second, name.c_str(),
+                std::exp(mean.first / mean.second));
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -237,6 +269,7 @@ int main(int argc, char** argv) {
   add_distribution_rows(works);
   add_level1_rows(works);
   add_limit_rows(works);
+  add_fft_rows(works);
   const std::regex filter = compiled(o.filter);
   for (Work& work : works) {
     if (!std::regex_search(work.group, filter) && !std::regex_search(work.name, filter)) continue;
@@ -284,6 +317,7 @@ int main(int argc, char** argv) {
     if (o.full) print_sizes(all, o.markdown);
   }
   print_contenders(all, o.markdown);
+  if (!o.mflops.empty()) write_mflops(all, o.mflops);
   bool sound = true;
   for (const Measured& m : all) {
     if (!m.complaint.empty()) std::printf("%s is void: %s.\n", m.work.name.c_str(), m.complaint.c_str());

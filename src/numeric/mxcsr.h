@@ -77,4 +77,28 @@ class RoundingGuard {
   unsigned caller_;
 };
 
+// The same settings for code without by-products: flags that it raises are the caller's. Costs nothing on leaving when
+// the caller has the standard settings.
+class ArithmeticGuard {
+ public:
+  QOR_INLINE ArithmeticGuard() : caller_(simd::control_register()) {
+    if (unusual()) [[unlikely]]
+      simd::set_control_register(standard | (caller_ & flags));
+    asm volatile("" ::: "memory");
+  }
+  QOR_INLINE ~ArithmeticGuard() {
+    asm volatile("" ::: "memory");
+    if (unusual()) [[unlikely]]
+      simd::set_control_register(caller_ | (simd::control_register() & flags));
+  }
+  ArithmeticGuard(const ArithmeticGuard&) = delete;
+  ArithmeticGuard& operator=(const ArithmeticGuard&) = delete;
+
+ private:
+  static constexpr unsigned control_bits = 0xFFC0, standard = 0x1F80, flags = 0x3F;
+  QOR_INLINE bool unusual() const { return (caller_ & control_bits) != standard; }
+
+  unsigned caller_;
+};
+
 }  // namespace qor::numeric

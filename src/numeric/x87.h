@@ -18,7 +18,7 @@ QOR_INLINE std::uint32_t x87_control() {
 }
 QOR_INLINE void set_x87_control(std::uint32_t word) {
   const std::uint16_t cw = static_cast<std::uint16_t>(word);
-  asm volatile("fldcw %0" : : "m"(cw));
+  asm volatile("fldcw %0" : : "m"(cw) : "memory");
 }
 
 // The unit's precision and rounding, bits 8-11 of the control word, for the time of a computation.

@@ -230,4 +230,55 @@ QOR_INLINE V load_aligned(const lane_t<V>* p) {
   return *reinterpret_cast<const V*>(p);
 }
 
+// Sign bits of the even lanes (odd = 0) or of the odd ones.
+template <class V>
+QOR_INLINE Bits<V> alternating_signs(int odd) {
+  Bits<V> s{};
+  for (int i = odd; i < lanes<V>; i += 2) s[i] = sign_bit<V>;
+  return s;
+}
+// lanes vectors as the rows of a matrix, transposed in place.
+QOR_INLINE void transpose(VecD* v) {
+  const VecD a = v[0], b = v[1];
+  v[0] = zip_low(a, b);
+  v[1] = zip_high(a, b);
+}
+QOR_INLINE void transpose(VecF* v) {
+  const VecF ac = zip_low(v[0], v[2]), bd = zip_low(v[1], v[3]);
+  const VecF ac_high = zip_high(v[0], v[2]), bd_high = zip_high(v[1], v[3]);
+  v[0] = zip_low(ac, bd);
+  v[1] = zip_high(ac, bd);
+  v[2] = zip_low(ac_high, bd_high);
+  v[3] = zip_high(ac_high, bd_high);
+}
+
+// The first two lanes alone, or two lanes each from, or to, two places.
+QOR_INLINE VecD load_low(const double* p) { return load<VecD>(p); }
+QOR_INLINE VecF load_low(const float* p) {
+  return as<VecF>(_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p)));
+}
+QOR_INLINE void store_low(double* p, VecD v) { store<VecD>(p, v); }
+QOR_INLINE void store_low(float* p, VecF v) { _mm_storel_pi(reinterpret_cast<__m64*>(p), as<__m128>(v)); }
+template <class V>
+QOR_INLINE V load_pairs(const lane_t<V>* low, [[maybe_unused]] const lane_t<V>* high) {
+  if constexpr (lanes<V> == 2) {
+    return load<V>(low);
+  } else {
+    return as<V>(_mm_loadh_pi(as<__m128>(load_low(low)), reinterpret_cast<const __m64*>(high)));
+  }
+}
+QOR_INLINE void store_pairs(double* low, double*, VecD v) { store<VecD>(low, v); }
+QOR_INLINE void store_pairs(float* low, float* high, VecF v) {
+  store_low(low, v);
+  _mm_storeh_pi(reinterpret_cast<__m64*>(high), as<__m128>(v));
+}
+// Pairs of lanes in reverse order.
+QOR_INLINE VecD reverse_pairs(VecD v) { return v; }
+QOR_INLINE VecF reverse_pairs(VecF v) { return as<VecF>(_mm_shuffle_ps(as<__m128>(v), as<__m128>(v), 0x4E)); }
+// Each even lane, each odd lane, in both places of its pair.
+QOR_INLINE VecD both_even(VecD v) { return zip_low(v, v); }
+QOR_INLINE VecD both_odd(VecD v) { return zip_high(v, v); }
+QOR_INLINE VecF both_even(VecF v) { return as<VecF>(_mm_shuffle_ps(as<__m128>(v), as<__m128>(v), 0xA0)); }
+QOR_INLINE VecF both_odd(VecF v) { return as<VecF>(_mm_shuffle_ps(as<__m128>(v), as<__m128>(v), 0xF5)); }
+
 }  // namespace qor::simd

@@ -776,6 +776,120 @@ void add_distributions() {
   add_vectors("_wxrsRngGaussianMV", 0.0f);
 }
 
+// Transforms: `Spec` stands for any record. Sets of entries differ in their names' middle and end.
+using Spec = void;
+template <class F>
+F* plain(const std::string& name) {
+  return reinterpret_cast<F*>(dlsym(RTLD_DEFAULT, name.c_str()));
+}
+class Record {
+ public:
+  Record(const std::string& set, const std::string& type, int size) : free_("qfps" + set + "Free_" + type) {
+    const auto create = plain<int(Spec**, int, int, int)>("qfps" + set + "InitAlloc_" + type);
+    EXPECT_EQ(create(&spec_, size, 4, 0), 0) << set << type;
+  }
+  ~Record() { plain<int(Spec*)>(free_)(spec_); }
+  Record(const Record&) = delete;
+  Record& operator=(const Record&) = delete;
+  Spec* get() const { return spec_; }
+
+ private:
+  std::string free_;
+  Spec* spec_ = nullptr;
+};
+
+// `sizes` are orders or lengths of at most elements - 2 numbers.
+template <class T>
+void add_transform_set(const std::string& set, const std::string& type, const std::vector<int>& sizes,
+                       const std::vector<std::string>& transforms) {
+  add("qfps" + set + "InitAlloc_" + type, [=](Caller& call) {
+    for (const int size : sizes) {
+      Spec* spec = nullptr;
+      call.result(&spec, size, 3, 0);
+      EXPECT_EQ(spec, nullptr);
+      call.result(&spec, size, 4, 0);
+      ASSERT_NE(spec, nullptr);
+      plain<int(Spec*)>("qfps" + set + "Free_" + type)(spec);
+    }
+  });
+  add("qfps" + set + "Free_" + type, [=](Caller& call) {
+    Spec* spec = nullptr;
+    plain<int(Spec**, int, int, int)>("qfps" + set + "InitAlloc_" + type)(&spec, sizes[0], 4, 0);
+    call.result(spec);
+    call.result(nullptr);
+  });
+  add("qfps" + set + "GetBufSize_" + type, [=](Caller& call) {
+    const Record record(set, type, sizes[0]);
+    int bytes = -1;
+    call.result(record.get(), &bytes);
+    call.note(static_cast<unsigned>(bytes));
+  });
+  for (const std::string& transform : transforms) {
+    // Fwd_RToPerm_64f: the type without its domain.
+    add("qfps" + set + transform + type.substr(1), [=](Caller& call) {
+      std::vector<T> values;
+      for (int i = 0; i < elements; ++i) values.push_back(static_cast<T>(0.01 + 1.37 * (i * i % 31)));
+      for (const int size : sizes) {
+        const Record record(set, type, size);
+        Array<T> in(values), out, in_place(values);
+        call.result(in.get(), out.get(), record.get(), nullptr);
+        call.result(in_place.get(), in_place.get(), record.get(), nullptr);
+        call.note(out.bytes());
+        call.note(in_place.bytes());
+      }
+    });
+  }
+}
+
+template <class T>
+void add_spectra(const std::string& type) {
+  for (const char* name :
+       {"PermToPack", "PermToCCS", "PackToPerm", "PackToCCS", "CCSToPerm", "CCSToPack", "Copy", "MulPerm"}) {
+    const bool product = std::string(name) == "MulPerm";
+    add("qfps" + std::string(name) + "_" + type + (product ? "_I" : ""), [](Caller& call) {
+      std::vector<T> values;
+      for (int i = 0; i < elements; ++i) values.push_back(static_cast<T>(1 + i % 7));
+      Array<T> a(values), b(values);
+      call.result(a.get(), b.get(), elements - 3);
+      call.result(nullptr, b.get(), 1);
+      call.note(b.bytes());
+    });
+  }
+  add("qfpsZero_" + type, [](Caller& call) {
+    Array<T> a;
+    call.result(a.get(), elements - 3);
+    call.note(a.bytes());
+  });
+}
+
+void add_fft() {
+  const std::vector<std::string> real = {"Fwd_RToPerm", "Fwd_RToPack", "Fwd_RToCCS",
+                                         "Inv_PermToR", "Inv_PackToR", "Inv_CCSToR"};
+  const std::vector<std::string> complex = {"Fwd_CToC", "Inv_CToC"};
+  add_transform_set<float>("FFT", "R_32f", {6, 2, 0}, real);
+  add_transform_set<double>("FFT", "R_64f", {6, 2, 0}, real);
+  add_transform_set<float>("FFT", "C_32fc", {5, 2, 0}, complex);
+  add_transform_set<double>("FFT", "C_64fc", {5, 2, 0}, complex);
+  add_transform_set<float>("DFT", "R_32f", {98, 45, 68}, real);
+  add_transform_set<double>("DFT", "R_64f", {98, 45, 68}, real);
+  add_transform_set<float>("DFT", "C_32fc", {49, 48, 34, 47}, complex);
+  add_transform_set<double>("DFT", "C_64fc", {49, 48, 34, 47}, complex);
+  add_spectra<float>("32f");
+  add_spectra<double>("64f");
+  for (const char* name : {"qfpsMalloc_8u", "qfpsMalloc_32f", "qfpsMalloc_64f"}) {
+    add(name, [](Caller& call) {
+      const unsigned address = call(100);
+      EXPECT_EQ(address % 32, 0u);
+      qfpsFree(reinterpret_cast<void*>(address));
+      call.result(0);
+    });
+  }
+  add("qfpsFree", [](Caller& call) {
+    call(qfpsMalloc_64f(10));
+    call(nullptr);
+  });
+}
+
 class Entries : public testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -799,6 +913,7 @@ class Entries : public testing::Test {
     add_streams();
     add_engines();
     add_distributions();
+    add_fft();
   }
   static std::string recorded(const Row& row, int offset, unsigned mxcsr, unsigned control) {
     const std::string trace_text = row.name + " at " + std::to_string(offset) + " mod 16";

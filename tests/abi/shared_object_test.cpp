@@ -139,6 +139,10 @@ TEST(SharedObject, UsesX87OnlyWhereItIsMeantTo) {
   };
   const Allowed list[] = {
       {"qor::tfn::set_mode(", {"fldcw", "fnstcw"}},
+      {"qor::fft::Roots::",
+       {"fldcw", "fnstcw", "fadd",  "faddp",  "fsub",  "fsubp",  "fsubr",   "fsubrp", "fmul",  "fmulp",
+        "fdivp", "fdivrp", "fildl", "fildll", "fld",   "fldt",   "flds",    "fldl",   "fstps", "fstpl",
+        "fstpt", "fstp",   "fxch",  "fchs",   "fadds", "fdivrs", "fcmovne", "fcmove"}},
       {"qor::numeric::x87_ln(", {"fldl", "fldln2", "fnsave", "fnstsw", "frstor", "fstpl", "fyl2x"}},
       {"_tfndPackM", {"fldl", "fstpl"}},
       {"_tfndUnpackM", {"fldl", "fstpl"}},
