@@ -201,6 +201,7 @@ QOR_INLINE VecU32 truncate(VecD low, VecD high) {
   return as<VecU32>(_mm_unpacklo_epi64(_mm_cvttpd_epi32(as<__m128d>(low)), _mm_cvttpd_epi32(as<__m128d>(high))));
 }
 
+<<<<<<< HEAD
 // All four columns of rows of four singles.
 template <class Offset>
 QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
@@ -211,6 +212,17 @@ QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
   VecU32 a = row(0), b = row(1), c = row(2), d = row(3);
   transpose(a, b, c, d);
   return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};
+=======
+// The value or pointer is in a register here, and the compiler knows nothing of it: it neither reads it again from
+// memory nor carries what was read through it.
+template <class V>
+QOR_INLINE void keep(V& v) {
+  if constexpr (std::is_pointer_v<V>) {
+    asm("" : "+r"(v));
+  } else {
+    asm("" : "+x"(v));
+  }
+>>>>>>> f6506d2 (Convolution and correlation: direct drivers)
 }
 
 }  // namespace qor::simd
