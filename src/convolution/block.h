@@ -28,24 +28,53 @@ void add_block(const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
     const lane_t<V>* data = row_data;
     const V *tap = row_taps, *const end = tap + rows.width;
     const auto add_tap = [&](int c) {
-      V w = tap[c];
-      keep(w);
 #pragma GCC unroll 8
-      for (int k = 0; k < K; ++k) sum[k] += load<V>(data + c + k * L) * w;
+      for (int k = 0; k < K; ++k) sum[k] += load<V>(data + c + k * L) * tap[c];
     };
-    // The compiler must not carry data from one tap to the next: it would be in memory, twice.
-    for (; end - tap >= 4; tap += 4, data += 4) {
-      keep(data);
-#pragma GCC unroll 4
-      for (int c = 0; c < 4; ++c) add_tap(c);
-    }
-    for (; tap != end; ++tap, ++data) {
-      keep(data);
-      add_tap(0);
-    }
+    for (; end - tap >= 2; tap += 2, data += 2) add_tap(0), add_tap(1);
+    if (tap != end) add_tap(0);
   }
 #pragma GCC unroll 8
   for (int k = 0; k < K; ++k) store(out + k * L, add ? load<V>(out + k * L) + sum[k] : sum[k]);
+}
+// All eight registers; six names, since an array would be kept in memory.
+template <class V>
+[[gnu::noinline]] void add_full_block(const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
+  using namespace simd;
+  V s0{}, s1{}, s2{}, s3{}, s4{}, s5{};
+  const V* row_taps = rows.taps;
+  const lane_t<V>* row_data = rows.data;
+  for (int r = rows.count; r > 0; --r, row_taps += rows.tap_pitch, row_data += rows.data_pitch) {
+    const lane_t<V>* data = row_data;
+    const V* tap = row_taps;
+    int left = rows.width;
+    for (; left >= 8; left -= 8, tap += 8, data += 8) {
+      add_six_products<0>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<1>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<2>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<3>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<4>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<5>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<6>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<7>(s0, s1, s2, s3, s4, s5, tap, data);
+    }
+    if (left & 4) {
+      add_six_products<0>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<1>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<2>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<3>(s0, s1, s2, s3, s4, s5, tap, data);
+      tap += 4, data += 4;
+    }
+    if (left & 2) {
+      add_six_products<0>(s0, s1, s2, s3, s4, s5, tap, data);
+      add_six_products<1>(s0, s1, s2, s3, s4, s5, tap, data);
+      tap += 2, data += 2;
+    }
+    if (left & 1) add_six_products<0>(s0, s1, s2, s3, s4, s5, tap, data);
+  }
+  constexpr int L = lanes<V>;
+  const auto put = [&](int k, V sum) { store(out + k * L, add ? load<V>(out + k * L) + sum : sum); };
+  put(0, s0), put(1, s1), put(2, s2), put(3, s3), put(4, s4), put(5, s5);
 }
 template <class V>
 void add_block(int vectors, const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
@@ -61,7 +90,7 @@ void add_block(int vectors, const Rows<V>& rows, simd::lane_t<V>* out, bool add)
     case 5:
       return add_block<5>(rows, out, add);
     default:
-      return add_block<6>(rows, out, add);
+      return add_full_block(rows, out, add);
   }
 }
 

@@ -201,7 +201,6 @@ QOR_INLINE VecU32 truncate(VecD low, VecD high) {
   return as<VecU32>(_mm_unpacklo_epi64(_mm_cvttpd_epi32(as<__m128d>(low)), _mm_cvttpd_epi32(as<__m128d>(high))));
 }
 
-<<<<<<< HEAD
 // All four columns of rows of four singles.
 template <class Offset>
 QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
@@ -212,17 +211,43 @@ QOR_INLINE Columns<VecF, 4> gather_rows4(const float* table, Offset offset) {
   VecU32 a = row(0), b = row(1), c = row(2), d = row(3);
   transpose(a, b, c, d);
   return {{as<VecF>(a), as<VecF>(b), as<VecF>(c), as<VecF>(d)}};
-=======
-// The value or pointer is in a register here, and the compiler knows nothing of it: it neither reads it again from
-// memory nor carries what was read through it.
-template <class V>
-QOR_INLINE void keep(V& v) {
-  if constexpr (std::is_pointer_v<V>) {
-    asm("" : "+r"(v));
-  } else {
-    asm("" : "+x"(v));
-  }
->>>>>>> f6506d2 (Convolution and correlation: direct drivers)
+}
+
+// sk += taps[C] * (vector k of data + C), k = 0 ... 5: all eight registers. Left to itself the compiler loads ahead
+// and keeps sums in memory.
+template <int C>
+QOR_INLINE void add_six_products(VecD& s0, VecD& s1, VecD& s2, VecD& s3, VecD& s4, VecD& s5, const VecD* taps,
+                                 const double* data) {
+  VecD part, w;
+  asm volatile(
+      "movapd %c[tap](%[taps]), %[w]\n\t"
+      "movupd %c[at]+0(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s0]\n\t"
+      "movupd %c[at]+16(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s1]\n\t"
+      "movupd %c[at]+32(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s2]\n\t"
+      "movupd %c[at]+48(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s3]\n\t"
+      "movupd %c[at]+64(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s4]\n\t"
+      "movupd %c[at]+80(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s5]\n\t"
+      : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [s3] "+x"(s3), [s4] "+x"(s4), [s5] "+x"(s5), [part] "=&x"(part),
+        [w] "=&x"(w)
+      : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [at] "i"(static_cast<int>(sizeof(double)) * C),
+        "m"(*reinterpret_cast<const double(*)[]>(data)), "m"(*reinterpret_cast<const VecD(*)[]>(taps)));
+}
+template <int C>
+QOR_INLINE void add_six_products(VecF& s0, VecF& s1, VecF& s2, VecF& s3, VecF& s4, VecF& s5, const VecF* taps,
+                                 const float* data) {
+  VecF part, w;
+  asm volatile(
+      "movaps %c[tap](%[taps]), %[w]\n\t"
+      "movups %c[at]+0(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s0]\n\t"
+      "movups %c[at]+16(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s1]\n\t"
+      "movups %c[at]+32(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s2]\n\t"
+      "movups %c[at]+48(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s3]\n\t"
+      "movups %c[at]+64(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s4]\n\t"
+      "movups %c[at]+80(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s5]\n\t"
+      : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [s3] "+x"(s3), [s4] "+x"(s4), [s5] "+x"(s5), [part] "=&x"(part),
+        [w] "=&x"(w)
+      : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [at] "i"(static_cast<int>(sizeof(float)) * C),
+        "m"(*reinterpret_cast<const float(*)[]>(data)), "m"(*reinterpret_cast<const VecF(*)[]>(taps)));
 }
 
 }  // namespace qor::simd
