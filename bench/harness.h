@@ -87,6 +87,12 @@ std::vector<FftPeer<T>>& fft_peers() {
   static std::vector<FftPeer<T>> list;
   return list;
 }
+// The full convolution of rank 2 (rank 1: nx1 = ny1 = 1), dimension 0 first; x is the shorter operand.
+template <class T>
+struct ConvPeer {
+  const char* name;
+  void (*run)(const T* x, int nx0, int nx1, const T* y, int ny0, int ny1, T* z);
+};
 
 template <class T>
 std::vector<MathPeer<T>>& math_peers() {
@@ -96,6 +102,12 @@ std::vector<MathPeer<T>>& math_peers() {
 template <class T>
 std::vector<DrawPeer<T>>& draw_peers() {
   static std::vector<DrawPeer<T>> list;
+  return list;
+}
+
+template <class T>
+std::vector<ConvPeer<T>>& conv_peers() {
+  static std::vector<ConvPeer<T>> list;
   return list;
 }
 
@@ -118,6 +130,10 @@ struct Add {
   template <class T>
   static void add(const DrawPeer<T>& p) {
     draw_peers<T>().push_back(p);
+  }
+  template <class T>
+  static void add(const ConvPeer<T>& p) {
+    conv_peers<T>().push_back(p);
   }
 };
 
@@ -161,6 +177,7 @@ std::vector<MathPeer<T>> peers_of(const MathItem& item) {
 void add_rng_rows(std::vector<Work>& works);
 void add_math_rows(std::vector<Work>& works);
 void add_distribution_rows(std::vector<Work>& works);
+void add_conv_rows(std::vector<Work>& works);
 void add_level1_rows(std::vector<Work>& works);
 void add_limit_rows(std::vector<Work>& works);
 void add_fft_rows(std::vector<Work>& works);

@@ -22,7 +22,8 @@ constexpr char help[] =
     R"(qor_bench [FILTER] [--rounds N] [--full] [--markdown] [--only-opponents] [--list] [--classify] [--mflops FILE]
 
 Measures the library and its peers on the same work, in turns of about 0.3 ms, for N rounds (default 61).
-FILTER is a regular expression that the work's group or name contains: streams, math, distributions, level1, limits, 'Sin'.
+FILTER is a regular expression that the work's group or name contains: streams, math, distributions, convolution,
+level1, limits, 'Sin'.
 
   ratio min     the opponent's fastest round / our fastest round; above 1 the library is faster
   ratio median  the median of the rounds' own ratios
@@ -267,6 +268,7 @@ int main(int argc, char** argv) {
   add_rng_rows(works);
   add_math_rows(works);
   add_distribution_rows(works);
+  add_conv_rows(works);
   add_level1_rows(works);
   add_limit_rows(works);
   add_fft_rows(works);

@@ -2,6 +2,7 @@
 #ifndef QOR_QOR_H
 #define QOR_QOR_H
 #include "qor/blas1.h"
+#include "qor/conv.h"
 #include "qor/fft.h"
 #include "qor/rng.h"
 #include "qor/service.h"

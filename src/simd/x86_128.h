@@ -281,4 +281,41 @@ QOR_INLINE VecD both_odd(VecD v) { return zip_high(v, v); }
 QOR_INLINE VecF both_even(VecF v) { return as<VecF>(_mm_shuffle_ps(as<__m128>(v), as<__m128>(v), 0xA0)); }
 QOR_INLINE VecF both_odd(VecF v) { return as<VecF>(_mm_shuffle_ps(as<__m128>(v), as<__m128>(v), 0xF5)); }
 
+// sk += taps[C] * (vector k of data + C), k = 0 ... 5: all eight registers. Left to itself the compiler loads ahead
+// and keeps sums in memory.
+template <int C>
+QOR_INLINE void add_six_products(VecD& s0, VecD& s1, VecD& s2, VecD& s3, VecD& s4, VecD& s5, const VecD* taps,
+                                 const double* data) {
+  VecD part, w;
+  asm volatile(
+      "movapd %c[tap](%[taps]), %[w]\n\t"
+      "movupd %c[at]+0(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s0]\n\t"
+      "movupd %c[at]+16(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s1]\n\t"
+      "movupd %c[at]+32(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s2]\n\t"
+      "movupd %c[at]+48(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s3]\n\t"
+      "movupd %c[at]+64(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s4]\n\t"
+      "movupd %c[at]+80(%[data]), %[part]\n\tmulpd %[w], %[part]\n\taddpd %[part], %[s5]\n\t"
+      : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [s3] "+x"(s3), [s4] "+x"(s4), [s5] "+x"(s5), [part] "=&x"(part),
+        [w] "=&x"(w)
+      : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [at] "i"(static_cast<int>(sizeof(double)) * C),
+        "m"(*reinterpret_cast<const double(*)[]>(data)), "m"(*reinterpret_cast<const VecD(*)[]>(taps)));
+}
+template <int C>
+QOR_INLINE void add_six_products(VecF& s0, VecF& s1, VecF& s2, VecF& s3, VecF& s4, VecF& s5, const VecF* taps,
+                                 const float* data) {
+  VecF part, w;
+  asm volatile(
+      "movaps %c[tap](%[taps]), %[w]\n\t"
+      "movups %c[at]+0(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s0]\n\t"
+      "movups %c[at]+16(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s1]\n\t"
+      "movups %c[at]+32(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s2]\n\t"
+      "movups %c[at]+48(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s3]\n\t"
+      "movups %c[at]+64(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s4]\n\t"
+      "movups %c[at]+80(%[data]), %[part]\n\tmulps %[w], %[part]\n\taddps %[part], %[s5]\n\t"
+      : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [s3] "+x"(s3), [s4] "+x"(s4), [s5] "+x"(s5), [part] "=&x"(part),
+        [w] "=&x"(w)
+      : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [at] "i"(static_cast<int>(sizeof(float)) * C),
+        "m"(*reinterpret_cast<const float(*)[]>(data)), "m"(*reinterpret_cast<const VecF(*)[]>(taps)));
+}
+
 }  // namespace qor::simd

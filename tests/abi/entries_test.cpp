@@ -519,6 +519,38 @@ void add_one_element(const std::string& precision) {
   }
 }
 
+template <class D>
+void add_direct_drivers(const std::string& name) {
+  static constexpr int two[] = {5, 4}, full[] = {9, 7}, dense[] = {1, 5}, apart[] = {2, 10}, none[] = {0, 0},
+                       one[] = {1, 1};
+  static const auto ramp = [] {
+    std::vector<D> values;
+    for (int i = 0; i < elements; ++i) values.push_back(D(i % 17) / 8);
+    return values;
+  }();
+  for (const bool dec : {true, false}) {
+    add(name + (dec ? "Direct1D_dec" : "Direct1D_nodec"), [dec](Caller& call) {
+      Array<D> x(ramp), y(ramp), z;
+      if (dec) call.result(x.get(), 2, y.get(), 1, z.get(), -2, 9, 40, 0, 20, 2);
+      if (!dec) call.result(x.get(), 2, y.get(), 1, z.get(), -2, 9, 40, 0, 39);
+      call.note(z.bytes());
+    });
+    add(name + (dec ? "DirectAll_dec" : "DirectAll_nodec"), [dec](Caller& call) {
+      Array<D> x(ramp), y(ramp), z;
+      if (dec) call.result(2, x.get(), two, dense, y.get(), two, apart, z.get(), two, dense, none, one);
+      if (!dec) call.result(2, x.get(), two, dense, y.get(), two, apart, z.get(), full, dense, none);
+      call.note(z.bytes());
+    });
+  }
+}
+void add_convolution() {
+  for (const std::string kind : {"_wxrConv", "_wxrCorr"}) {
+    add_direct_drivers<double>(kind + "DD");
+    add_direct_drivers<float>(kind + "SD");
+    add_direct_drivers<float>(kind + "SS");
+  }
+}
+
 void add_registry() {
   add("__wxrRegisterBrng", [](Caller& call) {
     const int before = __wxrGetNumRegBrngs();
@@ -909,6 +941,7 @@ class Entries : public testing::Test {
     add_pack_and_round<float>("_tfns");
     add_one_element<double>("_tfnd");
     add_one_element<float>("_tfns");
+    add_convolution();
     add_registry();
     add_streams();
     add_engines();

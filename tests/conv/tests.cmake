@@ -1,0 +1,2 @@
+# Tests of this folder; paths are relative to tests/.
+qor_test(conv_direct_test SOURCES conv/direct_test.cpp)
