@@ -156,7 +156,7 @@ template <class Method, class T>
 int generate(Stream* stream, int n, T* r, T p, T q, T a, T scale) {
   const auto method = [p, q] {
     const numeric::MxcsrGuard nearest;
-    return Method(p, q);
+    return Method(numeric::pinned(double(p)), numeric::pinned(double(q)));
   }();
   Block b;
   int status = status::ok;
