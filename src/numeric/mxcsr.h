@@ -101,4 +101,12 @@ class ArithmeticGuard {
   unsigned caller_;
 };
 
+// x, for computations that must come after the guard before it: the compiler knows nothing of the register, and moves
+// arithmetic on values it has at hand.
+template <class T>
+QOR_INLINE T pinned(T x) {
+  asm volatile("" : "+x"(x));
+  return x;
+}
+
 }  // namespace qor::numeric

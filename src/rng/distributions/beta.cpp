@@ -131,18 +131,23 @@ struct Cheng {
       for (int i = 0; i < open; ++i) {
         const int k = at[i];
         z[i] = c.u1[k] * c.u1[k] * c.u2[k];
+        ratio[i] = sum / (b + c.w[k]);
+        c.u2[k] = 0;
         // Where w overflows, sum/(b + w) has been close to (sum/a) exp(-v) for long.
-        ratio[i] = sum / (c.w[k] <= std::numeric_limits<double>::max() ? b + c.w[k] : a);
+        if (!(c.w[k] <= std::numeric_limits<double>::max())) [[unlikely]] {
+          ratio[i] = sum / a;
+          c.u2[k] = c.v[k];
+        }
       }
     }
     ln(open, z, z);
     ln(open, ratio, ratio);
     const numeric::MxcsrGuard nearest;
+    const double slope_of_test = both ? gamma : sum;
     for (int i = 0; i < open; ++i) {
       const int k = at[i];
-      const double v = c.v[k], less = c.w[k] <= std::numeric_limits<double>::max() ? 0 : v;
-      const double r = both ? gamma * v : sum * v;
-      c.y[k] = r + sum * (ratio[i] - less) - 1.3862943611198906 >= z[i] ? 1.0 : -1.0;
+      const double r = slope_of_test * c.v[k];
+      c.y[k] = r + sum * (ratio[i] - c.u2[k]) - 1.3862943611198906 >= z[i] ? 1.0 : -1.0;
     }
   }
 };
@@ -151,7 +156,7 @@ template <class Method, class T>
 int generate(Stream* stream, int n, T* r, T p, T q, T a, T scale) {
   const auto method = [p, q] {
     const numeric::MxcsrGuard nearest;
-    return Method(p, q);
+    return Method(numeric::pinned(double(p)), numeric::pinned(double(q)));
   }();
   Block b;
   int status = status::ok;

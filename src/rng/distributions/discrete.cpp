@@ -88,7 +88,7 @@ int geometric(int method, Stream* stream, int n, std::int32_t* r, double p) {
   double scale;
   {
     const numeric::MxcsrGuard nearest;
-    scalar_ln_1p(-p, scale);
+    scalar_ln_1p(-numeric::pinned(p), scale);
     scale = 1 / scale;
   }
   return by_blocks(stream, n, r, p < 0x1p-10, [scale](int m, double* u, std::int32_t* out) {
@@ -105,7 +105,7 @@ int binomial(int method, Stream* stream, int n, std::int32_t* r, int ntrial, dou
   if (p == 1) return fill(n, r, ntrial);
   const auto counts = [trials = static_cast<double>(ntrial), p] {
     const numeric::MxcsrGuard nearest;
-    const double q = 1 - p, mode = std::min(floor_of((trials + 1) * p), trials);
+    const double q = 1 - numeric::pinned(p), mode = std::min(floor_of((trials + 1) * p), trials);
     return Counts{mode, 0, trials, trials * p * q, 2, {{0, 1, trials * p}, {trials, -1, trials * q}}};
   };
   return draw(stream, n, r, counts());
@@ -160,7 +160,7 @@ int negbinomial(int method, Stream* stream, int n, std::int32_t* r, double a, do
   bool fits = false;
   {
     const numeric::MxcsrGuard nearest;
-    const double q = 1 - p;
+    const double q = 1 - numeric::pinned(p);
     scale = q / p;
     if (a * scale <= table_variance * p) {
       fits = table.fill(a > 1 ? floor_of((a - 1) * scale) : 0, 0, most, [a, q](double k) {

@@ -26,6 +26,7 @@ class Marsaglia {
  public:
   explicit Marsaglia(T alpha) {
     const numeric::MxcsrGuard nearest;
+    alpha = numeric::pinned(alpha);
     double root;
     scalar_root(9.0 * static_cast<double>(alpha) - 3.0, root);
     d_ = alpha - T(1.0 / 3);
@@ -158,6 +159,7 @@ int vaduva(Stream* stream, int n, T* r, T alpha) {
   Kernels<T>::high_ln(1, &c, &c);
   {
     const numeric::MxcsrGuard nearest;
+    alpha = numeric::pinned(alpha);
     power = 1 / alpha;
     c = c * alpha / (1 - alpha);
     Kernels<T>::high_exp(1, &c, &c);
@@ -193,6 +195,7 @@ int epd_transform(Stream* stream, int n, T* r, T alpha) {
   T q, power;
   {
     const numeric::MxcsrGuard nearest;
+    alpha = numeric::pinned(alpha);
     q = 1 - alpha, power = 1 / alpha;
   }
   return by_rejection(stream, n, r, [alpha, q, power](int m, T* u, T* out) {

@@ -66,7 +66,7 @@ int weibull(Stream* stream, int n, T* r, T alpha, T a, T beta) {
   T power;
   {
     const numeric::MxcsrGuard nearest;
-    power = 1 / alpha;
+    power = 1 / numeric::pinned(alpha);
   }
   Kernels<T>::powx(n, r, power, r);
   affine_above(n, r, beta, a);
