@@ -229,6 +229,11 @@ class Draw {
       const int most = (count - 1 - (c.start.back() - low)) / c.step.back() + 1;
       c.nz.push_back((*this)(0, 1) == 0 ? most : (*this)(1, most));
     }
+    if ((*this)(0, 2) == 0 && c.ny[0] >= c.nx[0]) {  // the outputs that x lies within y for, up to the last
+      c.start[0] = M::correlates ? 0 : c.nx[0] - 1;
+      c.step[0] = 1;
+      c.nz[0] = c.ny[0] - c.nx[0] + 1;
+    }
     c.sx = stride(c.nx, true);
     c.sy = stride(c.ny, true);
     c.sz = stride(c.nz, false);
