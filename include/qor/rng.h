@@ -343,16 +343,20 @@ int _vsRngGaussianBoxMuller2(qor_stream* stream, int n, float* r, float a, float
    order, so that splits give the same sequence (Lognormal: but for the last bits of Gaussian halves that were kept;
    Gamma: as told there). Errors are those of the kernels: a few units in the last place of the standard variate.
 
-   Exponential  density exp(-(x - a)/beta)/beta, x >= a: a - beta ln u, one number a variate. Never below a.
-   Laplace      exp(-|x - a|/beta)/(2 beta): two numbers, u and s: a + beta ln u when s > 1/2, otherwise a - beta ln u.
-   In blocks of 1024 variates. Weibull      alpha/beta y^(alpha - 1) exp(-y^alpha), y = (x - a)/beta >= 0: a + beta (-ln
-   u)^(1/alpha). Never below a. Cauchy       1/(pi beta (1 + y^2)), y = (x - a)/beta: a + beta tan v, v uniform on
-   [-pi/2, pi/2). Runs under the caller's mode. Rayleigh     2 y/beta exp(-y^2), y = (x - a)/beta >= 0: a + beta
-   sqrt(-ln u); there is no 2 under the root. Never below a. Lognormal    exp(-(ln y - a)^2/(2 sigma^2))/(sigma sqrt(2
-   pi) (x - b)), y = (x - b)/beta > 0: b + beta exp(g), g Gaussian of mean a and deviation sigma by its method 1, with
-   which it shares pending halves. Never below b. The exponential function runs under the caller's mode, so that an
-   overflow is the caller's to see. -4: no memory for the pending half. Gumbel       exp(y - exp(y))/beta, y = (x -
-   a)/beta: a + beta ln(-ln u). */
+     Exponential  density exp(-y)/beta, y = (x - a)/beta >= 0: a - beta ln u. Never below a.
+     Laplace      exp(-|y|)/(2 beta), y = (x - a)/beta: two numbers, u and s: a + beta ln u when s > 1/2, otherwise
+                  a - beta ln u. In blocks of 1024 variates.
+     Weibull      alpha/beta y^(alpha - 1) exp(-y^alpha), y = (x - a)/beta >= 0: a + beta (-ln u)^(1/alpha). Never
+                  below a.
+     Cauchy       1/(pi beta (1 + y^2)), y = (x - a)/beta: a + beta tan v, v uniform on [-pi/2, pi/2). Runs under the
+                  caller's mode.
+     Rayleigh     2 y/beta exp(-y^2), y = (x - a)/beta >= 0: a + beta sqrt(-ln u); there is no 2 under the root. Never
+                  below a.
+     Lognormal    exp(-(ln y - a)^2/(2 sigma^2))/(sigma sqrt(2 pi) (x - b)), y = (x - b)/beta > 0: b + beta exp(g), g
+                  Gaussian of mean a and deviation sigma by its method 1, with which it shares pending halves. Never
+                  below b. The exponential function runs under the caller's mode, so that an overflow is the caller's
+                  to see. -4: no memory for the pending half.
+     Gumbel       exp(y - exp(y))/beta, y = (x - a)/beta: a + beta ln(-ln u). */
 int _wxrdRngExponential(int method, qor_stream* stream, int n, double* r, double a, double beta);
 int _wxrsRngExponential(int method, qor_stream* stream, int n, float* r, float a, float beta);
 int _wxrdRngLaplace(int method, qor_stream* stream, int n, double* r, double a, double beta);
@@ -370,12 +374,14 @@ int _wxrsRngGumbel(int method, qor_stream* stream, int n, float* r, float a, flo
 
 /* Gamma of shape alpha: density y^(alpha - 1) exp(-y)/(beta Gamma(alpha)), y = (x - a)/beta >= 0; never below a. alpha
    and beta should be positive; the rest as for the continuous distributions above. Rejection, in blocks of 512
-   candidates: alpha > 1           G. Marsaglia and W. W. Tsang, ACM TOMS 26 (2000). A candidate that wasn't needed
-   stays on the stream (chunk 7 in double, 8 in single precision): n variates and n more are the 2n of one request, and
-   leave the stream at the same place. When the engine fails the candidate of before stays. -4: no memory for the chunk.
-     alpha = 1           the exponential generator
-     0.6 <= alpha < 1    I. Vaduva (1977), from the Weibull distribution
-     alpha < 0.6         the power of a variate of density exp(-y^(1/alpha)), after J. H. Ahrens and U. Dieter (1974)
+   candidates:
+     alpha > 1          G. Marsaglia and W. W. Tsang, ACM TOMS 26 (2000). A candidate that wasn't needed stays on the
+                        stream (chunk 7 in double, 8 in single precision): n variates and n more are the 2n of one
+                        request, and leave the stream at the same place. When the engine fails the candidate of before
+                        stays. -4: no memory for the chunk.
+     alpha = 1          the exponential generator
+     0.6 <= alpha < 1   I. Vaduva (1977), from the Weibull distribution
+     alpha < 0.6        the power of a variate of density exp(-y^(1/alpha)), after J. H. Ahrens and U. Dieter (1974)
    In the last two the splits of a request change the sequence, not the distribution. */
 int _wxrdRngGamma(int method, qor_stream* stream, int n, double* r, double alpha, double a, double beta);
 int _wxrsRngGamma(int method, qor_stream* stream, int n, float* r, float alpha, float a, float beta);
@@ -418,20 +424,24 @@ int _wxrsRngGaussianMV(int method, qor_stream* stream, int n, float* r, int d, i
    Beyond: rejection under a staircase of 256 steps (J. H. Ahrens, 1993), exact to the error of the probabilities,
    some 10^-12 (10^-7 at most). Splits change the sequence, not the distribution.
 
-   Bernoulli        1 with probability p, else 0: u < p. 0 <= p <= 1. One number a variate, two when p or 1 - p is
-                    below 2^-12.
-   Geometric        p (1 - p)^k, k >= 0: failures before the first success. 0 < p <= 1. By table for p >= 1/32, below
-   that ln u / ln(1 - p), rounded down, from one number, or two when p < 2^-10; at most 2^31 - 1. Splits give the same
-   sequence. Binomial         C(ntrial, k) p^k (1 - p)^(ntrial - k). 0 <= p <= 1, ntrial >= 0. By table while ntrial p
-   (1 - p) <= 3000. Hypergeometric   C(m, k) C(l - m, s - k) / C(l, s): marked elements among s drawn from l, of which m
-   are marked. 0 <= s, m <= l. By table while the variance s m (l - m) (l - s)/(l^2 (l - 1)) is at most 3000. Poisson
-   lambda^k exp(-lambda) / k!. 0 <= lambda <= 2^30. By table while lambda <= 3000. PoissonV         the same with a
-   parameter each, lambda[0] .. lambda[n - 1]. Below 10 by inversion, from there on by transformed rejection (W.
-   Hoermann, Insurance: Mathematics and Economics 12, 1993, PTRS). Splits change the sequence. Negbinomial      Gamma(a
-   + k)/(Gamma(a) k!) p^a (1 - p)^k. a > 0 and finite, 0 < p <= 1; at most 2^31 - 1. By table while it fits; otherwise
-   Poisson with Gamma variates of shape a and scale (1 - p)/p for its parameter, whose candidates stay on the stream as
-   Gamma's do: -4 without memory for them; splits change the sequence. With p = 0 or 1, lambda = 0 and the like there is
-   but one outcome, and nothing is drawn. */
+     Bernoulli        1 with probability p, else 0: u < p. 0 <= p <= 1. One number a variate, two when p or 1 - p is
+                      below 2^-12.
+     Geometric        p (1 - p)^k, k >= 0: failures before the first success. 0 < p <= 1. By table for p >= 1/32, below
+                      that ln u / ln(1 - p), rounded down, from one number, or two when p < 2^-10; at most 2^31 - 1.
+                      Splits give the same sequence.
+     Binomial         C(ntrial, k) p^k (1 - p)^(ntrial - k). 0 <= p <= 1, ntrial >= 0. By table while
+                      ntrial p (1 - p) <= 3000.
+     Hypergeometric   C(m, k) C(l - m, s - k)/C(l, s): marked elements among s drawn from l, of which m are marked.
+                      0 <= s, m <= l. By table while the variance s m (l - m) (l - s)/(l^2 (l - 1)) is at most 3000.
+     Poisson          lambda^k exp(-lambda)/k!. 0 <= lambda <= 2^30. By table while lambda <= 3000.
+     PoissonV         the same with a parameter each, lambda[0] .. lambda[n - 1]. Below 10 by inversion, from there on
+                      by transformed rejection (W. Hoermann, Insurance: Mathematics and Economics 12, 1993, PTRS).
+                      Splits change the sequence.
+     Negbinomial      Gamma(a + k)/(Gamma(a) k!) p^a (1 - p)^k. a > 0 and finite, 0 < p <= 1; at most 2^31 - 1. By table
+                      while it fits; otherwise Poisson with Gamma variates of shape a and scale (1 - p)/p for its
+                      parameter, whose candidates stay on the stream as Gamma's do: -4 without memory for them; splits
+                      change the sequence.
+   With p = 0 or 1, lambda = 0 and the like there is but one outcome, and nothing is drawn. */
 int _wxriRngBernoulli(int method, qor_stream* stream, int n, int* r, double p);
 int _wxriRngGeometric(int method, qor_stream* stream, int n, int* r, double p);
 int _wxriRngBinomial(int method, qor_stream* stream, int n, int* r, int ntrial, double p);
