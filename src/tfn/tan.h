@@ -81,21 +81,45 @@ struct Tan {
     finish(begin(x), y, usual);
   }
 
-  QOR_INLINE static simd::VecD single_half(simd::VecD x) {
+  QOR_INLINE static simd::VecD single_at(simd::VecU64 k, simd::VecD r) {
     using namespace simd;
-    const VecD shifted = x * trig_step.per_unit + shift;
-    const VecD k = shifted - shift;
-    const VecD r = (x - k * trig_step.head) - k * trig_step.tail, r2 = r * r;
-    const LowHalves<VecU64> row(bits(shifted));
+    const LowHalves<VecU64> row(k);
     const auto [s, c] =
         gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % (trig_rows / 2) * sizeof(TrigRow); }).column;
-    const VecD t = r + r * r2 * horner(r2, 2.0 / 15, 1.0 / 3);
+    const VecD r2 = r * r, t = r + r * r2 * horner(r2, 2.0 / 15, 1.0 / 3);
     return (s + c * t) / (c - s * t);
+  }
+  QOR_INLINE static simd::VecD single_half(simd::VecD x) {
+    const simd::VecD shifted = x * trig_step.per_unit + shift;
+    const simd::VecD k = shifted - shift;
+    return single_at(simd::bits(shifted), (x - k * trig_step.head) - k * trig_step.tail);
   }
   QOR_INLINE static void single_high(simd::VecF x, simd::VecF* y, simd::VecU32& usual) {
     using namespace simd;
     y[0] = narrow(single_half(widen_low(x)), single_half(widen_high(x)));
     usual = lt(abs(x), splat<VecF>(0x1p20f));
+    replace_others(x, y, usual);
+  }
+  // As for the sine in trig.h; poles are as far off as zeros.
+  struct Replaced {
+    simd::VecF y;
+    simd::VecU32 usual;
+  };
+  [[gnu::noinline]] static Replaced replace(simd::VecF x, simd::VecF y, simd::VecU32 good) {
+    using namespace simd;
+    const HighWords<VecF> words(x);
+    const SingleReduced low = reduce_single(widen_low(x), words);
+    const SingleReduced high = reduce_single(widen_high(x), [&](int lane) { return words(lane + 2); });
+    const VecF better = narrow(single_at(low.k, low.r), single_at(high.k, high.r)), size = abs(better);
+    const VecF least = min(abs(x), splat<VecF>(1)) * 0x1p-20f;
+    return {select(good, y, better), good | (le(least, size) & le(size, splat<VecF>(0x1p20f)))};
+  }
+  QOR_INLINE static void replace_others(simd::VecF x, simd::VecF* y, simd::VecU32& usual) {
+    if (simd::lanes_set(usual) == simd::all_lanes<simd::VecF>) [[likely]]
+      return;
+    const Replaced all = replace(x, y[0], usual);
+    y[0] = all.y;
+    usual = all.usual;
   }
 
   // tan r = r + r^3 p(r^2) on [-pi/4, pi/4], leading coefficient first, relative error 2.3e-8, by
@@ -117,15 +141,7 @@ struct Tan {
     y[0] = select(odd, -1.0f / t, t);
     const VecF least = x * 0x1p-14f;
     usual = lt(least * least, r2);
-    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]]
-      replace_by_high(x, y, usual);
-  }
-  QOR_COLD static void replace_by_high(simd::VecF x, simd::VecF* y, simd::VecU32& usual) {
-    simd::VecF better;
-    simd::VecU32 better_usual;
-    single_high(x, &better, better_usual);
-    y[0] = simd::select(usual, y[0], better);
-    usual |= better_usual;
+    replace_others(x, y, usual);
   }
   QOR_INLINE static void fast(simd::VecF x, const float*, simd::VecF* y, simd::VecU32& usual) {
     if constexpr (A == Accuracy::low) {
@@ -135,32 +151,17 @@ struct Tan {
     }
   }
 
-  // Vectors with unusual lanes, once more with a reduction for large arguments. Only results below 2^-35 or above 2^35,
-  // infinities and NaNs remain.
-  QOR_INLINE static simd::VecD large(simd::VecD x, simd::VecU64& good) {
+  // Vectors of doubles with unusual lanes, once more with a reduction for large arguments. Only results below 2^-35 or
+  // above 2^35, infinities and NaNs remain.
+  QOR_COLD static void retry(const simd::VecD& x, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     const VecD ax = abs(x);
     const auto reduced = reduce_large<trig_exact_rows>(x);
     VecD smaller;
-    const VecD y = combine(reduced.k, reduced.whole, reduced.tail, smaller);
-    good = le(splat<VecD>(1), ax) & le(ax, splat<VecD>(std::numeric_limits<double>::max())) &
-           le(splat<VecD>(0x1p-35), smaller);
-    return y;
-  }
-  QOR_COLD static void retry(const simd::VecD& x, simd::VecD* y, simd::VecU64& usual) {
-    using namespace simd;
-    VecU64 good;
-    const VecD better = large(x, good);
+    const VecD better = combine(reduced.k, reduced.whole, reduced.tail, smaller);
     y[0] = select(usual, y[0], better);
-    usual |= good;
-  }
-  QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y, simd::VecU32& usual) {
-    using namespace simd;
-    using Double = Tan<Accuracy::low>;
-    VecU64 good_low, good_high;
-    const VecD low = Double::large(widen_low(x), good_low), high = Double::large(widen_high(x), good_high);
-    y[0] = select(usual, y[0], narrow(low, high));
-    usual |= bits(evens(as<VecF>(good_low), as<VecF>(good_high)));
+    usual |= le(splat<VecD>(1), ax) & le(ax, splat<VecD>(std::numeric_limits<double>::max())) &
+             le(splat<VecD>(0x1p-35), smaller);
   }
 
   static int element(double x, double* y) {

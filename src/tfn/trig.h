@@ -121,20 +121,23 @@ struct Trig {
     return usual;
   }
 
-  // Singles in double precision: |x| < 2^20 leaves r right to 2^-59, next to zeros of the function to some 2^-31 of
-  // itself. Row 0 has the sine -0, and so a zero keeps its sign: -0 + x.
-  QOR_INLINE static void single_half(simd::VecD x, simd::VecD* y) {
+  // Singles in double precision, two of them from r at row k. Row 0 has the sine -0, and so a zero keeps its sign:
+  // -0 + x.
+  QOR_INLINE static void single_at(simd::VecU64 k, simd::VecD r, simd::VecD* y) {
     using namespace simd;
-    const VecD shifted = x * trig_step.per_unit + shift;
-    const VecD k = shifted - shift;
-    const VecD r = (x - k * trig_step.head) - k * trig_step.tail;
-    const LowHalves<VecU64> row(bits(shifted));
+    const LowHalves<VecU64> row(k);
     const auto [s, c] =
         gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
     const VecD r2 = r * r;
     const VecD sin_r = r * (r2 * trig_fit_low.sin_3_alone + 1.0), cos_r = r2 * trig_fit_low.cos_2_alone + 1.0;
     if constexpr (has_sine) y[sine_at] = s * cos_r + c * sin_r;
     if constexpr (has_cosine) y[cosine_at] = c * cos_r - s * sin_r;
+  }
+  // |x| < 2^20 leaves r right to 2^-59, next to zeros of the function to some 2^-31 of itself.
+  QOR_INLINE static void single_half(simd::VecD x, simd::VecD* y) {
+    const simd::VecD shifted = x * trig_step.per_unit + shift;
+    const simd::VecD k = shifted - shift;
+    single_at(simd::bits(shifted), (x - k * trig_step.head) - k * trig_step.tail, y);
   }
   QOR_INLINE static void single_high(simd::VecF x, simd::VecF* y, simd::VecU32& usual) {
     using namespace simd;
@@ -143,6 +146,44 @@ struct Trig {
     single_half(widen_high(x), high);
     for (int i = 0; i < results; ++i) y[i] = narrow(low[i], high[i]);
     usual = lt(abs(x), splat<VecF>(0x1p20f));
+    const VecU32 good[] = {usual, usual};
+    replace_others(x, y, good, usual);
+  }
+
+  // The outputs that are not good, in double precision with a reduction for any argument. Only infinities, NaNs and
+  // results below 2^-20, where the error of r would show, remain.
+  struct Replaced {
+    simd::VecF y[results];
+    simd::VecU32 usual;
+  };
+  [[gnu::noinline]] static Replaced replace(simd::VecF x, simd::VecF first, simd::VecF last, simd::VecU32 good_first,
+                                            simd::VecU32 good_last) {
+    using namespace simd;
+    const HighWords<VecF> words(x);
+    const SingleReduced r_low = reduce_single(widen_low(x), words);
+    const SingleReduced r_high = reduce_single(widen_high(x), [&](int lane) { return words(lane + 2); });
+    VecD low[results], high[results];
+    single_at(r_low.k, r_low.r, low);
+    single_at(r_high.k, r_high.r, high);
+    const VecF least = min(abs(x), splat<VecF>(1)) * 0x1p-20f;
+    const auto one = [&](int i, VecF had, VecU32 good, VecU32& usual) {
+      const VecF y = narrow(low[i], high[i]);
+      usual &= good | le(least, abs(y));
+      return select(good, had, y);
+    };
+    Replaced all;
+    all.usual = ~VecU32{};
+    all.y[0] = one(0, first, good_first, all.usual);
+    if constexpr (results == 2) all.y[1] = one(1, last, good_last, all.usual);
+    return all;
+  }
+  // Vectors go and come by value, so that those of the loop stay in registers.
+  QOR_INLINE static void replace_others(simd::VecF x, simd::VecF* y, const simd::VecU32* good, simd::VecU32& usual) {
+    if (simd::lanes_set(usual) == simd::all_lanes<simd::VecF>) [[likely]]
+      return;
+    const Replaced all = replace(x, y[0], y[results - 1], good[0], good[results - 1]);
+    for (int i = 0; i < results; ++i) y[i] = all.y[i];
+    usual = all.usual;
   }
 
   // Singles in single precision. With k whole for the sine, half-way between for the cosine, r = |x| - k pi in three
@@ -177,17 +218,7 @@ struct Trig {
       good[cosine_at] = lt(least2, r2);
     }
     usual = good[0] & good[results - 1];
-    if (lanes_set(usual) != all_lanes<VecF>) [[unlikely]]
-      replace_by_high(x, y, good, usual);
-  }
-  // The outputs that are not good, by the high accuracy.
-  QOR_COLD static void replace_by_high(const simd::VecF& x, simd::VecF* y, const simd::VecU32* good,
-                                       simd::VecU32& usual) {
-    simd::VecF better[results];
-    simd::VecU32 better_usual;
-    single_high(x, better, better_usual);
-    for (int i = 0; i < results; ++i) y[i] = simd::select(good[i], y[i], better[i]);
-    usual |= better_usual;
+    replace_others(x, y, good, usual);
   }
 
   // sin r = r + r^3 p(r^2) on [0, pi/2], leading coefficient first: minimax for the relative error, by
@@ -196,44 +227,24 @@ struct Trig {
   static constexpr float cos_low_fit[] = {0x1.5dbdfp-19f, -0x1.9f6ffep-13f, 0x1.110ed4p-7f, -0x1.55554cp-3f};
   static constexpr float sin_low_fit[] = {0x1.5dde6ap-19f, -0x1.9f7008p-13f, 0x1.110ebep-7f, -0x1.55554ap-3f};
 
-  // Vectors with unusual lanes, once more with a reduction for large arguments. Only results below 2^-35 of their
-  // zeros, infinities and NaNs remain.
+  // Vectors of doubles with unusual lanes, once more with a reduction for large arguments. Only results below 2^-35 of
+  // their zeros, infinities and NaNs remain.
   template <Accuracy A>
-  QOR_INLINE static void combine_large(simd::VecD x, simd::VecD* y, simd::VecU64* good) {
+  static void retry(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
     using namespace simd;
     const VecD ax = abs(x);
     const auto reduced =
         reduce_large < A == Accuracy::low ? trig_rows : trig_exact_rows > (A == Accuracy::low ? ax : x);
-    combine<A>(reduced.k, reduced.whole, reduced.tail, simd::sign(x), y);
-    const VecU64 range = le(splat<VecD>(1), ax) & le(ax, splat<VecD>(std::numeric_limits<double>::max()));
-    for (int i = 0; i < results; ++i) good[i] = range & le(splat<VecD>(0x1p-35), abs(y[i]));
-  }
-  template <Accuracy A>
-  static void retry(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
-    using namespace simd;
     VecD large[results];
-    VecU64 good[results];
-    combine_large<A>(x, large, good);
+    combine<A>(reduced.k, reduced.whole, reduced.tail, simd::sign(x), large);
+    const VecU64 range = le(splat<VecD>(1), ax) & le(ax, splat<VecD>(std::numeric_limits<double>::max()));
     usual = ~VecU64{};
     for (int i = 0; i < results; ++i) {
-      const VecU64 had = le(abs(x) * 0x1p-20, min(abs(y[i]), splat<VecD>(1)));
+      const VecU64 had = le(ax * 0x1p-20, min(abs(y[i]), splat<VecD>(1)));
+      const VecU64 good = range & le(splat<VecD>(0x1p-35), abs(large[i]));
       y[i] = select(had, y[i], large[i]);
-      usual &= had | good[i];
+      usual &= had | good;
     }
-  }
-  static void retry(simd::VecF x, simd::VecF* y, simd::VecU32& usual) {
-    using namespace simd;
-    VecD low[results], high[results];
-    VecU64 good_low[results], good_high[results];
-    combine_large<Accuracy::low>(widen_low(x), low, good_low);
-    combine_large<Accuracy::low>(widen_high(x), high, good_high);
-    const VecU32 had = usual;
-    VecU32 good = ~VecU32{};
-    for (int i = 0; i < results; ++i) {
-      y[i] = select(had, y[i], narrow(low[i], high[i]));
-      good &= bits(evens(as<VecF>(good_low[i]), as<VecF>(good_high[i])));
-    }
-    usual = had | good;
   }
 
   // Any argument, in double precision.
@@ -290,7 +301,6 @@ struct TrigKernel {
   QOR_COLD static void retry(const simd::VecD& x, simd::VecD* y, simd::VecU64& usual) {
     Core::template retry<A>(x, y, usual);
   }
-  QOR_COLD static void retry(const simd::VecF& x, simd::VecF* y, simd::VecU32& usual) { Core::retry(x, y, usual); }
   static int element(double x, double* y) { return Core::template wide_element<A>(x, y); }
   static int element(float x, float* y) { return Core::single_element(x, y); }
 };
@@ -312,7 +322,9 @@ struct SinCos : TrigKernel<Wanted::both, A> {
     V v;
     simd::Bits<V> usual;
     Kernel::fast(simd::splat<V>(x), nullptr, &v, usual);
-    if (simd::lanes_set(usual) == 0) Kernel::retry(simd::splat<V>(x), &v, usual);
+    if constexpr (sizeof(T) == 8) {
+      if (simd::lanes_set(usual) == 0) Kernel::retry(simd::splat<V>(x), &v, usual);
+    }
     if (simd::lanes_set(usual) == 0) return Kernel::element(x, y);
     *y = v[0];
     return TFN_STATUS_OK;

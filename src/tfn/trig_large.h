@@ -18,20 +18,21 @@ namespace qor::tfn {
 struct alignas(16) TurnRow {
   double part[5], zero;
 };
+// `count` bits of 1/(2 pi) after the first `from`, as a whole number; zeros in front of the first.
+constexpr double bits_of_inverse(int from, int count) {
+  double value = 0;
+  for (int i = from; i < from + count; ++i) {
+    value = 2 * value + (i < 0 ? 0 : inverse_two_pi[i / 32] >> (31 - i % 32) & 1);
+  }
+  return value;
+}
 inline constexpr auto turn_table = [] {
   std::array<TurnRow, 128> rows{};
-  const auto bits_at = [](int from, int count) {
-    double value = 0;
-    for (int i = from; i < from + count; ++i) {
-      value = 2 * value + (i < 0 ? 0 : inverse_two_pi[i / 32] >> (31 - i % 32) & 1);
-    }
-    return value;
-  };
   for (int i = 0; i < 128; ++i) {
     const int first = 8 * i - 52;
     double weight = 0x1p-26;
-    for (int k = 0; k < 4; ++k, weight *= 0x1p-26) rows[i].part[k] = bits_at(first + 26 * k, 26) * weight;
-    rows[i].part[4] = bits_at(first + 104, 53) * 0x1p-157;
+    for (int k = 0; k < 4; ++k, weight *= 0x1p-26) rows[i].part[k] = bits_of_inverse(first + 26 * k, 26) * weight;
+    rows[i].part[4] = bits_of_inverse(first + 104, 53) * 0x1p-157;
   }
   return rows;
 }();
@@ -75,6 +76,40 @@ QOR_INLINE LargeReduced reduce_large(simd::VecD x) {
   const VecD head = as<VecD>(bits(left.hi) & splat<VecU64>(upper_bits));
   const VecD whole = head * two_pi_head;
   return {bits(shifted), whole, -(head * two_pi_tail + ((left.hi - head) + rest) * two_pi)};
+}
+
+// Row e, for singles of exponent field e: 1/(2 pi) in units of the rows of trig_table, without the bits that give whole
+// turns, in a part of 29 bits and one of 53 or a little more.
+struct alignas(16) SingleTurnRow {
+  double head, rest;
+};
+inline constexpr auto single_turn_table = [] {
+  std::array<SingleTurnRow, 256> rows{};
+  for (int e = 0; e < 256; ++e) {
+    const int first = e > 150 ? e - 150 : 0;
+    const double weight = trig_rows * numeric::power_of_two(-first - 29);
+    rows[e] = {bits_of_inverse(first, 29) * weight,
+               (bits_of_inverse(first + 29, 53) * 0x1p-53 + bits_of_inverse(first + 82, 30) * 0x1p-83) * weight};
+  }
+  return rows;
+}();
+
+// x = k rows of trig_table + r for two singles, k in the low bits, with words(lane) their own: the error of r is below
+// 2^-54, and for small x below 2^-50 |x|. Of infinities and NaNs r is NaN.
+struct SingleReduced {
+  simd::VecU64 k;
+  simd::VecD r;
+};
+template <class Words>
+QOR_INLINE SingleReduced reduce_single(simd::VecD x, Words words) {
+  using namespace simd;
+  const auto row = [&](int lane) { return (words(lane) >> 23) % 256 * sizeof(SingleTurnRow); };
+  const auto [head, rest] = gather_rows<2>(&single_turn_table[0].head, row).column;
+  // The first product is exact, a multiple of 2^-21 below 2^32; the second is below 8.
+  const VecD most = x * head, little = x * rest;
+  constexpr double shift = 0x1.8p52;
+  const VecD shifted = (most + little) + shift;
+  return {bits(shifted), ((most - (shifted - shift)) + little) * (2 * pi.hi / trig_rows)};
 }
 
 // |x| = k/2^Bits of a turn + r for any finite x: k mod 2^Bits from the fraction of |x|/(2 pi), r in two parts.
