@@ -8,8 +8,8 @@
 //   0.51 ulp. (The tangents of the rows themselves, T + t/(C (C - S t)), would need the second term in two parts too.)
 // - double _50: numerator and denominator rounded: 1.5 ulp.
 // - single _HA: in double precision: 0.501 ulp.
-// - single _21: a polynomial on [-pi/4, pi/4], turned over for odd multiples of pi/2; elements that are not usual as
-// _HA.
+// - single _21: a polynomial on [-pi/4, pi/4], turned over for odd multiples of pi/2: 2 ulp.
+// - singles that are not usual: as in trig.h.
 #pragma once
 
 #include "tfn/trig.h"
@@ -107,9 +107,7 @@ struct Tan {
   };
   [[gnu::noinline]] static Replaced replace(simd::VecF x, simd::VecF y, simd::VecU32 good) {
     using namespace simd;
-    const HighWords<VecF> words(x);
-    const SingleReduced low = reduce_single(widen_low(x), words);
-    const SingleReduced high = reduce_single(widen_high(x), [&](int lane) { return words(lane + 2); });
+    const auto [low, high] = reduce_singles(x);
     const VecF better = narrow(single_at(low.k, low.r), single_at(high.k, high.r)), size = abs(better);
     const VecF least = min(abs(x), splat<VecF>(1)) * 0x1p-20f;
     return {select(good, y, better), good | (le(least, size) & le(size, splat<VecF>(0x1p20f)))};

@@ -9,7 +9,8 @@
 // - double _HA: table values, and r, in two parts; the leading sum exact (P. T. P. Tang, 1991; S. Gal, 1991): 0.54 ulp.
 // - double _50: the same without the second parts: 1.8 ulp.
 // - single _HA: in double precision: 0.504 ulp.
-// - single _21: multiples of pi and an odd polynomial: 2 ulp; elements that are not usual as _HA.
+// - single _21: multiples of pi and an odd polynomial: 2 ulp.
+// - singles that are not usual: in double precision too, with two parts of the bits of 1/(2 pi) that count.
 #pragma once
 
 #include <bit>
@@ -150,8 +151,8 @@ struct Trig {
     replace_others(x, y, good, usual);
   }
 
-  // The outputs that are not good, in double precision with a reduction for any argument. Only infinities, NaNs and
-  // results below 2^-20, where the error of r would show, remain.
+  // The outputs that are not good, in double precision with a reduction for any argument: 0.504 ulp. Only infinities,
+  // NaNs and results below 2^-20 of arguments above 1 remain: there the error of r would show.
   struct Replaced {
     simd::VecF y[results];
     simd::VecU32 usual;
@@ -159,12 +160,10 @@ struct Trig {
   [[gnu::noinline]] static Replaced replace(simd::VecF x, simd::VecF first, simd::VecF last, simd::VecU32 good_first,
                                             simd::VecU32 good_last) {
     using namespace simd;
-    const HighWords<VecF> words(x);
-    const SingleReduced r_low = reduce_single(widen_low(x), words);
-    const SingleReduced r_high = reduce_single(widen_high(x), [&](int lane) { return words(lane + 2); });
+    const SinglesReduced reduced = reduce_singles(x);
     VecD low[results], high[results];
-    single_at(r_low.k, r_low.r, low);
-    single_at(r_high.k, r_high.r, high);
+    single_at(reduced.low.k, reduced.low.r, low);
+    single_at(reduced.high.k, reduced.high.r, high);
     const VecF least = min(abs(x), splat<VecF>(1)) * 0x1p-20f;
     const auto one = [&](int i, VecF had, VecU32 good, VecU32& usual) {
       const VecF y = narrow(low[i], high[i]);

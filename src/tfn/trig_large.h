@@ -94,8 +94,8 @@ inline constexpr auto single_turn_table = [] {
   return rows;
 }();
 
-// x = k rows of trig_table + r for two singles, k in the low bits, with words(lane) their own: the error of r is below
-// 2^-54, and for small x below 2^-50 |x|. Of infinities and NaNs r is NaN.
+// x = k rows of trig_table + r for two singles, k in the low bits; words(lane) gives their bits. The error of r is
+// below 2^-54, and for small x below 2^-50 |x|. Of infinities and NaNs r is NaN.
 struct SingleReduced {
   simd::VecU64 k;
   simd::VecD r;
@@ -110,6 +110,15 @@ QOR_INLINE SingleReduced reduce_single(simd::VecD x, Words words) {
   constexpr double shift = 0x1.8p52;
   const VecD shifted = (most + little) + shift;
   return {bits(shifted), ((most - (shifted - shift)) + little) * (2 * pi.hi / trig_rows)};
+}
+// The lower and the upper half of a vector.
+struct SinglesReduced {
+  SingleReduced low, high;
+};
+QOR_INLINE SinglesReduced reduce_singles(simd::VecF x) {
+  using namespace simd;
+  const HighWords<VecF> words(x);
+  return {reduce_single(widen_low(x), words), reduce_single(widen_high(x), [&](int lane) { return words(lane + 2); })};
 }
 
 // |x| = k/2^Bits of a turn + r for any finite x: k mod 2^Bits from the fraction of |x|/(2 pi), r in two parts.
