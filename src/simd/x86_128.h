@@ -73,6 +73,11 @@ QOR_INLINE VecD odds(VecD a, VecD b) { return zip_high(a, b); }
 QOR_INLINE VecF evens(VecF a, VecF b) { return as<VecF>(_mm_shuffle_ps(as<__m128>(a), as<__m128>(b), 0x88)); }
 QOR_INLINE VecF odds(VecF a, VecF b) { return as<VecF>(_mm_shuffle_ps(as<__m128>(a), as<__m128>(b), 0xDD)); }
 
+// The high halves of the products of the 16-bit parts.
+QOR_INLINE VecU32 high_products(VecU32 a, VecU32 b) {
+  return as<VecU32>(_mm_mulhi_epu16(as<__m128i>(a), as<__m128i>(b)));
+}
+
 // The low 16 bits of each lane, through memory: a store and a short load are cheaper than shifting, masking,
 // extracting.
 template <class V>

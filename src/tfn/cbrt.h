@@ -1,15 +1,15 @@
-// Cube root and its reciprocal. |x| = 2^(3 q) 2^j m, m in [1, 2), j = 0, 1, 2; c of 12 bits is about the reciprocal of
-// the middle of m's interval of width 1/128, and u = m c - 1, |u| below 2^-8 and a little:
+// Cube root and its reciprocal. |x| = 2^(3 q) 2^j m, m in [1, 2), j = 0, 1, 2; m0 is the middle of m's interval of
+// width 1/128, c = 1/m0, and u = (m - m0) c, |u| below 2^-8:
 //   cbrt x = 2^q T (1 + u)^(1/3),  1/cbrt x = 2^-q T' (1 + u)^(-1/3)
-// with T = cbrt(2^j/c), T' = 1/T from a table of 384 rows. No division, no iteration.
-// - _HA, and all members of the cube root: u is exact, T has two parts: T + (T_lo + T p(u)) with p below 2^-9 is off by
-// 0.5 and some thousandths of an
-//   ulp. So cube roots of cubes are exact.
-// - _50 and _21 of the reciprocal: u is rounded and T has one part: 1.6 ulp. (The cube root itself is a quarter faster
+// with T = cbrt(2^j m0), T' = 1/T from a table of 384 rows. No division, no iteration.
+// - _HA, and all members of the cube root: T has two parts: T + (T_lo + T p(u)), p below 2^-9, is off by 0.5 and some
+//   thousandths of an ulp. So cube roots of cubes are exact.
+// - _50 and _21 of the reciprocal: T has one part: 1.6 ulp. (The cube root itself is a quarter faster
 //   this way; but 3 should be the root of 27.)
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <limits>
 
@@ -31,7 +31,13 @@ constexpr numeric::Pair<double> cube_root(numeric::Pair<double> a) {
   return root - (root - a / (root * root)) / P{3, 0};
 }
 
-// Row 128 j + i: T or T' in two parts of type T, and c, for m in 1 + [i, i + 1]/128.
+// The exponent field counts from -bias: it is 3 q + j, and the table's factors of 2 undo the bias.
+template <class T>
+inline constexpr int cube_root_bias = std::numeric_limits<T>::max_exponent - 1;
+constexpr double power_of_two(int e) { return std::bit_cast<double>(static_cast<std::uint64_t>(1023 + e) << 52); }
+
+// Row 128 j + i: T or T' times the cube root of 2^-bias, or its reciprocal, in two parts of type T, and c, for m in 1 +
+// [i, i + 1]/128.
 template <class T>
 struct alignas(4 * sizeof(T)) CubeRootRow {
   T root, root_lo, c, zero;
@@ -43,12 +49,14 @@ inline constexpr auto cube_root_table = [] {
   using P = numeric::Pair<double>;
   for (int j = 0; j < 3; ++j) {
     for (int i = 0; i < 128; ++i) {
-      const double c = static_cast<double>(static_cast<int>(0x1p12 * 256 / (257 + 2 * i) + 0.5)) * 0x1p-12;
-      const P radicand = P{double(1 << j), 0} / P{c, 0};
-      const P root = R == CubeRoot::plain ? cube_root(radicand) : P{1, 0} / cube_root(radicand);
-      const T hi = static_cast<T>(root.hi);
-      rows[static_cast<std::size_t>(128 * j + i)] = {hi, static_cast<T>((root.hi - hi) + root.lo), static_cast<T>(c),
-                                                     0};
+      const P middle{(257 + 2 * i) / 256.0, 0};
+      const P root = cube_root(P{power_of_two(j - cube_root_bias<T> % 3), 0} * middle);
+      const P value = R == CubeRoot::plain ? root : P{1, 0} / root;
+      const double scale = power_of_two(cube_root_bias<T> / 3 * (R == CubeRoot::plain ? -1 : 1));
+      const double c = 1 / middle.hi;
+      const T hi = static_cast<T>(value.hi);
+      rows[static_cast<std::size_t>(128 * j + i)] = {
+          static_cast<T>(hi * scale), static_cast<T>(((value.hi - hi) + value.lo) * scale), static_cast<T>(c), 0};
     }
   }
   return rows;
@@ -68,7 +76,7 @@ struct CubeRootSeries {
 };
 template <CubeRoot R>
 inline constexpr CubeRootSeries<R> cube_root_series{};
-inline constexpr double cube_root_reach = 0x1p-8 + 0x1p-12;
+inline constexpr double cube_root_reach = 0x1p-8;
 
 template <CubeRoot R, class V, bool Exact>
 QOR_INLINE V cube_root_polynomial(V u) {
@@ -96,21 +104,22 @@ struct CubeRootKernel {
   template <class T>
   static constexpr double bound = default_bound<T>(A);
 
-  // Row and q of the exponent and the leading seven fraction bits, 128 (3 q + j) + i less the bias.
+  // q of the exponent and the leading seven fraction bits, 128 (3 q + j) + i, and 384 q.
   QOR_INLINE static simd::VecU64 third(simd::VecU64 lead) {
     using namespace simd;
     return mul_even(as<VecU32>(lead >> 7), as<VecU32>(splat<VecU64>(683))) >> 11;  // up to 2046/3
   }
   QOR_INLINE static simd::VecU32 third(simd::VecU32 lead) {
-    using namespace simd;
-    using Shorts = vector_of<std::uint16_t, sizeof(VecU32)>::type;
-    const Shorts product = as<Shorts>(lead >> 7) * as<Shorts>(splat<VecU32>(171));  // up to 256/3, in 16 bits
-    return as<VecU32>(product) >> 9;
+    return simd::high_products(lead, simd::splat<simd::VecU32>(43691)) >> 8;  // 2/3 2^16; up to 2^15
   }
   QOR_INLINE static simd::VecU64 times_rows(simd::VecU64 q) {
     return simd::mul_even(simd::as<simd::VecU32>(q), simd::as<simd::VecU32>(simd::splat<simd::VecU64>(cube_root_rows)));
   }
-  QOR_INLINE static simd::VecU32 times_rows(simd::VecU32 q) { return (q << 8) + (q << 7); }
+  QOR_INLINE static simd::VecU32 times_rows(simd::VecU32 q) {
+    using namespace simd;
+    using Shorts = vector_of<std::uint16_t, sizeof(VecU32)>::type;
+    return as<VecU32>(as<Shorts>(q) * as<Shorts>(splat<VecU32>(cube_root_rows)));  // in 16 bits
+  }
 
   template <class Offset>
   QOR_INLINE static simd::Columns<simd::VecD, 3> rows(simd::VecD, Offset offset) {
@@ -121,35 +130,28 @@ struct CubeRootKernel {
     return simd::gather_rows3(&cube_root_table<float, R>[0].root, offset);
   }
 
-  // For |x| normal; the result as if x were 2^(3 down) times as small.
+  // For |x| normal.
   template <class V>
-  QOR_INLINE static V core(V x, int down = 0) {
+  QOR_INLINE static V core(V x) {
     using namespace simd;
     using T = lane_t<V>;
     using B = Bits<V>;
     using W = lane_t<B>;
-    constexpr int fraction = std::numeric_limits<T>::digits - 1, bias = std::numeric_limits<T>::max_exponent - 1;
-    constexpr W fraction_bits = (W{1} << fraction) - 1, one = W{bias} << fraction;
-    // A bias that is a multiple of 3.
-    constexpr int added = (3 - bias % 3) % 3, third_of_bias = (bias + added) / 3;
-    const B b = bits(x);
-    const B lead = ((b + b) >> (fraction - 6)) + splat<B>(W{added} << 7);
-    const B q = third(lead);
-    const LowHalves<B> row(lead - times_rows(q));
-    const auto [root, root_lo, c] = rows(x, [&](int l) { return row(l) * sizeof(CubeRootRow<T>); }).column;
+    constexpr int fraction = std::numeric_limits<T>::digits - 1, log2_row = sizeof(T) == 8 ? 5 : 4;
+    static_assert(sizeof(CubeRootRow<T>) == 1 << log2_row);
+    constexpr W fraction_bits = (W{1} << fraction) - 1, half_row = W{1} << (fraction - 8);
+    constexpr W one = W{cube_root_bias<T>} << fraction, leading = fraction_bits & ~(2 * half_row - 1);
+    const B b = bits(x), lead = (b + b) >> (fraction - 6), q = third(lead);
+    const LowHalves<B> row((lead - times_rows(q)) << log2_row);
+    const auto [root, root_lo, c] = rows(x, row).column;
     const V m = as<V>((b & splat<B>(fraction_bits)) | splat<B>(one));
-    const int unscaled = bias - (R == CubeRoot::plain ? third_of_bias + down : -third_of_bias - down);
-    const B exponent = R == CubeRoot::plain ? q + splat<B>(W(unscaled)) : splat<B>(W(unscaled)) - q;
-    const V scale = as<V>((exponent << fraction) | sign(x));
-    if constexpr (!exact) {
-      const V u = m * c - T(1);
-      return (root + root * cube_root_polynomial<R, V, exact>(u)) * scale;
-    } else {
-      // Halves of 26 and 27, or 12 and 12 bits, times 12 bits: both products, and the first less 1, are exact.
-      const V head = as<V>(bits(m) & splat<B>(~W{0} << (sizeof(T) == 8 ? 27 : 12)));
-      const V u = (head * c - T(1)) + (m - head) * c;
-      return (root + (root_lo + root * cube_root_polynomial<R, V, exact>(u))) * scale;
-    }
+    const V middle = as<V>((b & splat<B>(leading)) | splat<B>(one + half_row));
+    const V u = (m - middle) * c;
+    V rest = root * cube_root_polynomial<R, V, exact>(u);
+    if constexpr (exact) rest += root_lo;
+    // 2^q, or 2^-q, and the sign.
+    const B size = bits(root + rest), scale = (q << fraction) | sign(x);
+    return as<V>(R == CubeRoot::plain ? size + scale : size - scale);
   }
 
   template <class V>
@@ -172,9 +174,9 @@ struct CubeRootKernel {
       return TFN_STATUS_OK;
     }
     using V = simd::Vec<T>;
-    T factor = 1;
-    for (int i = 0; i < 3 * up; ++i) factor *= 2;
-    y[0] = core(simd::splat<V>(x * factor), up)[0];
+    constexpr T factor = power_of_two(up), cube = factor * factor * factor;
+    const T root = core(simd::splat<V>(x * cube))[0];
+    y[0] = R == CubeRoot::plain ? root / factor : root * factor;
     return TFN_STATUS_OK;
   }
 };
