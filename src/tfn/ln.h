@@ -122,11 +122,10 @@ struct Ln {
     using namespace simd;
     usual = numeric::normal_range(x);
     if constexpr (A == Accuracy::high) {
-      const auto [k, u, hi, lo] = reduce(x, at, &ln_single_table[0].hi);
+      const auto [k, u, hi, lo] = reduce(x, at, ln_single_table);
       const VecF p = horner(u, float(1.0 / 3), ln_fit_2) * u * u;
-      constexpr float ln2_first = ln_single_table[256].hi, ln2_second = ln_single_table[256].lo;
-      const auto [s, e] = numeric::quick_two_sum(k * ln2_first + hi, u);
-      y[0] = s + (e + ((k * ln2_second + lo) + p));
+      const auto [s, e] = numeric::quick_two_sum(k * ln_single_table.log_2_hi + hi, u);
+      y[0] = s + (e + ((k * ln_single_table.log_2_lo + lo) + p));
     } else {
       y[0] = low_single(x);
     }
@@ -150,20 +149,19 @@ struct Ln {
     return k * 0x1.62e4p-1f + (r + small);
   }
 
-  // x = 2^k m, u = m c - 1; hi + lo is the row's logarithm of 1/c. `table` has rows of LnSingleRow's shape.
+  // x = 2^k m, u = m c - 1; hi + lo is the row's logarithm of 1/c.
   struct Reduced {
     simd::VecF k, u, hi, lo;
   };
-  QOR_INLINE static Reduced reduce(simd::VecF x, const float* at, const float* table) {
+  QOR_INLINE static Reduced reduce(simd::VecF x, const float* at, const LnSingleTable& table) {
     using namespace simd;
-    const VecU32 b = bits(x);
-    const VecF k = to_float(b >> 23) - 127.0f;
-    const VecF m = as<VecF>((b & splat<VecU32>(0x007FFFFF)) | splat<VecU32>(0x3F800000));
-    const auto row = [at](int lane) { return (((numeric::high_word(at + lane) >> 10) & 0x1FF0) + 16) >> 1 & 0x1FF0; };
-    const auto [hi, lo, c] = gather_rows3(table, row).column;
-    // As in double precision: halves of 12 bits times 10 bits.
-    const VecF head = as<VecF>(bits(m) & splat<VecU32>(0xFFFFF000));
-    return {k, (head * c - 1.0f) + (m - head) * c, hi, lo};
+    const VecU32 shifted = bits(x) - splat<VecU32>(ln_single_first);
+    const auto offset = [at](int lane) { return (numeric::high_word(at + lane) - ln_single_first) >> 11 & 0xFF0; };
+    const auto [hi, lo] = gather_pairs(&table.row[0].hi, offset).column;
+    const auto [c, at_middle] = gather_pairs(&table.row[0].c, offset).column;
+    const VecF m = as<VecF>((shifted & splat<VecU32>(0x007FFFFF)) + splat<VecU32>(ln_single_first));
+    const VecF middle = as<VecF>((shifted & splat<VecU32>(0x007F8000)) + splat<VecU32>(ln_single_first + 0x4000));
+    return {to_float(as<VecU32>(as<Ints<VecF>>(shifted) >> 23)), (m - middle) * c + at_middle, hi, lo};
   }
   // m in [sqrt(1/2), sqrt 2), r = m - 1: ln(1 + r) = r - r^2/2 + r^3 p(r). power = 2^-k.
   struct ReducedLow {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
 #include "numeric/pair.h"
 
@@ -57,18 +58,38 @@ inline constexpr auto ln_exact_table = [] {
   return rows;
 }();
 
-// The same for singles: hi is a multiple of 2^-17, exact with 7 bits of exponent in 24.
-struct alignas(16) LnSingleRow {
-  float hi, lo, c, zero;
+// The same for singles, with rows that begin below sqrt(1/2) and not at 1: row r is for the 2^15 numbers m from the
+// bits ln_single_first + 2^15 r on, and ln_single_one for those around 1. With the middle of the row m0, m - m0 has 14
+// bits, and c (m - m0) + (c m0 - 1) is the u of above, each operation without error. hi is a multiple of 2^-17, exact
+// with 7 bits of exponent in 24.
+inline constexpr int ln_single_one = 150;
+inline constexpr std::uint32_t ln_single_first = 0x3F800000 - (ln_single_one << 15) - 0x4000;
+struct LnSingleTable {
+  struct alignas(16) Row {
+    float hi, lo, c, at_middle;  // at_middle: c m0 - 1
+  };
+  Row row[256];
+  float log_2_hi, log_2_lo;
 };
-constexpr LnSingleRow ln_single_row(const LnRow& l) {
-  const double hi = 0x1p-17 * double(static_cast<long long>(l.hi * 0x1p17 + 0.5));
-  return {float(hi), float((l.hi - hi) + l.lo), float(l.c), 0};
+// Of a table of 257 rows like ln_exact_table.
+template <class Rows>
+constexpr LnSingleTable ln_single_rows(const Rows& rows) {
+  LnSingleTable table{};
+  const auto first = [](const LnRow& l) { return 0x1p-17 * double(static_cast<long long>(l.hi * 0x1p17 + 0.5)); };
+  const double log_2 = first(rows[256]);
+  for (int r = 0; r < 256; ++r) {
+    const bool below = r < ln_single_one;
+    const int j = below ? 256 + r - ln_single_one : r - ln_single_one;
+    const LnRow& l = rows[static_cast<std::size_t>(j)];
+    const double hi = first(l), lo = (l.hi - hi) + l.lo;
+    const double lo_2 = (rows[256].hi - log_2) + rows[256].lo;
+    table.row[r] = {float(below ? hi - log_2 : hi), float(below ? lo - lo_2 : lo), float(below ? 2 * l.c : l.c),
+                    float(l.c * (1 + j / 256.0) - 1)};
+  }
+  table.log_2_hi = float(log_2);
+  table.log_2_lo = float((rows[256].hi - log_2) + rows[256].lo);
+  return table;
 }
-inline constexpr auto ln_single_table = [] {
-  std::array<LnSingleRow, 257> rows{};
-  for (int j = 0; j <= 256; ++j) rows[j] = ln_single_row(ln_exact_table[j]);
-  return rows;
-}();
+inline constexpr LnSingleTable ln_single_table = ln_single_rows(ln_exact_table);
 
 }  // namespace qor::tfn

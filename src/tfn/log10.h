@@ -56,13 +56,12 @@ struct Log10 {
     using namespace simd;
     usual = numeric::normal_range(x);
     if constexpr (A == Accuracy::high) {
-      constexpr float log10_2_first = log10_single_table[256].hi, log10_2_second = log10_single_table[256].lo;
-      const auto [k, u, hi, lo] = Ln<A>::reduce(x, at, &log10_single_table[0].hi);
+      const auto [k, u, hi, lo] = Ln<A>::reduce(x, at, log10_single_table);
       const VecF head = as<VecF>(bits(u) & splat<VecU32>(0xFFFFF000));
       const VecF q = u * float(log10_e.hi / 3) + float(log10_e.hi * Ln<A>::ln_fit_2);
       const VecF rest = (u - head) * log10_e_single_hi + u * (u * q + log10_e_single_lo);
-      const auto [s, e] = numeric::quick_two_sum(k * log10_2_first + hi, head * log10_e_single_hi);
-      y[0] = s + (e + ((k * log10_2_second + lo) + rest));
+      const auto [s, e] = numeric::quick_two_sum(k * log10_single_table.log_2_hi + hi, head * log10_e_single_hi);
+      y[0] = s + (e + ((k * log10_single_table.log_2_lo + lo) + rest));
     } else {
       const auto [k, r, power] = Ln<A>::reduce_low(x);
       const auto p = [](int i) { return float(log10_e.hi * double(Ln<A>::ln_low_fit[i])); };

@@ -21,11 +21,7 @@ inline constexpr auto log10_table = [] {
 }();
 inline constexpr double log10_2_hi = log10_table[256].hi, log10_2_lo = log10_table[256].lo;
 
-inline constexpr auto log10_single_table = [] {
-  std::array<LnSingleRow, 257> rows{};
-  for (int j = 0; j <= 256; ++j) rows[j] = ln_single_row(log10_table[j]);
-  return rows;
-}();
+inline constexpr LnSingleTable log10_single_table = ln_single_rows(log10_table);
 
 // log10 e in two parts, the first so short that its product with half of a significand is exact.
 inline constexpr double log10_e_hi = numeric::halves(log10_e.hi).hi,
