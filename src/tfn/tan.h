@@ -37,7 +37,7 @@ struct Tan {
   static constexpr int results = 1;
   static constexpr double filler = 1;
   template <class T>
-  static constexpr double bound = default_bound<T>(A);
+  static constexpr double bound = A == Accuracy::low && sizeof(T) == 4 ? 2.1 : default_bound<T>(A);
 
   static constexpr double shift = Trig<Wanted::both>::shift;
   static constexpr RowStep step = trig_exact_step;
