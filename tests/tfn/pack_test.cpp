@@ -20,7 +20,7 @@ using Word = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
 template <class T>
 std::vector<Word<T>> words(const T* p, int n) {
   std::vector<Word<T>> w(static_cast<std::size_t>(n));
-  std::memcpy(w.data(), p, w.size() * sizeof(T));
+  if (n > 0) std::memcpy(w.data(), p, w.size() * sizeof(T));
   return w;
 }
 

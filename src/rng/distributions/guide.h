@@ -31,7 +31,7 @@ class Guide {
       if (j == whole && j < cells_ && whole < end) cell_[j++] = static_cast<std::uint16_t>(2 * k + 1);
     }
     while (j < cells_) cell_[j++] = static_cast<std::uint16_t>(2 * (count - 1));
-    upto_[count - 1] = std::numeric_limits<double>::infinity();
+    upto_[count - 1] = std::numeric_limits<double>::quiet_NaN();
   }
 
   // r[i] = first + the outcome of u[i]; m is a multiple of four, and so long are both arrays. Whatever u holds, the
@@ -55,7 +55,7 @@ class Guide {
 
  private:
   static constexpr int capacity = 4096;
-  double* upto_ = nullptr;  // P(outcome <= k); the last is infinite
+  double* upto_ = nullptr;  // P(outcome <= k); the last, not a number, stops every search, infinite u's too
   int cells_ = 0;
   std::uint16_t cell_[capacity];  // twice the lowest outcome, odd when there is another
 };
