@@ -63,7 +63,8 @@ class Report {
         file_,
         "# Accuracy\n\n"
         "Largest error found of each member, in units in the last place of the exact result, and its argument.\n"
-        "Written by `%s`. Doubles are held against libquadmath: stratified arguments, drawn from all bit patterns,\n"
+        "Written by `%s`.\n"
+        "Doubles are held against libquadmath: stratified arguments, drawn from all bit patterns,\n"
         "next to 1, the ends of table intervals, moderate size, neighbours of multiples of pi/2 and of pi/256 up to\n"
         "2^64, integers, and where each function is hard. Singles are held against the `_HA` kernel of doubles, which\n"
         "the C library's double precision confirms at every 61st argument and at the worst ones.\n\n"
