@@ -19,7 +19,7 @@ namespace {
 using namespace bench;
 
 constexpr char help[] =
-    R"(qor_bench [FILTER] [--rounds N] [--full] [--markdown] [--only-opponents] [--list] [--classify] [--mflops FILE]
+    R"(qor_bench [FILTER] [--rounds N] [--full] [--markdown] [--only-opponents] [--list] [--once] [--classify] [--mflops FILE]
 
 Measures the library and its peers on the same work, in turns of about 0.3 ms, for N rounds (default 61).
 FILTER is a regular expression that the work's group or name contains: streams, math, distributions, convolution,
@@ -33,6 +33,7 @@ level1, limits, 'Sin'.
   --full            also the library's times at 8 and at 100000 elements a call
   --markdown        tables for the documentation
   --only-opponents  calls nothing of the library; opponents of each row, fastest first
+  --once            calls each of ours once on each item and measures nothing: for valgrind --tool=callgrind
   --list            the work items and their contenders
   --mflops FILE     writes the MFLOPS of the transforms as lines: series, n, MFLOPS; a blank line after a series
   --classify        measures the largest error of each peer of the math items and prints the rows of peer_errors.inc
@@ -41,7 +42,7 @@ level1, limits, 'Sin'.
 struct Options {
   std::string filter, mflops;
   int rounds = 61;
-  bool full = false, markdown = false, only_opponents = false, list = false, classify = false;
+  bool full = false, markdown = false, only_opponents = false, list = false, classify = false, once = false;
 };
 
 [[noreturn]] void fail(const std::string& message) {
@@ -67,6 +68,8 @@ Options parse(int argc, char** argv) {
       o.markdown = true;
     } else if (arg == "--only-opponents") {
       o.only_opponents = true;
+    } else if (arg == "--once") {
+      o.once = true;
     } else if (arg == "--list") {
       o.list = true;
     } else if (arg == "--classify") {
@@ -284,6 +287,15 @@ int main(int argc, char** argv) {
       std::printf("%s: %s:", work.group.c_str(), work.name.c_str());
       for (const Contender& c : work.contenders) std::printf(" [%s]", c.name.c_str());
       std::printf("\n");
+    }
+    return 0;
+  }
+
+  if (o.once) {
+    for (const Work& work : chosen) {
+      for (const Contender& c : work.contenders) {
+        if (c.ours) c.call(work.elements);
+      }
     }
     return 0;
   }
