@@ -411,10 +411,11 @@ int _wxrdRngGaussianMV(int method, qor_stream* stream, int n, double* r, int d, 
 int _wxrsRngGaussianMV(int method, qor_stream* stream, int n, float* r, int d, int storage, const float* a,
                        const float* t);
 
-/* Discrete distributions. Method 0; another one is refused with -2, bad parameters with -3, before anything is drawn or
-   stored. n < 1 returns 0. A negative status of the engine is returned, the blocks before stay stored. The thread's
-   mode and callback are as before on return. Nothing is allocated. What a request needs is set up once, and depends on
-   the parameters alone: up to 10 microseconds, so that long requests are much cheaper than many short ones.
+/* Discrete distributions. Method 0 (Poisson: 0 or 1); another one is refused with -2, bad parameters with -3, before
+   anything is drawn or stored. n < 1 returns 0. A negative status of the engine is returned, the blocks before stay
+   stored. The thread's mode and callback are as before on return. Nothing is allocated but where it is said. What a
+   request needs is set up once, and depends on the parameters alone: up to 10 microseconds, so that long requests are
+   much cheaper than many short ones.
 
    Tables: while the probabilities above 2^-60 of the largest are at most 1536, by inversion with a guide table (H.-C.
    Chen and Y. Asau, AIIE Transactions 6, 1974): the least k with u < P(X <= k). One uniform number a variate, so that
@@ -433,7 +434,10 @@ int _wxrsRngGaussianMV(int method, qor_stream* stream, int n, float* r, int d, i
                       ntrial p (1 - p) <= 3000.
      Hypergeometric   C(m, k) C(l - m, s - k)/C(l, s): marked elements among s drawn from l, of which m are marked.
                       0 <= s, m <= l. By table while the variance s m (l - m) (l - s)/(l^2 (l - 1)) is at most 3000.
-     Poisson          lambda^k exp(-lambda)/k!. 0 <= lambda <= 2^30. By table while lambda <= 3000.
+     Poisson          lambda^k exp(-lambda)/k!. 0 <= lambda <= 2^30. By table while lambda <= 3000. Method 1 rounds
+                      lambda + sqrt(lambda) g + (g^2 - 1)/6, g normal by method 1 of the Gaussian generator, with which
+                      it shares pending halves (E. A. Cornish and R. A. Fisher, 1938): P(X <= k) is off by at most
+                      0.015/lambda. Below lambda = 10 it is method 0. -4: no memory for the pending half.
      PoissonV         the same with a parameter each, lambda[0] .. lambda[n - 1]. Below 10 by inversion, from there on
                       by transformed rejection (W. Hoermann, Insurance: Mathematics and Economics 12, 1993, PTRS).
                       Splits change the sequence.
@@ -446,6 +450,7 @@ int _wxriRngBernoulli(int method, qor_stream* stream, int n, int* r, double p);
 int _wxriRngGeometric(int method, qor_stream* stream, int n, int* r, double p);
 int _wxriRngBinomial(int method, qor_stream* stream, int n, int* r, int ntrial, double p);
 int _wxriRngHypergeometric(int method, qor_stream* stream, int n, int* r, int l, int s, int m);
+#define QOR_RNG_POISSON_NORMAL 1
 int _wxriRngPoisson(int method, qor_stream* stream, int n, int* r, double lambda);
 int _wxriRngPoissonV(int method, qor_stream* stream, int n, int* r, const double* lambda);
 int _wxriRngNegbinomial(int method, qor_stream* stream, int n, int* r, double a, double p);

@@ -522,7 +522,9 @@ TEST(Discrete, TablesInvertTheDistributionFunction) {
     int asked = 0;
     for (const Request& request : requests) asked += request.n;
     const bool by_logarithm = k.family == "Geometric" && k.cdf(0) < 0x1p-5;
-    if (asked != int(u.size()) || by_logarithm || k.family == "PoissonV" || k.family == "Bernoulli") continue;
+    if (asked != int(u.size()) || by_logarithm || k.family == "PoissonV" || k.family == "PoissonNormal" ||
+        k.family == "Bernoulli")
+      continue;
     for (std::size_t i = 0; i < u.size(); ++i) {
       EXPECT_LT(u[i], k.cdf(r[i]) + 1e-8) << k.family << ' ' << k.parameters;
       EXPECT_GE(u[i], k.cdf(r[i] - 1.0) - 1e-8) << k.family << ' ' << k.parameters;

@@ -375,6 +375,12 @@ inline std::vector<Discrete> discrete() {
                    [lambda](qor_stream* s, int n, int* r) { return _wxriRngPoisson(0, s, n, r, lambda); },
                    poisson_cdf(lambda)});
   }
+  for (const double lambda : {5.0, 1000.0, 1e6}) {
+    all.push_back(
+        {"PoissonNormal", texts(lambda),
+         [lambda](qor_stream* s, int n, int* r) { return _wxriRngPoisson(QOR_RNG_POISSON_NORMAL, s, n, r, lambda); },
+         poisson_cdf(lambda)});
+  }
   for (const double lambda : {0.01, 5.0, 9.99, 10.0, 25.0, 1000.0, 1e6}) {
     all.push_back({"PoissonV", texts(lambda),
                    [lambda](qor_stream* s, int n, int* r) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "rng/distributions/gamma.h"
+#include "rng/distributions/gaussian.h"
 #include "rng/distributions/kernels.h"
 #include "rng/distributions/mode_guard.h"
 #include "rng/distributions/scalar.h"
@@ -57,6 +58,24 @@ int by_blocks(Stream* stream, int n, std::int32_t* r, bool fine, F what) {
     status = fine ? fine_uniforms(stream, m, u) : uniform(0, stream, m, u, 0.0, 1.0);
     if (status < 0) return status;
     what(m, u, r);
+  }
+  return status;
+}
+
+// Cornish and Fisher's expansion of the quantile by the normal one, g, rounded: lambda + sqrt(lambda) g + (g^2 - 1)/6.
+int poisson_by_normal(Stream* stream, int n, std::int32_t* r, double lambda) {
+  alignas(16) double g[block + 4];
+  const numeric::MxcsrGuard nearest;
+  const VecD middle = splat<VecD>(lambda + (0.5 - 1.0 / 6)), spread = sqrt(splat<VecD>(lambda));
+  int status = status::ok;
+  for (int m; n > 0; n -= m, r += m) {
+    m = std::min(n, block);
+    status = gaussian(QOR_RNG_GAUSSIAN_BOXMULLER2, stream, m, g, 0.0, 1.0);
+    if (status < 0) return status;
+    map_words(m, g, r, [=](VecD low, VecD high) {
+      const auto quantile = [=](VecD x) { return middle + (spread + x * (1.0 / 6)) * x; };
+      return words_of(quantile(low), quantile(high));
+    });
   }
   return status;
 }
@@ -135,9 +154,11 @@ int hypergeometric(int method, Stream* stream, int n, std::int32_t* r, int l, in
 }
 
 int poisson(int method, Stream* stream, int n, std::int32_t* r, double lambda) {
-  const int go = checked(method, n, lambda >= 0 && lambda <= 0x1p30);
+  const bool by_normal = method == QOR_RNG_POISSON_NORMAL;
+  const int go = checked(by_normal ? 0 : method, n, lambda >= 0 && lambda <= 0x1p30);
   if (go != 1) return go;
   if (lambda == 0) return fill(n, r, 0);
+  if (by_normal && lambda >= 10) return poisson_by_normal(stream, n, r, lambda);
   return draw(stream, n, r, {static_cast<double>(static_cast<int>(lambda)), 0, most, lambda, 1, {{0, 1, lambda}}});
 }
 
