@@ -81,22 +81,19 @@ class RoundingGuard {
 // the caller has the standard settings.
 class ArithmeticGuard {
  public:
-  QOR_INLINE ArithmeticGuard() : caller_(simd::control_register()) {
+  QOR_INLINE ArithmeticGuard() : caller_(read_mxcsr()) {
     if (unusual()) [[unlikely]]
-      simd::set_control_register(standard | (caller_ & flags));
-    asm volatile("" ::: "memory");
+      write_mxcsr(standard_mxcsr | (caller_ & ~mxcsr_control_bits));
   }
   QOR_INLINE ~ArithmeticGuard() {
-    asm volatile("" ::: "memory");
     if (unusual()) [[unlikely]]
-      simd::set_control_register(caller_ | (simd::control_register() & flags));
+      write_mxcsr(caller_ | (read_mxcsr() & ~mxcsr_control_bits));
   }
   ArithmeticGuard(const ArithmeticGuard&) = delete;
   ArithmeticGuard& operator=(const ArithmeticGuard&) = delete;
 
  private:
-  static constexpr unsigned control_bits = 0xFFC0, standard = 0x1F80, flags = 0x3F;
-  QOR_INLINE bool unusual() const { return (caller_ & control_bits) != standard; }
+  QOR_INLINE bool unusual() const { return (caller_ & mxcsr_control_bits) != standard_mxcsr; }
 
   unsigned caller_;
 };

@@ -33,7 +33,7 @@ struct Hypot {
       s = x * x + b * b;
       return {sqrt(s), VecD{}};
     } else {
-      const auto head = [](VecD v) { return as<VecD>(bits(v) & splat<VecU64>(0xFFFFFFFFF8000000)); };  // 26 bits
+      const auto head = [](VecD v) { return numeric::upper_half(v); };  // 26 bits
       const VecD xh = head(x), bh = head(b), xx = xh * xh, bb = bh * bh;
       const VecD rest = (x + xh) * (x - xh) + (b + bh) * (b - bh);
       s = (xx + bb) + rest;

@@ -54,7 +54,7 @@ struct Ln {
     } else {
       const auto [hi, lo, c] = gather_rows<3>(&ln_exact_table[0].hi, row).column;
       // The halves of m have 26 and 27 bits and c has 10: both products, and their sum less one, are exact.
-      const VecD head = as<VecD>(bits(m) & splat<VecU64>(0xFFFFFFFFF8000000));
+      const VecD head = numeric::upper_half(m);
       const VecD u = (head * c - 1.0) + (m - head) * c;
       VecD p = horner(u, -1.0 / 6, ln_fit_5, -1.0 / 4, ln_fit_3, -1.0 / 2) * u * u;
       if constexpr (sizeof...(rest) != 0) {

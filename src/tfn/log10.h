@@ -57,7 +57,7 @@ struct Log10 {
     usual = numeric::normal_range(x);
     if constexpr (A == Accuracy::high) {
       const auto [k, u, hi, lo] = Ln<A>::reduce(x, at, log10_single_table);
-      const VecF head = as<VecF>(bits(u) & splat<VecU32>(0xFFFFF000));
+      const VecF head = numeric::upper_half(u);
       const VecF q = u * float(log10_e.hi / 3) + float(log10_e.hi * Ln<A>::ln_fit_2);
       const VecF rest = (u - head) * log10_e_single_hi + u * (u * q + log10_e_single_lo);
       const auto [s, e] = numeric::quick_two_sum(k * log10_single_table.log_2_hi + hi, head * log10_e_single_hi);

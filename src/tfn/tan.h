@@ -51,7 +51,7 @@ struct Tan {
     const VecD r = whole - tail, r2 = r * r;
     // The next term, 62/2835 r^9, is below 2^-64 of r.
     const VecD cubic = r * r2 * horner(r2, 17.0 / 315, 2.0 / 15, 1.0 / 3);
-    const auto head = [](VecD v) { return as<VecD>(bits(v) & splat<VecU64>(0xFFFFFFFFF8000000)); };  // 26 bits
+    const auto head = [](VecD v) { return numeric::upper_half(v); };  // 26 bits
     const VecD t = head(whole), t_lo = ((whole - t) - tail) + cubic;
     // Of a zero the first part has its sign, and the small one, subtracted, is +0.
     const VecD ct = c * t, n = s + ct;

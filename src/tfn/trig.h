@@ -78,7 +78,7 @@ struct Trig {
       if constexpr (has_cosine) y[cosine_at] = c + (c * cos_less_1 - s * sin_r);
     } else {
       constexpr TrigFit fit = trig_fit_high;
-      const VecD head = as<VecD>(bits(whole) & splat<VecU64>(0xFFFFFFFFF8000000));            // 26 bits
+      const VecD head = numeric::upper_half(whole);                                           // 26 bits
       const VecD rest = ((whole - head) - tail) + r * r2 * horner(r2, fit.sin_5, fit.sin_3);  // sin r - head
       const VecD cos_less_1 = horner(r2, fit.cos_4, fit.cos_2) * r2;
       const auto output = [&](unsigned rows_on) {

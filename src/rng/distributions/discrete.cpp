@@ -48,36 +48,38 @@ void map_words(int m, double* u, std::int32_t* r, F f) {
   std::copy(rest, rest + (m - i), words + i);
 }
 
-// Blocks of uniform numbers, two of the engine's each when `fine`; what(m, u, r) makes variates of them.
-template <class F>
-int by_blocks(Stream* stream, int n, std::int32_t* r, bool fine, F what) {
+// Blocks of at most `size` numbers: draw(m, u) draws them, what(m, u, r) makes variates of them.
+template <class Draw, class F>
+int by_blocks(int n, std::int32_t* r, int size, Draw draw, F what) {
   alignas(16) double u[block + 4];
   int status = status::ok;
   for (int m; n > 0; n -= m, r += m) {
-    m = std::min(n, fine ? block / 2 : block);
-    status = fine ? fine_uniforms(stream, m, u) : uniform(0, stream, m, u, 0.0, 1.0);
+    m = std::min(n, size);
+    status = draw(m, u);
     if (status < 0) return status;
     what(m, u, r);
   }
   return status;
 }
+// Of uniform numbers, two of the engine's each when `fine`.
+template <class F>
+int by_uniforms(Stream* stream, int n, std::int32_t* r, bool fine, F what) {
+  const auto draw = [=](int m, double* u) {
+    return fine ? fine_uniforms(stream, m, u) : uniform(0, stream, m, u, 0.0, 1.0);
+  };
+  return by_blocks(n, r, fine ? block / 2 : block, draw, what);
+}
 
 // Cornish and Fisher's expansion of the quantile by the normal one, g, rounded: lambda + sqrt(lambda) g + (g^2 - 1)/6.
 int poisson_by_normal(Stream* stream, int n, std::int32_t* r, double lambda) {
-  alignas(16) double g[block + 4];
   const numeric::MxcsrGuard nearest;
   const VecD middle = splat<VecD>(lambda + (0.5 - 1.0 / 6)), spread = sqrt(splat<VecD>(lambda));
-  int status = status::ok;
-  for (int m; n > 0; n -= m, r += m) {
-    m = std::min(n, block);
-    status = gaussian(QOR_RNG_GAUSSIAN_BOXMULLER2, stream, m, g, 0.0, 1.0);
-    if (status < 0) return status;
-    map_words(m, g, r, [=](VecD low, VecD high) {
-      const auto quantile = [=](VecD x) { return middle + (spread + x * (1.0 / 6)) * x; };
-      return words_of(quantile(low), quantile(high));
-    });
-  }
-  return status;
+  const auto quantile = [=](VecD g) { return middle + (spread + g * (1.0 / 6)) * g; };
+  return by_blocks(
+      n, r, block, [=](int m, double* g) { return gaussian(QOR_RNG_GAUSSIAN_BOXMULLER2, stream, m, g, 0.0, 1.0); },
+      [=](int m, double* g, std::int32_t* out) {
+        map_words(m, g, out, [=](VecD low, VecD high) { return words_of(quantile(low), quantile(high)); });
+      });
 }
 
 }  // namespace
@@ -86,7 +88,7 @@ int bernoulli(int method, Stream* stream, int n, std::int32_t* r, double p) {
   const int go = checked(method, n, is_probability(p));
   if (go != 1) return go;
   const bool fine = std::min(p, 1 - p) < 0x1p-12;
-  return by_blocks(stream, n, r, fine, [p](int m, double* u, std::int32_t* out) {
+  return by_uniforms(stream, n, r, fine, [p](int m, double* u, std::int32_t* out) {
     map_words(m, u, out, [p = splat<VecD>(p)](VecD low, VecD high) {
       return evens(as<VecU32>(lt(low, p)), as<VecU32>(lt(high, p))) & splat<VecU32>(1);
     });
@@ -110,7 +112,7 @@ int geometric(int method, Stream* stream, int n, std::int32_t* r, double p) {
     scalar_ln_1p(-numeric::pinned(p), scale);
     scale = 1 / scale;
   }
-  return by_blocks(stream, n, r, p < 0x1p-10, [scale](int m, double* u, std::int32_t* out) {
+  return by_uniforms(stream, n, r, p < 0x1p-10, [scale](int m, double* u, std::int32_t* out) {
     Kernels<double>::ln(m, u, u);
     map_words(m, u, out,
               [scale = splat<VecD>(scale)](VecD low, VecD high) { return words_of(low * scale, high * scale); });
