@@ -100,12 +100,12 @@ struct Erfc {
     const auto [leading, first] = gather_rows<2>(&table->leading, offset).column;
     const VecD g = first + higher * h;
     // x^2 in two parts, of which the first is exact.
-    const VecD head = leading_half(x);
+    const VecD head = numeric::upper_half(x);
     ExpReduced e = exp_reduce(-(head * head));
     e.r = e.r - (x - head) * (x + head);
     e.shifted = e.shifted + double{exp_rows * scale};
     const auto [value, rest] = exp_parts<Accuracy::high>(e);
-    const VecD value_head = leading_half(value);
+    const VecD value_head = numeric::upper_half(value);
     return {value_head * leading, (value - value_head) * leading + (value * leading) * (rest + (g + rest * g))};
   }
   static void retry(simd::VecD x, simd::VecD* y, simd::VecU64& usual) {

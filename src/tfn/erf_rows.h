@@ -11,11 +11,6 @@
 
 namespace qor::tfn {
 
-// The leading 26 bits of a number.
-QOR_INLINE simd::VecD leading_half(simd::VecD v) {
-  return simd::as<simd::VecD>(simd::bits(v) & simd::splat<simd::VecU64>(0xFFFFFFFFF8000000));
-}
-
 // x = c + h, c the multiple of the table's step next to x >= 0; the low bits of `shifted` number its row.
 template <class V>
 struct UniformSplit {
@@ -77,7 +72,7 @@ QOR_INLINE simd::VecD split_row_value(const SplitRow<D>* table, Offset offset, s
   if constexpr (A == Accuracy::low) {
     return (hi - less) + (lo + h * (slope_hi + (slope_lo + higher)));
   } else {
-    const VecD head = leading_half(h);
+    const VecD head = numeric::upper_half(h);
     const auto [sum, error] = numeric::quick_two_sum(hi - less, slope_hi * head);
     return sum + (error + (lo + (slope_hi * (h - head) + h * (slope_lo + higher))));
   }
@@ -116,7 +111,7 @@ inline constexpr double tiny_argument = 0x1p-900;
 template <int D>
 QOR_INLINE void retry_tiny(const SplitRow<D>& row, simd::VecD x, simd::VecD* y, simd::VecU64& usual) {
   using namespace simd;
-  const VecD ax = abs(x), scaled = ax * 0x1p200, head = leading_half(scaled);
+  const VecD ax = abs(x), scaled = ax * 0x1p200, head = numeric::upper_half(scaled);
   const VecU64 tiny = lt(ax, splat<VecD>(tiny_argument));
   const VecD v = scaled_down<200>(head * row.slope_hi, (scaled - head) * row.slope_hi + scaled * row.slope_lo);
   y[0] = select(tiny, flip_sign(v, sign(x)), y[0]);

@@ -200,8 +200,8 @@ struct Tanh {
     } else {
       const VecD above = v + 1.0;
       const VecD inverse = 1.0 / (less_1 + 2.0);
-      const VecD quotient = as<VecD>(bits(less_1 * inverse) & splat<VecU64>(leading_bits));
-      const VecD head = as<VecD>(bits(above) & splat<VecU64>(leading_bits));
+      const VecD quotient = numeric::upper_half(less_1 * inverse);
+      const VecD head = numeric::upper_half(above);
       // What is left of (below + its error) + rest - quotient ((above + its error) + rest).
       const VecD left = ((below - quotient * head) - quotient * (above - head)) +
                         ((((v - below) - 1.0) - quotient * (1.0 - (above - v))) + (rest - quotient * rest));

@@ -33,11 +33,10 @@ struct Hypot {
       s = x * x + b * b;
       return {sqrt(s), VecD{}};
     } else {
-      const auto head = [](VecD v) { return numeric::upper_half(v); };  // 26 bits
-      const VecD xh = head(x), bh = head(b), xx = xh * xh, bb = bh * bh;
+      const VecD xh = numeric::upper_half(x), bh = numeric::upper_half(b), xx = xh * xh, bb = bh * bh;
       const VecD rest = (x + xh) * (x - xh) + (b + bh) * (b - bh);
       s = (xx + bb) + rest;
-      const VecD r = sqrt(s), rh = head(r);
+      const VecD r = sqrt(s), rh = numeric::upper_half(r);
       const VecD left = ((max(xx, bb) - rh * rh) + min(xx, bb)) + (rest - (r + rh) * (r - rh));
       return {r, left / (r + r)};
     }

@@ -45,7 +45,7 @@ struct Log10 {
     if constexpr (A == Accuracy::low) {
       return whole + (u * (u * q + log10_e.hi) + small);
     } else {
-      const VecD head = as<VecD>(bits(u) & splat<VecU64>(leading_bits));
+      const VecD head = numeric::upper_half(u);
       const VecD rest = (u - head) * log10_e_hi + u * (u * q + log10_e_lo);
       const auto [s, e] = numeric::quick_two_sum(whole, head * log10_e_hi);
       return s + (e + (small + rest));

@@ -9,9 +9,6 @@
 
 namespace qor::tfn {
 
-// 26 bits of a significand of 53.
-inline constexpr std::uint64_t leading_bits = 0xFFFFFFFFF8000000;
-
 // hi + lo is the logarithm of 1/c.
 struct LogReduced {
   simd::VecD k, u, hi, lo;
@@ -27,7 +24,7 @@ QOR_INLINE LogReduced log_reduce(simd::VecD x, Fraction fraction, const double* 
   const VecD k = as<VecD>((b >> 52) | splat<VecU64>(0x4330000000000000)) - bias;
   const VecD m = as<VecD>((b & splat<VecU64>(0x000FFFFFFFFFFFFF)) | splat<VecU64>(0x3FF0000000000000));
   // The halves of m have 26 and 27 bits and c has 10: both products, and their sum less one, are exact.
-  const VecD head = as<VecD>(bits(m) & splat<VecU64>(leading_bits));
+  const VecD head = numeric::upper_half(m);
   return {k, (head * c - 1.0) + (m - head) * c, hi, lo};
 }
 

@@ -37,13 +37,13 @@ inline constexpr double pow_single_fit[] = {-0x1.7154c1ac8e137p6, 0x1.ec70e91d74
 QOR_INLINE LnParts ln_parts(simd::VecD x, double bias) {
   using namespace simd;
   const auto [k, u, hi, lo] = log_reduce(x, LowHalves<VecU64>(bits(x) >> 36), &ln_exact_table[0].hi, bias);
-  const VecD head = as<VecD>(bits(u) & splat<VecU64>(leading_bits)), tail = u - head;
+  const VecD head = numeric::upper_half(u), tail = u - head;
   const VecD half_square = head * (head * 0.5);
   // -(u^2 - head^2)/2 + u^3 p
   const VecD p = horner(u, pow_log_fit[0], pow_log_fit[1], pow_log_fit[2], pow_log_fit[3], pow_log_fit[4]);
   const VecD small = (u * u) * (u * p) - (u + head) * (tail * 0.5);
   const VecD whole = k * ln2_hi + hi;  // exact
-  const VecD leading_part = as<VecD>(bits((whole + u) - half_square) & splat<VecU64>(leading_bits));
+  const VecD leading_part = numeric::upper_half((whole + u) - half_square);
   // What it leaves is exact up to the small terms.
   const VecD left = ((whole - leading_part) + u) - half_square;
   return {leading_part, left + (small + (k * ln2_lo + lo))};
@@ -64,7 +64,7 @@ struct Pow {
   QOR_INLINE static Logarithm logarithm(simd::VecD x, simd::VecD b, double bias) {
     using namespace simd;
     const LnParts ln = ln_parts(x, bias);
-    const VecD head = as<VecD>(bits(b) & splat<VecU64>(leading_bits));
+    const VecD head = numeric::upper_half(b);
     return {numeric::normal_range(x), head * ln.hi, (b - head) * ln.hi + b * ln.lo};
   }
   static constexpr double bias = 0x1p52 + 1023;

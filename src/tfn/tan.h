@@ -51,8 +51,7 @@ struct Tan {
     const VecD r = whole - tail, r2 = r * r;
     // The next term, 62/2835 r^9, is below 2^-64 of r.
     const VecD cubic = r * r2 * horner(r2, 17.0 / 315, 2.0 / 15, 1.0 / 3);
-    const auto head = [](VecD v) { return numeric::upper_half(v); };  // 26 bits
-    const VecD t = head(whole), t_lo = ((whole - t) - tail) + cubic;
+    const VecD t = numeric::upper_half(whole), t_lo = ((whole - t) - tail) + cubic;
     // Of a zero the first part has its sign, and the small one, subtracted, is +0.
     const VecD ct = c * t, n = s + ct;
     const VecD minus_n_lo = (((n - s) - ct) - (s_lo + c_lo * t)) - (c + c_lo) * t_lo;
@@ -63,7 +62,7 @@ struct Tan {
       return (n - minus_n_lo) / (d + d_lo);
     } else {
       const VecD inverse = 1.0 / (d + d_lo);
-      const VecD q = head((n - minus_n_lo) * inverse), d_head = head(d);
+      const VecD q = numeric::upper_half((n - minus_n_lo) * inverse), d_head = numeric::upper_half(d);
       const VecD excess = ((q * d_head - n) + q * (d - d_head)) + (q * d_lo + minus_n_lo);
       return q - excess * inverse;
     }

@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "numeric/float_parts.h"
 #include "numeric/pair.h"
 #include "qor/tfn.h"
 #include "simd/vec.h"

@@ -47,7 +47,7 @@ struct LargeReduced {
 template <int Rows>
 QOR_INLINE LargeReduced reduce_large(simd::VecD x) {
   using namespace simd;
-  constexpr std::uint64_t one = 0x3FF0000000000000, upper_bits = 0xFFFFFFFFF8000000;
+  constexpr std::uint64_t one = 0x3FF0000000000000;
   double copy[lanes<VecD>];
   store(copy, x);
   const auto row = [&](int lane) {
@@ -58,7 +58,7 @@ QOR_INLINE LargeReduced reduce_large(simd::VecD x) {
   const VecU64 exponent =
       ((b - splat<VecU64>(one)) & splat<VecU64>(0x0070000000000000)) + splat<VecU64>(one + (std::uint64_t{52} << 52));
   const VecD m = as<VecD>((b & splat<VecU64>(0x800FFFFFFFFFFFFF)) | exponent);
-  const VecD upper = as<VecD>(bits(m) & splat<VecU64>(upper_bits)), lower = m - upper;
+  const VecD upper = numeric::upper_half(m), lower = m - upper;
 
   constexpr double shift = 0x1.8p52;
   const auto fraction = [](VecD t) { return t - ((t + shift) - shift); };
@@ -73,7 +73,7 @@ QOR_INLINE LargeReduced reduce_large(simd::VecD x) {
   // Turns to radians: 2 pi in 26 bits and the rest, so that `whole` is exact.
   constexpr double two_pi = 2 * pi.hi, two_pi_head = numeric::halves(two_pi).hi;
   constexpr double two_pi_tail = (two_pi - two_pi_head) + 2 * pi.lo;
-  const VecD head = as<VecD>(bits(left.hi) & splat<VecU64>(upper_bits));
+  const VecD head = numeric::upper_half(left.hi);
   const VecD whole = head * two_pi_head;
   return {bits(shifted), whole, -(head * two_pi_tail + ((left.hi - head) + rest) * two_pi)};
 }
