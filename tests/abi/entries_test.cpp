@@ -21,6 +21,7 @@
 
 #include "abi/shared_object.h"
 #include "qor/qor.h"
+#include "support/allocations.h"
 #include "support/scratch_file.h"
 #include "tfn/functions.def"
 
@@ -194,6 +195,9 @@ const void* address(T* p) {
   return reinterpret_cast<const void*>(p);
 }
 
+// A call in which an allocation failed ends its row.
+struct AllocationFailed {};
+
 // Calls one function at one offset under given control registers, checks what it leaves and records what it delivers.
 class Caller {
  public:
@@ -210,9 +214,11 @@ class Caller {
     errno = callers_errno;
     set_control(control_);
     set_mxcsr(mxcsr_);
+    allow_allocations();
     call_at(function_, words, static_cast<int>(count), offset_, &after);
     set_mxcsr(standard_mxcsr);
     set_control(standard_control);
+    check_allocations(static_cast<int>(after.eax));
     EXPECT_EQ(errno, expected_errno);
     EXPECT_EQ(after.ebx, 0x0B0B0B0Bu);
     EXPECT_EQ(after.esi, 0x51515151u);
@@ -234,8 +240,31 @@ class Caller {
   unsigned edx = 0;
   int expected_errno = callers_errno;
   std::string record;
+  // The allocation that fails, of all that the row's calls make, and what such a call may return.
+  int failing = -1;
+  std::set<int> promised;
 
  private:
+#ifdef COUNTS_ALLOCATIONS
+  void allow_allocations() {
+    blocks_ = live_blocks;
+    refused = 0;
+    until_failure = failing;
+  }
+  void check_allocations(int returned) {
+    failing = until_failure;
+    until_failure = -1;
+    if (refused == 0) return;
+    const int blocks = live_blocks;
+    EXPECT_EQ(blocks, blocks_);
+    EXPECT_TRUE(promised.contains(returned)) << returned;
+    throw AllocationFailed();
+  }
+  int blocks_ = 0;
+#else
+  void allow_allocations() {}
+  void check_allocations(int) {}
+#endif
   template <class T>
   static void push(std::uint32_t* words, std::uint32_t& count, T value) {
     std::memcpy(words + count, &value, sizeof value);
@@ -928,10 +957,13 @@ void add_fft() {
 class Entries : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    std::signal(SIGSEGV, [](int) {  // what an aligned access to a misaligned stack ends in
-      std::fprintf(stderr, "segmentation fault in %s\n", current);
-      std::_Exit(1);
-    });
+    // What an aligned access to a misaligned stack ends in, and what an unmasked exception does.
+    for (const int signal : {SIGSEGV, SIGFPE}) {
+      std::signal(signal, [](int number) {
+        std::fprintf(stderr, "signal %d in %s\n", number, current);
+        std::_Exit(1);
+      });
+    }
     if (!rows.empty()) return;
     add_control();
     add_kernels();
@@ -983,5 +1015,40 @@ TEST_F(Entries, WorkAtEveryStackOffsetAndUnderAnyControlWords) {
         << row.name << " depends on the caller's control words";
   }
 }
+
+#ifdef COUNTS_ALLOCATIONS
+// What an entry returns when there is no memory, by the start of its name.
+std::set<int> without_memory(const std::string& name) {
+  const auto starts = [&](const char* with) { return name.starts_with(with); };
+  if (starts("qfpsMalloc") || starts("qor_serv_allocate")) return {0};
+  if (starts("qfps")) return {-9};
+  if (starts("_wxrConv") || starts("_wxrCorr")) return {-2001};
+  if (starts("__wxrLoadStream")) return {QOR_RNG_NO_MEMORY, QOR_RNG_CANNOT_OPEN};
+  if (starts("__wxrSaveStream")) return {QOR_RNG_NO_MEMORY, QOR_RNG_CANNOT_OPEN, 0};  // files need no buffer
+  return {QOR_RNG_NO_MEMORY};
+}
+
+TEST_F(Entries, AnswerEveryFailedAllocationAndKeepNothing) {
+  int failures = 0;
+  for (const Row& row : rows) {
+    for (int failing = 0;; ++failing) {
+      const testing::ScopedTrace trace(__FILE__, __LINE__, row.name + ", allocation " + std::to_string(failing));
+      current = row.name.c_str();
+      Caller caller(row.name, 0, standard_mxcsr, standard_control);
+      caller.failing = failing;
+      caller.promised = without_memory(row.name);
+      try {
+        row.call(caller);
+        break;
+      } catch (const AllocationFailed&) {
+        ++failures;
+        _tfnSetMode(TFN_MODE_DEFAULT);
+        _tfnClearErrorCallBack();
+      }
+    }
+  }
+  EXPECT_GT(failures, 100);
+}
+#endif
 
 }  // namespace

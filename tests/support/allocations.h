@@ -10,11 +10,12 @@ extern "C" void* __libc_malloc(std::size_t);
 extern "C" void __libc_free(void*);
 // Volatile, since the compiler takes it that malloc touches no variable.
 inline volatile int until_failure = -1;  // allocations that still succeed; -1: all
-inline volatile int live_blocks = 0;
+inline volatile int live_blocks = 0, refused = 0;
 inline volatile std::size_t largest_request = 0;
 extern "C" void* malloc(std::size_t n) {
   if (n > largest_request) largest_request = n;
   if (until_failure == 0) {
+    refused = refused + 1;
     errno = ENOMEM;
     return nullptr;
   }
