@@ -372,9 +372,9 @@ int _wxrsRngLognormal(int method, qor_stream* stream, int n, float* r, float a, 
 int _wxrdRngGumbel(int method, qor_stream* stream, int n, double* r, double a, double beta);
 int _wxrsRngGumbel(int method, qor_stream* stream, int n, float* r, float a, float beta);
 
-/* Gamma of shape alpha: density y^(alpha - 1) exp(-y)/(beta Gamma(alpha)), y = (x - a)/beta >= 0; never below a. alpha
-   and beta should be positive; the rest as for the continuous distributions above. Rejection, in blocks of 512
-   candidates:
+/* Gamma of shape alpha: density y^(alpha - 1) exp(-y)/(beta Gamma(alpha)), y = (x - a)/beta >= 0; never below a. -3 when
+   alpha is infinite or not positive; beta should be positive; the rest as for the continuous distributions above.
+   Rejection, in blocks of 512 candidates:
      alpha > 1          G. Marsaglia and W. W. Tsang, ACM TOMS 26 (2000). A candidate that wasn't needed stays on the
                         stream (chunk 7 in double, 8 in single precision): n variates and n more are the 2n of one
                         request, and leave the stream at the same place. When the engine fails the candidate of before

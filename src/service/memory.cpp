@@ -31,7 +31,7 @@ struct Cache {
   std::uint32_t unused() const { return allocated - used; }
   bool full() const { return in_play == most_slots; }
 };
-constinit Cache cache;
+constinit Cache cache{};
 
 // A block is a fifth larger than the first request for it, rounded to the nearest byte.
 std::uint32_t roomy(int size) { return static_cast<std::uint32_t>((12LL * size + 5) / 10); }

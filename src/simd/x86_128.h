@@ -303,7 +303,7 @@ QOR_INLINE void add_six_products(VecD& s0, VecD& s1, VecD& s2, VecD& s3, VecD& s
       : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [s3] "+x"(s3), [s4] "+x"(s4), [s5] "+x"(s5), [part] "=&x"(part),
         [w] "=&x"(w)
       : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [at] "i"(static_cast<int>(sizeof(double)) * C),
-        "m"(*reinterpret_cast<const double(*)[]>(data)), "m"(*reinterpret_cast<const VecD(*)[]>(taps)));
+        "m"(*reinterpret_cast<const double(*)[C + 12]>(data)), "m"(taps[C]));
 }
 template <int C>
 QOR_INLINE void add_six_products(VecF& s0, VecF& s1, VecF& s2, VecF& s3, VecF& s4, VecF& s5, const VecF* taps,
@@ -320,7 +320,7 @@ QOR_INLINE void add_six_products(VecF& s0, VecF& s1, VecF& s2, VecF& s3, VecF& s
       : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [s3] "+x"(s3), [s4] "+x"(s4), [s5] "+x"(s5), [part] "=&x"(part),
         [w] "=&x"(w)
       : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [at] "i"(static_cast<int>(sizeof(float)) * C),
-        "m"(*reinterpret_cast<const float(*)[]>(data)), "m"(*reinterpret_cast<const VecF(*)[]>(taps)));
+        "m"(*reinterpret_cast<const float(*)[C + 24]>(data)), "m"(taps[C]));
 }
 
 }  // namespace qor::simd

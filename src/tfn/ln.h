@@ -138,9 +138,9 @@ struct Ln {
     const auto [k, r, power] = reduce_low(x);
     const VecF r2 = r * r;
     // ln(1 + r + v) - ln(1 + r) with v = rest/2^k.
-    [[maybe_unused]] const auto more = [&](VecF part) {
-      const VecF v = part * power;
-      return v - v * r;
+    [[maybe_unused]] const auto more = [scale = power, ratio = r](VecF part) {
+      const VecF v = part * scale;
+      return v - v * ratio;
     };
     const VecF p = horner(r, ln_low_fit[0], ln_low_fit[1], ln_low_fit[2], ln_low_fit[3], ln_low_fit[4], ln_low_fit[5],
                           ln_low_fit[6]);

@@ -61,9 +61,9 @@ struct Pow {
     simd::VecU64 usual;
     simd::VecD hi, lo;
   };
-  QOR_INLINE static Logarithm logarithm(simd::VecD x, simd::VecD b, double bias) {
+  QOR_INLINE static Logarithm logarithm(simd::VecD x, simd::VecD b, double exponent_bias) {
     using namespace simd;
-    const LnParts ln = ln_parts(x, bias);
+    const LnParts ln = ln_parts(x, exponent_bias);
     const VecD head = numeric::upper_half(b);
     return {numeric::normal_range(x), head * ln.hi, (b - head) * ln.hi + b * ln.lo};
   }

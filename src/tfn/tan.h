@@ -57,12 +57,13 @@ struct Tan {
     const VecD minus_n_lo = (((n - s) - ct) - (s_lo + c_lo * t)) - (c + c_lo) * t_lo;
     const VecD st = s * t, d = c - st;
     const VecD d_lo = ((c - d) - st) + ((c_lo - s_lo * t) - (s + s_lo) * t_lo);
-    smaller = min(abs(n), abs(d));
+    const VecD numerator = n - minus_n_lo;  // n alone is 0 for the smallest x
+    smaller = min(abs(numerator), abs(d));
     if constexpr (A == Accuracy::low) {
-      return (n - minus_n_lo) / (d + d_lo);
+      return numerator / (d + d_lo);
     } else {
       const VecD inverse = 1.0 / (d + d_lo);
-      const VecD q = numeric::upper_half((n - minus_n_lo) * inverse), d_head = numeric::upper_half(d);
+      const VecD q = numeric::upper_half(numerator * inverse), d_head = numeric::upper_half(d);
       const VecD excess = ((q * d_head - n) + q * (d - d_head)) + (q * d_lo + minus_n_lo);
       return q - excess * inverse;
     }

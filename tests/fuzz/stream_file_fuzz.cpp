@@ -8,19 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/reader.h"
 #include "qor/rng.h"
 #include "rng/engines/engines.def"
 #include "support/scratch_file.h"
 
 namespace {
 
+using qor::test::require;
 using qor::test::ScratchFile;
-
-void require(bool fact, const char* what) {
-  if (fact) return;
-  std::fprintf(stderr, "not so: %s\n", what);
-  std::abort();
-}
 
 constexpr int numbers = 1300;  // two blocks of the longest engine
 

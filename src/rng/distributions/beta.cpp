@@ -65,8 +65,8 @@ struct Cheng {
     swapped = a != p;
     sum = p + q;
     if (both) {
-      double root;
-      scalar_root((sum - 2) / (2 * p * q - sum), root);
+      double root;  // of (sum - 2) / (2 p q - sum), above and below over the larger shape: nothing overflows
+      scalar_root((1 + (low - 2) / high) / (2 * low - (1 + low / high)), root);
       slope = root;
       gamma = a + 1 / slope;
     } else {

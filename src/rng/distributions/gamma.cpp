@@ -233,6 +233,11 @@ int epd_transform(Stream* stream, int n, T* r, T alpha) {
 template <class T>
 int gamma(Stream* stream, int n, T* r, T alpha, T a, T beta) {
   if (n < 1) return status::ok;
+  {
+    const numeric::MxcsrGuard nearest;
+    // No candidate would ever be accepted.
+    if (alpha <= 0 || alpha > std::numeric_limits<T>::max()) return status::bad_argument;
+  }
   const ModeGuard guard(ln_callback<T>);
   int status;
   if (alpha > 1) {
