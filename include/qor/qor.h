@@ -8,4 +8,5 @@
 #include "qor/rng.h"
 #include "qor/service.h"
 #include "qor/tfn.h"
+#include "qor/version.h"
 #endif

@@ -475,7 +475,7 @@ void add_service() {
     add(name, [](Caller& call) { call(); });
   }
   for (const char* name : {"QOR_read_env", "QOR_ThreadID", "qor_serv_in_serial", "qor_serv_set_serial",
-                           "qor_serv_set_parallel", "dll_cpu_version"}) {
+                           "qor_serv_set_parallel", "dll_cpu_version", "qor_version", "qor_cpu_supported"}) {
     add(name, [](Caller& call) { call.result(); });
   }
   add("qor_serv_lock", [](Caller& call) { call(), qor_serv_unlock(); });

@@ -131,6 +131,23 @@ TEST(SharedObject, UsesNoInstructionBeyondItsProcessor) {
   EXPECT_TRUE(offences.empty()) << joined({offences.begin(), offences.end()});
 }
 
+// What runs before a caller knows whether the processor will do: the loader's initialisation, and the question itself.
+TEST(SharedObject, AsksTheProcessorByPlainInstructions) {
+  SKIP_UNDER_SANITIZERS();
+  EXPECT_EQ(
+      all_matches(lines_of("readelf -SW " + library), " \\.init_array +INIT_ARRAY +[0-9a-f]+ [0-9a-f]+ ([0-9a-f]+)"),
+      std::vector<std::string>{"000004"})
+      << "the compiler's own initialisation is one function";
+  int seen = 0;
+  for (const Instruction& i : disassembly()) {
+    if (i.function != "qor_cpu_supported" && i.function != "qor_version") continue;
+    seen += i.mnemonic == "cpuid";
+    EXPECT_EQ(i.operands.find("%xmm"), std::string::npos) << i.mnemonic << i.operands;
+    EXPECT_FALSE(i.mnemonic.starts_with("cmov")) << i.mnemonic << i.operands;
+  }
+  EXPECT_GE(seen, 1);
+}
+
 TEST(SharedObject, UsesX87OnlyWhereItIsMeantTo) {
   SKIP_UNDER_SANITIZERS();
   struct Allowed {

@@ -13,7 +13,7 @@ endforeach()
 
 # Each public header by itself, in every language version that callers use.
 set(strict -m32 -pedantic -Wall -Wextra -Werror -fsyntax-only -I${PROJECT_SOURCE_DIR}/include)
-foreach(header qor blas1 conv dft fft rng service tfn)
+foreach(header qor blas1 conv dft fft rng service tfn version)
   foreach(version c99 c11 c17 c++98 c++11 c++14 c++17 c++20)
     if(version MATCHES "\\+")
       set(compile ${CMAKE_CXX_COMPILER} -x c++)
@@ -23,4 +23,19 @@ foreach(header qor blas1 conv dft fft rng service tfn)
     add_test(NAME header.${header}.${version}
       COMMAND ${compile} -std=${version} ${strict} ${PROJECT_SOURCE_DIR}/include/qor/${header}.h)
   endforeach()
+endforeach()
+
+if(NOT QOR_SANITIZE)
+  add_test(NAME abi.record COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/abi/record check $<TARGET_FILE:qor>
+    ${CMAKE_CURRENT_SOURCE_DIR}/abi/qor.abi)
+  set_tests_properties(abi.record PROPERTIES SKIP_RETURN_CODE 77)
+endif()
+
+# The header for C++, by every compiler that is here.
+foreach(compiler g++ clang++)
+  find_program(QOR_FOUND_${compiler} ${compiler})
+  if(QOR_FOUND_${compiler})
+    add_test(NAME header.qor_hpp.${compiler} COMMAND ${QOR_FOUND_${compiler}} -x c++ -std=c++20 ${strict} -Wshadow -Wconversion
+      -Wno-sign-conversion ${PROJECT_SOURCE_DIR}/include/qor/qor.hpp)
+  endif()
 endforeach()

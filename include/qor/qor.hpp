@@ -1,0 +1,715 @@
+// qor/qor.hpp: the library for C++20. Owners instead of handles, ranges instead of pointers and counts, and errors that
+// are thrown or returned, as the program chooses. Header only; every call is one call of the C interface, nothing is
+// copied on the way, and C headers say what it does.
+//
+//   Errors     Classes come in two forms. qor::Stream, qor::Task, qor::RealTransform ... throw qor::Error, which knows the
+//              status; those of the same names in namespace qor::returning return qor::Status, which may not be ignored,
+//              and never throw for what the library reports. An object of theirs whose making failed is empty: status()
+//              tells why, and every call on it returns that.
+//              A range whose length doesn't fit is a mistake of the program: std::length_error, in both forms.
+//   Ranges     Whatever is contiguous will do: std::vector, std::array, std::span, built-in arrays. The element type,
+//              float or double, picks the function.
+//   Copies     None are made unless asked for: Stream::copy.
+//   Threads    As the C headers say.
+#ifndef QOR_QOR_HPP
+#define QOR_QOR_HPP
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <complex>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <limits>
+#include <ranges>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "qor/qor.h"
+
+namespace qor {
+
+// ---- errors ---------------------------------------------------------------------------------------------------------
+
+// What a status means, in a few words.
+inline const char* describe(int status) noexcept {
+  switch (status) {
+    case QOR_RNG_OK:
+      return "success";
+    case QOR_RNG_BAD_METHOD:
+      return "no such method";
+    case QOR_RNG_BAD_ARGUMENT:
+      return "bad argument";
+    case QOR_RNG_NO_MEMORY:
+    case QFPS_NO_MEMORY:
+    case -2001:
+      return "no memory";
+    case QOR_RNG_NULL_SLOT:
+      return "null pointer";
+    case QOR_RNG_BAD_BRNG:
+      return "unknown generator";
+    case QOR_RNG_NO_LEAPFROG:
+      return "the engine can't leapfrog";
+    case QOR_RNG_NO_SKIP_AHEAD:
+      return "the engine can't skip ahead";
+    case QOR_RNG_INCOMPATIBLE:
+      return "streams of different generators";
+    case QOR_RNG_REGISTRY_FULL:
+      return "too many generators";
+    case QOR_RNG_BAD_UPDATE:
+      return "the callback delivered a wrong number of elements";
+    case QOR_RNG_CANNOT_CLOSE:
+      return "closing the file failed";
+    case QOR_RNG_CANNOT_OPEN:
+      return "the file can't be opened";
+    case QOR_RNG_CANNOT_WRITE:
+      return "writing the file failed";
+    case QOR_RNG_CANNOT_READ:
+      return "the file can't be read or ends early";
+    case QOR_RNG_BAD_FILE:
+      return "not a stream file, or one of an unknown generator, or damaged";
+    case QOR_RNG_BAD_VERSION:
+      return "a stream file of another version";
+    case QFPS_BAD_LENGTH:
+      return "a length below 1";
+    case QFPS_NULL_POINTER:
+      return "null pointer";
+    case QFPS_BAD_ORDER:
+      return "order outside 0 .. 30";
+    case QFPS_BAD_FLAG:
+      return "unknown scaling";
+    case QFPS_WRONG_RECORD:
+      return "a record of another kind of transform";
+    case -2000:
+      return "double data can't be convolved in single precision";
+    case -2301:
+      return "rank outside 1 .. 7";
+    case -2302:
+      return "start outside the full result";
+    case -2303:
+      return "decimation below 1, or an output beyond the full result";
+    case -2311:
+    case -2312:
+    case -2313:
+      return "a shape below 1";
+    case -2323:
+      return "an output stride of 0";
+    default:
+      return "failure";
+  }
+}
+
+class Error : public std::runtime_error {
+ public:
+  Error(int status, const char* what)
+      : std::runtime_error(std::string(what) + ": " + describe(status) + " (" + std::to_string(status) + ")"),
+        status_(status) {}
+  int status() const noexcept { return status_; }
+
+ private:
+  int status_;
+};
+
+// 0, or what failed.
+struct [[nodiscard]] Status {
+  int code = 0;
+  constexpr bool ok() const noexcept { return code >= 0; }
+  const char* text() const noexcept { return describe(code); }
+  friend constexpr bool operator==(Status, Status) = default;
+};
+
+// The two forms.
+struct Throw {
+  using Result = void;
+  static void take(int status, const char* what) {
+    if (status < 0) throw Error(status, what);
+  }
+};
+struct Return {
+  using Result = Status;
+  static Status take(int status, const char*) noexcept { return {status}; }
+};
+
+// ---- ranges ---------------------------------------------------------------------------------------------------------
+
+template <class R>
+using Element = std::remove_cv_t<std::ranges::range_value_t<R>>;
+template <class T>
+concept Real = std::same_as<T, float> || std::same_as<T, double>;
+template <class T>
+concept Complex = std::same_as<T, std::complex<float>> || std::same_as<T, std::complex<double>>;
+template <class R>
+concept Input = std::ranges::contiguous_range<R> && std::ranges::sized_range<R>;
+template <class R>
+concept Output = Input<R> && !std::is_const_v<std::remove_reference_t<std::ranges::range_reference_t<R>>>;
+template <class R>
+concept RealInput = Input<R> && Real<Element<R>>;
+template <class R>
+concept RealOutput = Output<R> && Real<Element<R>>;
+
+namespace detail {
+
+template <class R>
+int size(R&& r) {
+  const std::size_t n = std::ranges::size(r);
+  if (n > INT_MAX) throw std::length_error("qor: a range of more than 2^31 - 1 elements");
+  return static_cast<int>(n);
+}
+inline void require(bool fits, const char* what) {
+  if (!fits) throw std::length_error(what);
+}
+// The function of double or that of single precision.
+template <Real T, class D, class S>
+constexpr auto pick(D of_doubles, S of_singles) noexcept {
+  if constexpr (std::same_as<T, double>) {
+    return of_doubles;
+  } else {
+    return of_singles;
+  }
+}
+// Complex numbers as the C interface sees them: pairs of reals.
+template <class R>
+auto reals(R&& r) noexcept {
+  using T = std::remove_reference_t<std::ranges::range_reference_t<R>>;
+  if constexpr (Complex<std::remove_cv_t<T>>) {
+    using Part = typename std::remove_cv_t<T>::value_type;
+    return reinterpret_cast<std::conditional_t<std::is_const_v<T>, const Part*, Part*>>(std::ranges::data(r));
+  } else {
+    return std::ranges::data(r);
+  }
+}
+
+}  // namespace detail
+
+// ---- random streams -------------------------------------------------------------------------------------------------
+
+enum class Storage {
+  full = QOR_RNG_STORAGE_FULL,
+  packed = QOR_RNG_STORAGE_PACKED,
+  diagonal = QOR_RNG_STORAGE_DIAGONAL
+};
+
+template <class Errors>
+class BasicStream {
+ public:
+  using Result = typename Errors::Result;
+
+  // An empty stream: nothing can be drawn from it.
+  BasicStream() = default;
+  // brng is one of QOR_BRNG_... (+ member), or what __wxrRegisterBrng gave.
+  explicit BasicStream(int brng, std::span<const unsigned> seeds) {
+    status_ = __wxrNewStreamEx(&stream_, brng, detail::size(seeds), seeds.data());
+    made("making a stream");
+  }
+  BasicStream(int brng, std::initializer_list<unsigned> seeds)
+      : BasicStream(brng, std::span(seeds.begin(), seeds.size())) {}
+  explicit BasicStream(int brng, unsigned seed = 1) : BasicStream(brng, std::span<const unsigned>(&seed, 1)) {}
+  // Takes over a stream of the C interface, or an abstract one.
+  static BasicStream adopt(qor_stream* stream) noexcept {
+    BasicStream s;
+    s.stream_ = stream;
+    s.status_ = stream == nullptr ? QOR_RNG_NULL_SLOT : QOR_RNG_OK;
+    return s;
+  }
+  static BasicStream load(const std::string& file) {
+    BasicStream s;
+    s.status_ = __wxrLoadStreamF(&s.stream_, file.c_str());
+    s.made("loading a stream");
+    return s;
+  }
+  // A stream that continues the sequence from here on, on its own.
+  BasicStream copy() const {
+    BasicStream s;
+    s.status_ = stream_ == nullptr ? status_ : __wxrCopyStream(&s.stream_, stream_);
+    s.made("copying a stream");
+    return s;
+  }
+  BasicStream(BasicStream&& other) noexcept
+      : stream_(std::exchange(other.stream_, nullptr)), status_(std::exchange(other.status_, QOR_RNG_NULL_SLOT)) {}
+  BasicStream& operator=(BasicStream&& other) noexcept {
+    std::swap(stream_, other.stream_);
+    std::swap(status_, other.status_);
+    return *this;
+  }
+  BasicStream(const BasicStream&) = delete;
+  BasicStream& operator=(const BasicStream&) = delete;
+  ~BasicStream() {
+    if (stream_ != nullptr) __wxrDeleteStream(&stream_);
+  }
+
+  qor_stream* get() const noexcept { return stream_; }
+  qor_stream* release() noexcept { return std::exchange(stream_, nullptr); }
+  Status status() const noexcept { return {stream_ == nullptr ? status_ : QOR_RNG_OK}; }
+  explicit operator bool() const noexcept { return stream_ != nullptr; }
+  int brng() const noexcept { return stream_ == nullptr ? 0 : __wxrGetStreamStateBrng(stream_); }
+
+  Result save(const std::string& file) const {
+    return done("saving a stream", [&] { return __wxrSaveStreamF(stream_, file.c_str(), -1); });
+  }
+  // Stream k of n that share the sequence in turns.
+  Result leapfrog(int k, int n) {
+    return done("leapfrogging", [&] { return __wxrLeapfrogStream(stream_, k, n); });
+  }
+  // Any distance, in steps of what one call takes.
+  Result skip_ahead(std::uint64_t n) {
+    return done("skipping ahead", [&] {
+      int status = QOR_RNG_OK;
+      do {
+        const int step = static_cast<int>(std::min<std::uint64_t>(n, INT_MAX));
+        status = __wxrSkipAheadStream(stream_, step);
+        n -= static_cast<std::uint64_t>(step);
+      } while (n > 0 && status >= 0);
+      return status;
+    });
+  }
+
+  // The engine's words as they are, wordBytes each: r must have a whole number of them.
+  template <Output R>
+  requires std::same_as<Element<R>, std::uint32_t> Result words(R&& r) {
+    return done("drawing words", [&] {
+      BrngRecord record;
+      if (const int status = __wxrGetBrngProperties(brng(), &record); status < 0) return status;
+      const int each = record.wordBytes / 4, n = detail::size(r);
+      detail::require(n % each == 0, "qor: words: not a whole number of the engine's words");
+      return _wxriRngUniformBits(0, stream_, n / each, std::ranges::data(r));
+    });
+  }
+
+  // Variates, parameters in the order of qor/rng.h, which tells the densities.
+  template <RealOutput R>
+  Result uniform(R&& r, Element<R> a = 0, Element<R> b = 1, unsigned method = 0) {
+    return draw(_wxrdRngUniform, _wxrsRngUniform, r, method, a, b);
+  }
+  template <RealOutput R>
+  Result gaussian(R&& r, Element<R> mean = 0, Element<R> sigma = 1, int method = QOR_RNG_GAUSSIAN_BOXMULLER2) {
+    return draw(_wxrdRngGaussian, _wxrsRngGaussian, r, method, mean, sigma);
+  }
+  template <RealOutput R>
+  Result exponential(R&& r, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngExponential, _wxrsRngExponential, r, 0, a, beta);
+  }
+  template <RealOutput R>
+  Result laplace(R&& r, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngLaplace, _wxrsRngLaplace, r, 0, a, beta);
+  }
+  template <RealOutput R>
+  Result weibull(R&& r, Element<R> alpha, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngWeibull, _wxrsRngWeibull, r, 0, alpha, a, beta);
+  }
+  template <RealOutput R>
+  Result cauchy(R&& r, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngCauchy, _wxrsRngCauchy, r, 0, a, beta);
+  }
+  template <RealOutput R>
+  Result rayleigh(R&& r, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngRayleigh, _wxrsRngRayleigh, r, 0, a, beta);
+  }
+  template <RealOutput R>
+  Result lognormal(R&& r, Element<R> a = 0, Element<R> sigma = 1, Element<R> b = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngLognormal, _wxrsRngLognormal, r, 0, a, sigma, b, beta);
+  }
+  template <RealOutput R>
+  Result gumbel(R&& r, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngGumbel, _wxrsRngGumbel, r, 0, a, beta);
+  }
+  template <RealOutput R>
+  Result gamma(R&& r, Element<R> alpha, Element<R> a = 0, Element<R> beta = 1) {
+    return draw(_wxrdRngGamma, _wxrsRngGamma, r, 0, alpha, a, beta);
+  }
+  template <RealOutput R>
+  Result beta(R&& r, Element<R> p, Element<R> q, Element<R> a = 0, Element<R> scale = 1) {
+    return draw(_wxrdRngBeta, _wxrsRngBeta, r, 0, p, q, a, scale);
+  }
+  // Vectors of mean.size() coordinates, one after another; t as the storage wants it.
+  template <RealOutput R, RealInput A, RealInput T>
+  requires std::same_as<Element<R>, Element<A>> && std::same_as<Element<R>, Element<T>> Result
+  gaussian_mv(R&& r, Storage storage, const A& mean, const T& t, int method = QOR_RNG_GAUSSIAN_BOXMULLER2) {
+    const int d = detail::size(mean), n = detail::size(r), given = detail::size(t);
+    const int wanted = storage == Storage::full ? d * d : storage == Storage::packed ? d * (d + 1) / 2 : d;
+    detail::require(d > 0 && n % d == 0, "qor: gaussian_mv: not a whole number of vectors");
+    detail::require(given == wanted, "qor: gaussian_mv: a factor of another size");
+    return done("drawing variates", [&] {
+      return detail::pick<Element<R>>(_wxrdRngGaussianMV, _wxrsRngGaussianMV)(
+          method, stream_, n / d, std::ranges::data(r), d, static_cast<int>(storage), std::ranges::data(mean),
+          std::ranges::data(t));
+    });
+  }
+  Result uniform(std::span<int> r, int a, int b) { return draw_integers(_wxriRngUniform, r, 0, a, b); }
+  Result bernoulli(std::span<int> r, double p) { return draw_integers(_wxriRngBernoulli, r, 0, p); }
+  Result geometric(std::span<int> r, double p) { return draw_integers(_wxriRngGeometric, r, 0, p); }
+  Result binomial(std::span<int> r, int ntrial, double p) { return draw_integers(_wxriRngBinomial, r, 0, ntrial, p); }
+  Result hypergeometric(std::span<int> r, int l, int s, int m) {
+    return draw_integers(_wxriRngHypergeometric, r, 0, l, s, m);
+  }
+  Result poisson(std::span<int> r, double lambda, int method = 0) {
+    return draw_integers(_wxriRngPoisson, r, method, lambda);
+  }
+  Result poisson(std::span<int> r, std::span<const double> lambdas) {
+    detail::require(r.size() == lambdas.size(), "qor: poisson: a parameter for each variate");
+    return draw_integers(_wxriRngPoissonV, r, 0, lambdas.data());
+  }
+  Result negbinomial(std::span<int> r, double a, double p) { return draw_integers(_wxriRngNegbinomial, r, 0, a, p); }
+
+ private:
+  // Ends a constructor: what the C interface made but could not initialise is of no use.
+  void made(const char* what) {
+    if (status_ >= 0) return;
+    if (stream_ != nullptr) __wxrDeleteStream(&stream_);
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, what);
+  }
+  template <class F>
+  Result done(const char* what, F&& call) const {
+    return Errors::take(stream_ == nullptr ? status_ : call(), what);
+  }
+  template <class D, class S, class R, class Method, class... P>
+  Result draw(D of_doubles, S of_singles, R& r, Method method, P... parameters) {
+    return done("drawing variates", [&] {
+      return detail::pick<Element<R>>(of_doubles, of_singles)(method, stream_, detail::size(r), std::ranges::data(r),
+                                                              parameters...);
+    });
+  }
+  template <class F, class... P>
+  Result draw_integers(F f, std::span<int> r, int method, P... parameters) {
+    return done("drawing variates", [&] { return f(method, stream_, detail::size(r), r.data(), parameters...); });
+  }
+
+  qor_stream* stream_ = nullptr;
+  int status_ = QOR_RNG_NULL_SLOT;
+};
+
+using Stream = BasicStream<Throw>;
+
+// A standard uniform random bit generator (std::shuffle, std::uniform_int_distribution) on a stream, which must outlive
+// it. It draws 256 words ahead. Words are the engine's where all their 32 bits are random, otherwise the first 32 bits of
+// its numbers.
+class Bits {
+ public:
+  using result_type = std::uint32_t;
+  explicit Bits(Stream& stream) : stream_(&stream) {
+    const int family = stream.brng() >> 20 << 20;
+    whole_ = family == QOR_BRNG_MT19937 || family == QOR_BRNG_MT2203 || family == QOR_BRNG_R250;
+  }
+  static constexpr result_type min() noexcept { return 0; }
+  static constexpr result_type max() noexcept { return std::numeric_limits<result_type>::max(); }
+  result_type operator()() {
+    if (next_ == words_.size()) refill();
+    return words_[next_++];
+  }
+
+ private:
+  void refill() {
+    if (whole_) {
+      stream_->words(words_);
+    } else {
+      std::array<double, 256> u;
+      stream_->uniform(u, 0, 0x1p32);
+      std::ranges::transform(u, words_.begin(),
+                             [](double x) { return static_cast<std::uint32_t>(std::min(x, 0x1p32 - 1)); });
+    }
+    next_ = 0;
+  }
+  Stream* stream_;
+  bool whole_;
+  std::array<std::uint32_t, 256> words_;
+  std::size_t next_ = 256;
+};
+
+// ---- vector mathematics ---------------------------------------------------------------------------------------------
+
+enum class Accuracy { high, low };
+
+// Functions of whole ranges, in the namespace math: sin(x, y) stores the sine of each x in y, sin(x) in its place;
+// sin<Accuracy::low>(x, y) takes the faster member. The result's range is as long as the argument's.
+namespace math {
+
+#define QOR_HPP_MEMBER(Name, T)                                              \
+  (A == Accuracy::high ? detail::pick<T>(_tfnd##Name##_HA, _tfns##Name##_HA) \
+                       : detail::pick<T>(_tfnd##Name##_50, _tfns##Name##_21))
+#define QOR_HPP_ONE(name, Name)                                                                      \
+  template <Accuracy A = Accuracy::high, RealInput X, RealOutput R>                                  \
+  requires std::same_as<Element<X>, Element<R>>                                                      \
+  void name(const X& x, R&& r) {                                                                     \
+    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ"); \
+    QOR_HPP_MEMBER(Name, Element<X>)(detail::size(x), std::ranges::data(x), std::ranges::data(r));   \
+  }                                                                                                  \
+  template <Accuracy A = Accuracy::high, RealOutput R>                                               \
+  void name(R&& r) {                                                                                 \
+    name<A>(std::as_const(r), r);                                                                    \
+  }
+#define QOR_HPP_BINARY(name, Name)                                                                                \
+  template <Accuracy A = Accuracy::high, RealInput X, RealInput Y, RealOutput R>                                  \
+  requires std::same_as<Element<X>, Element<R>> && std::same_as<Element<Y>, Element<R>>                           \
+  void name(const X& x, const Y& y, R&& r) {                                                                      \
+    detail::require(std::ranges::size(x) == std::ranges::size(r) && std::ranges::size(y) == std::ranges::size(r), \
+                    "qor: " #name ": lengths differ");                                                            \
+    QOR_HPP_MEMBER(Name, Element<X>)                                                                              \
+    (detail::size(x), std::ranges::data(x), std::ranges::data(y), std::ranges::data(r));                          \
+  }
+#define QOR_HPP_ROUNDING(name, Name)                                                                                 \
+  template <RealInput X, RealOutput R>                                                                               \
+  requires std::same_as<Element<X>, Element<R>>                                                                      \
+  void name(const X& x, R&& r) {                                                                                     \
+    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ");                 \
+    detail::pick<Element<X>>(_tfnd##Name, _tfns##Name)(detail::size(x), std::ranges::data(x), std::ranges::data(r)); \
+  }
+
+QOR_HPP_ONE(inv, Inv)
+QOR_HPP_ONE(sqrt, Sqrt)
+QOR_HPP_ONE(inv_sqrt, InvSqrt)
+QOR_HPP_ONE(cbrt, Cbrt)
+QOR_HPP_ONE(inv_cbrt, InvCbrt)
+QOR_HPP_ONE(exp, Exp)
+QOR_HPP_ONE(ln, Ln)
+QOR_HPP_ONE(log10, Log10)
+QOR_HPP_ONE(sin, Sin)
+QOR_HPP_ONE(cos, Cos)
+QOR_HPP_ONE(tan, Tan)
+QOR_HPP_ONE(asin, Asin)
+QOR_HPP_ONE(acos, Acos)
+QOR_HPP_ONE(atan, Atan)
+QOR_HPP_ONE(sinh, Sinh)
+QOR_HPP_ONE(cosh, Cosh)
+QOR_HPP_ONE(tanh, Tanh)
+QOR_HPP_ONE(asinh, Asinh)
+QOR_HPP_ONE(acosh, Acosh)
+QOR_HPP_ONE(atanh, Atanh)
+QOR_HPP_ONE(erf, Erf)
+QOR_HPP_ONE(erfc, Erfc)
+QOR_HPP_ONE(erf_inv, ErfInv)
+QOR_HPP_BINARY(div, Div)
+QOR_HPP_BINARY(hypot, Hypot)
+QOR_HPP_BINARY(atan2, Atan2)
+QOR_HPP_BINARY(pow, Pow)
+QOR_HPP_ROUNDING(floor, Floor)
+QOR_HPP_ROUNDING(ceil, Ceil)
+QOR_HPP_ROUNDING(trunc, Trunc)
+QOR_HPP_ROUNDING(round, Round)
+QOR_HPP_ROUNDING(rint, Rint)
+QOR_HPP_ROUNDING(nearby_int, NearbyInt)
+
+template <Accuracy A = Accuracy::high, RealInput X, RealOutput R>
+requires std::same_as<Element<X>, Element<R>>
+void pow(const X& x, Element<X> power, R&& r) {
+  detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: pow: lengths differ");
+  QOR_HPP_MEMBER(Powx, Element<X>)(detail::size(x), std::ranges::data(x), power, std::ranges::data(r));
+}
+template <Accuracy A = Accuracy::high, RealInput X, RealOutput R, RealOutput S>
+requires std::same_as<Element<X>, Element<R>> && std::same_as<Element<X>, Element<S>>
+void sin_cos(const X& x, R&& sine, S&& cosine) {
+  detail::require(std::ranges::size(x) == std::ranges::size(sine) && std::ranges::size(x) == std::ranges::size(cosine),
+                  "qor: sin_cos: lengths differ");
+  QOR_HPP_MEMBER(SinCos, Element<X>)
+  (detail::size(x), std::ranges::data(x), std::ranges::data(sine), std::ranges::data(cosine));
+}
+
+#undef QOR_HPP_ROUNDING
+#undef QOR_HPP_BINARY
+#undef QOR_HPP_ONE
+#undef QOR_HPP_MEMBER
+
+}  // namespace math
+
+// What the calling thread's functions do with bad elements while the object lives: fields of the mode word (TFN_ERR_...)
+// and a callback. The status starts at 0; mode, callback and status of before come back at the end.
+class ErrorMode {
+ public:
+  explicit ErrorMode(unsigned mode = TFN_ERR_IGNORE, TfnErrorCallBack callback = nullptr) noexcept
+      : mode_(_tfnSetMode(mode)), callback_(_tfnSetErrorCallBack(callback)), status_(_tfnClearErrStatus()) {}
+  ~ErrorMode() {
+    _tfnSetMode(mode_);
+    _tfnSetErrorCallBack(callback_);
+    _tfnSetErrStatus(status_);
+  }
+  ErrorMode(const ErrorMode&) = delete;
+  ErrorMode& operator=(const ErrorMode&) = delete;
+  // TFN_STATUS_... of the last bad element, 0 while there was none.
+  int status() const noexcept { return _tfnGetErrStatus(); }
+
+ private:
+  unsigned mode_;
+  TfnErrorCallBack callback_;
+  int status_;
+};
+
+// ---- transforms -----------------------------------------------------------------------------------------------------
+
+enum class Scaling {
+  forward = QFPS_DIV_FORWARD_BY_N,
+  inverse = QFPS_DIV_INVERSE_BY_N,
+  both = QFPS_DIV_BY_SQRT_N,
+  none = QFPS_NO_SCALING
+};
+enum class Packing { perm, pack, ccs };
+
+// Reals that the spectrum of n reals takes in a packing.
+constexpr int packed_size(Packing packing, int n) noexcept { return packing != Packing::ccs ? n : n + 2 - n % 2; }
+
+namespace detail {
+
+// The functions of one kind of transform.
+template <Real T>
+struct RealFunctions {
+  using Spec = std::conditional_t<std::same_as<T, double>, qfpsDFTSpec_R_64f, qfpsDFTSpec_R_32f>;
+  static constexpr auto make = pick<T>(qfpsDFTInitAlloc_R_64f, qfpsDFTInitAlloc_R_32f);
+  static constexpr auto free = pick<T>(qfpsDFTFree_R_64f, qfpsDFTFree_R_32f);
+  static constexpr auto buffer_size = pick<T>(qfpsDFTGetBufSize_R_64f, qfpsDFTGetBufSize_R_32f);
+};
+template <Real T>
+struct ComplexFunctions {
+  using Spec = std::conditional_t<std::same_as<T, double>, qfpsDFTSpec_C_64fc, qfpsDFTSpec_C_32fc>;
+  static constexpr auto make = pick<T>(qfpsDFTInitAlloc_C_64fc, qfpsDFTInitAlloc_C_32fc);
+  static constexpr auto free = pick<T>(qfpsDFTFree_C_64fc, qfpsDFTFree_C_32fc);
+  static constexpr auto buffer_size = pick<T>(qfpsDFTGetBufSize_C_64fc, qfpsDFTGetBufSize_C_32fc);
+};
+
+// Owner of a specification record.
+template <class Functions, class Errors>
+class Transform {
+ public:
+  using Result = typename Errors::Result;
+  Transform(int length, Scaling scaling) : length_(length) {
+    status_ = Functions::make(&spec_, length, static_cast<int>(scaling), 0);
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a transform");
+  }
+  Transform(Transform&& other) noexcept
+      : spec_(std::exchange(other.spec_, nullptr)), length_(other.length_), status_(other.status_) {}
+  Transform& operator=(Transform&& other) noexcept {
+    std::swap(spec_, other.spec_);
+    std::swap(length_, other.length_);
+    std::swap(status_, other.status_);
+    return *this;
+  }
+  Transform(const Transform&) = delete;
+  Transform& operator=(const Transform&) = delete;
+  ~Transform() {
+    if (spec_ != nullptr) Functions::free(spec_);
+  }
+  int length() const noexcept { return length_; }
+  Status status() const noexcept { return {status_}; }
+  const typename Functions::Spec* get() const noexcept { return spec_; }
+  // Bytes of work space that spare a call its allocation.
+  std::size_t buffer_size() const noexcept {
+    int size = 0;
+    if (spec_ != nullptr) Functions::buffer_size(spec_, &size);
+    return static_cast<std::size_t>(size);
+  }
+
+ protected:
+  template <class F, class Source, class Destination>
+  Result run(F f, const Source& source, Destination& destination, std::span<unsigned char> buffer, int from,
+             int to) const {
+    require(size(source) == from && size(destination) == to, "qor: transform: a range of another length");
+    require(buffer.empty() || buffer.size() >= buffer_size(), "qor: transform: the buffer is too short");
+    return Errors::take(spec_ == nullptr ? status_ : f(reals(source), reals(destination), spec_, buffer.data()),
+                        "transforming");
+  }
+
+ private:
+  typename Functions::Spec* spec_ = nullptr;
+  int length_;
+  int status_ = 0;
+};
+
+}  // namespace detail
+
+// Transforms of n reals, of any length, to spectra in a packing (qor/fft.h shows them) and back. The record may be used by
+// any number of threads at once, each with its own buffer; without a buffer a call allocates its own.
+template <Real T, class Errors>
+class BasicRealTransform : public detail::Transform<detail::RealFunctions<T>, Errors> {
+  using Base = detail::Transform<detail::RealFunctions<T>, Errors>;
+
+ public:
+  explicit BasicRealTransform(int length, Scaling scaling = Scaling::inverse) : Base(length, scaling) {}
+  template <RealInput X, RealOutput S>
+  requires std::same_as<Element<X>, T> && std::same_as<Element<S>, T>
+  typename Base::Result forward(const X& x, S&& spectrum, Packing packing = Packing::perm,
+                                std::span<unsigned char> buffer = {}) const {
+    static constexpr decltype(detail::pick<T>(qfpsDFTFwd_RToPerm_64f, qfpsDFTFwd_RToPerm_32f)) functions[] = {
+        detail::pick<T>(qfpsDFTFwd_RToPerm_64f, qfpsDFTFwd_RToPerm_32f),
+        detail::pick<T>(qfpsDFTFwd_RToPack_64f, qfpsDFTFwd_RToPack_32f),
+        detail::pick<T>(qfpsDFTFwd_RToCCS_64f, qfpsDFTFwd_RToCCS_32f)};
+    return Base::run(functions[static_cast<int>(packing)], x, spectrum, buffer, Base::length(),
+                     packed_size(packing, Base::length()));
+  }
+  template <RealInput S, RealOutput X>
+  requires std::same_as<Element<X>, T> && std::same_as<Element<S>, T>
+  typename Base::Result inverse(const S& spectrum, X&& x, Packing packing = Packing::perm,
+                                std::span<unsigned char> buffer = {}) const {
+    static constexpr decltype(detail::pick<T>(qfpsDFTInv_PermToR_64f, qfpsDFTInv_PermToR_32f)) functions[] = {
+        detail::pick<T>(qfpsDFTInv_PermToR_64f, qfpsDFTInv_PermToR_32f),
+        detail::pick<T>(qfpsDFTInv_PackToR_64f, qfpsDFTInv_PackToR_32f),
+        detail::pick<T>(qfpsDFTInv_CCSToR_64f, qfpsDFTInv_CCSToR_32f)};
+    return Base::run(functions[static_cast<int>(packing)], spectrum, x, buffer, packed_size(packing, Base::length()),
+                     Base::length());
+  }
+};
+
+// Transforms of n complex numbers, of any length.
+template <Real T, class Errors>
+class BasicComplexTransform : public detail::Transform<detail::ComplexFunctions<T>, Errors> {
+  using Base = detail::Transform<detail::ComplexFunctions<T>, Errors>;
+
+ public:
+  explicit BasicComplexTransform(int length, Scaling scaling = Scaling::inverse) : Base(length, scaling) {}
+  template <Input X, Output S>
+  requires std::same_as<Element<X>, std::complex<T>> && std::same_as<Element<S>, std::complex<T>>
+  typename Base::Result forward(const X& x, S&& spectrum, std::span<unsigned char> buffer = {}) const {
+    return Base::run(detail::pick<T>(qfpsDFTFwd_CToC_64fc, qfpsDFTFwd_CToC_32fc), x, spectrum, buffer, Base::length(),
+                     Base::length());
+  }
+  template <Input S, Output X>
+  requires std::same_as<Element<X>, std::complex<T>> && std::same_as<Element<S>, std::complex<T>>
+  typename Base::Result inverse(const S& spectrum, X&& x, std::span<unsigned char> buffer = {}) const {
+    return Base::run(detail::pick<T>(qfpsDFTInv_CToC_64fc, qfpsDFTInv_CToC_32fc), spectrum, x, buffer, Base::length(),
+                     Base::length());
+  }
+};
+
+template <Real T>
+using RealTransform = BasicRealTransform<T, Throw>;
+template <Real T>
+using ComplexTransform = BasicComplexTransform<T, Throw>;
+
+// A packed spectrum of n reals as what it stands for: n complex numbers, of which those above n/2 are the conjugates of
+// those below. Looks at the array, copies nothing.
+template <Real T>
+class Spectrum {
+ public:
+  Spectrum(std::span<const T> packed, Packing packing, int n) : packed_(packed), packing_(packing), n_(n) {
+    detail::require(n > 0 && detail::size(packed) == packed_size(packing, n),
+                    "qor: Spectrum: an array of another length");
+  }
+  int size() const noexcept { return n_; }
+  std::complex<T> operator[](int k) const noexcept {
+    if (k > n_ / 2) return std::conj((*this)[n_ - k]);
+    const auto at = [this](int i) { return packed_[static_cast<std::size_t>(i)]; };
+    if (k == 0) return at(0);
+    if (packing_ == Packing::ccs) return {at(2 * k), at(2 * k + 1)};
+    const bool even = n_ % 2 == 0;
+    if (even && 2 * k == n_) return at(packing_ == Packing::perm ? 1 : n_ - 1);
+    const int i = packing_ == Packing::perm && even ? 2 * k : 2 * k - 1;
+    return {at(i), at(i + 1)};
+  }
+
+ private:
+  std::span<const T> packed_;
+  Packing packing_;
+  int n_;
+};
+
+// The other form of the classes: statuses are returned.
+namespace returning {
+using Stream = BasicStream<Return>;
+template <Real T>
+using RealTransform = BasicRealTransform<T, Return>;
+template <Real T>
+using ComplexTransform = BasicComplexTransform<T, Return>;
+}  // namespace returning
+
+}  // namespace qor
+#endif
