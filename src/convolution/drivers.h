@@ -2,6 +2,7 @@
 #pragma once
 
 #include "convolution/direct.h"
+#include "convolution/drivers.def"
 
 namespace qor::convolution {
 
@@ -16,9 +17,9 @@ inline int check_range(Kind kind, int nx, int ny, int start, int nz, int decimat
 // The arguments of a driver as they came. T is the type of the sums, D that of the data.
 template <Kind kind, class T, class D>
 struct Driver {
-  static int compute(int rank, const D* x, const int* xshape, const int* xstride, const D* y, const int* yshape,
-                     const int* ystride, D* z, const int* zshape, const int* zstride, const int* start,
-                     const int* decimation) {
+  [[gnu::noinline]] static int compute(int rank, const D* x, const int* xshape, const int* xstride, const D* y,
+                                       const int* yshape, const int* ystride, D* z, const int* zshape,
+                                       const int* zstride, const int* start, const int* decimation) {
     // An operand that needs a copy must fit into memory with it; in place it is there already.
     const auto fits = [rank](const int* shape, const int* stride, bool copied) {
       const std::int64_t n = datasize(shape, rank);
@@ -44,8 +45,8 @@ struct Driver {
     return Direct<T, D>(p).run();
   }
 
-  static int scalar(const D* x, int xstride, const D* y, int ystride, D* z, int zstride, int xshape, int yshape,
-                    int start, int zshape, int decimation) {
+  [[gnu::noinline]] static int scalar(const D* x, int xstride, const D* y, int ystride, D* z, int zstride, int xshape,
+                                      int yshape, int start, int zshape, int decimation) {
     if (x == nullptr) return status::null_x;
     if (xshape < 1) return status::bad_xshape;
     if (y == nullptr) return status::null_y;
@@ -58,9 +59,9 @@ struct Driver {
     return compute(1, x, &xshape, &xstride, y, &yshape, &ystride, z, &zshape, &zstride, &start, &decimation);
   }
 
-  static int arrays(int rank, const D* x, const int* xshape, const int* xstride, const D* y, const int* yshape,
-                    const int* ystride, D* z, const int* zshape, const int* zstride, const int* start,
-                    const int* decimation) {
+  [[gnu::noinline]] static int arrays(int rank, const D* x, const int* xshape, const int* xstride, const D* y,
+                                      const int* yshape, const int* ystride, D* z, const int* zshape,
+                                      const int* zstride, const int* start, const int* decimation) {
     if (rank < 1 || rank > max_rank) return status::bad_rank;
     if (x == nullptr) return status::null_x;
     if (y == nullptr) return status::null_y;
@@ -76,5 +77,10 @@ struct Driver {
     return compute(rank, x, xshape, xstride, y, yshape, ystride, z, zshape, zstride, start, decimation);
   }
 };
+
+// Compiled once, with the entries.
+#define DRIVER_ELSEWHERE(Name, kind, Class, D, T) extern template struct Driver<Kind::kind, T, D>;
+CONV_DIRECT(DRIVER_ELSEWHERE)
+#undef DRIVER_ELSEWHERE
 
 }  // namespace qor::convolution

@@ -5,6 +5,9 @@
 
 namespace conv = qor::convolution;
 
+#define DRIVER(Name, kind, Class, D, T) template struct conv::Driver<conv::Kind::kind, T, D>;
+CONV_DIRECT(DRIVER)
+
 #define SCALAR_ENTRY(Name, kind, Class, D, T)                                                                        \
   QOR_ENTRY int _wxr##Name##Class##Direct1D_dec(const D* x, int xstride, const D* y, int ystride, D* z, int zstride, \
                                                 int xshape, int yshape, int start, int zshape, int decimation) {     \
