@@ -113,6 +113,116 @@ int _wxrCorrSSDirectAll_nodec(int rank, const float* x, const int* xshape, const
                               const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
                               const int* start);
 
+/* ---- Fourier drivers ------------------------------------------------------------------------------------------------
+
+   The same results by transforms. Checks, codes and layout are those above; also -2800: the transform failed.
+
+   Rank 1 (1D, and All with rank 1) is qfpsConv below, which takes a direct sum for short arrays: SS in single
+   precision, SD and DD in double. x and y are used in place when their stride is 1 (x of a correlation, and both of SD,
+   are copied); the full result is formed in z when z's stride is 1 and it is asked for whole, otherwise in a work array
+   of nx + ny - 1 elements.
+
+   Rank 2 to 7: Fourier transforms in double precision for all classes, SS and SD results being rounded once. In each
+   dimension the longer operand is cut into blocks where that saves work, and the blocks' results are added. Rank 2
+   transforms real arrays of powers of two; ranks 3 to 7 transform complex arrays, those of rank 4 of even lengths.
+
+   Accuracy. Every output is wrong by at most about 3 u log2(N) |x| |y|, |.| the root of the sum of squares (of a block,
+   where there are blocks), N the number of points of a transform, u as above; then SD and SS round once more. An
+   infinity or a NaN makes every output of its block one. Memory: one block of work space per call, and what the
+   transform engine keeps for ranks above 1; all is freed before the return. */
+
+/* Rank 1. */
+int _wxrConvDDFft1D_dec(const double* x, int xstride, const double* y, int ystride, double* z, int zstride, int xshape,
+                        int yshape, int start, int zshape, int decimation);
+int _wxrConvSDFft1D_dec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                        int yshape, int start, int zshape, int decimation);
+int _wxrConvSSFft1D_dec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                        int yshape, int start, int zshape, int decimation);
+int _wxrCorrDDFft1D_dec(const double* x, int xstride, const double* y, int ystride, double* z, int zstride, int xshape,
+                        int yshape, int start, int zshape, int decimation);
+int _wxrCorrSDFft1D_dec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                        int yshape, int start, int zshape, int decimation);
+int _wxrCorrSSFft1D_dec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                        int yshape, int start, int zshape, int decimation);
+
+/* Rank 1 to 7; the arrays have an entry for each dimension. */
+int _wxrConvDDFftAll_dec(int rank, const double* x, const int* xshape, const int* xstride, const double* y,
+                         const int* yshape, const int* ystride, double* z, const int* zshape, const int* zstride,
+                         const int* start, const int* decimation);
+int _wxrConvSDFftAll_dec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                         const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                         const int* start, const int* decimation);
+int _wxrConvSSFftAll_dec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                         const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                         const int* start, const int* decimation);
+int _wxrCorrDDFftAll_dec(int rank, const double* x, const int* xshape, const int* xstride, const double* y,
+                         const int* yshape, const int* ystride, double* z, const int* zshape, const int* zstride,
+                         const int* start, const int* decimation);
+int _wxrCorrSDFftAll_dec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                         const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                         const int* start, const int* decimation);
+int _wxrCorrSSFftAll_dec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                         const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                         const int* start, const int* decimation);
+
+/* These exist for their names: -2000, and nothing is done. */
+int _wxrConvDDFft1D_nodec(const double* x, int xstride, const double* y, int ystride, double* z, int zstride,
+                          int xshape, int yshape, int start, int zshape);
+int _wxrConvDDFftAll_nodec(int rank, const double* x, const int* xshape, const int* xstride, const double* y,
+                           const int* yshape, const int* ystride, double* z, const int* zshape, const int* zstride,
+                           const int* start);
+int _wxrConvSDFft1D_nodec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                          int yshape, int start, int zshape);
+int _wxrConvSDFftAll_nodec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                           const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                           const int* start);
+int _wxrConvSSFft1D_nodec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                          int yshape, int start, int zshape);
+int _wxrConvSSFftAll_nodec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                           const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                           const int* start);
+int _wxrCorrDDFft1D_nodec(const double* x, int xstride, const double* y, int ystride, double* z, int zstride,
+                          int xshape, int yshape, int start, int zshape);
+int _wxrCorrDDFftAll_nodec(int rank, const double* x, const int* xshape, const int* xstride, const double* y,
+                           const int* yshape, const int* ystride, double* z, const int* zshape, const int* zstride,
+                           const int* start);
+int _wxrCorrSDFft1D_nodec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                          int yshape, int start, int zshape);
+int _wxrCorrSDFftAll_nodec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                           const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                           const int* start);
+int _wxrCorrSSFft1D_nodec(const float* x, int xstride, const float* y, int ystride, float* z, int zstride, int xshape,
+                          int yshape, int start, int zshape);
+int _wxrCorrSSFftAll_nodec(int rank, const float* x, const int* xshape, const int* xstride, const float* y,
+                           const int* yshape, const int* ystride, float* z, const int* zshape, const int* zstride,
+                           const int* start);
+
+/* ---- convolution of whole arrays ------------------------------------------------------------------------------------
+
+   qfpsConv: dst[k] = sum over i of src1[i] src2[k - i], k = 0 ... len1 + len2 - 2. src1 and src2 may be the same array;
+   dst overlaps neither. Exchanging the operands changes no bit. With L the longer length, S the shorter one and
+   N = L + S - 1:
+
+     N < 512 or S < 64   direct sums; from L = 4096 on those of pieces of 4096 elements, one after the other
+     L < 3 S             one product of 2^k >= N points
+     otherwise           overlap-add: products of M = 2^k >= 2 S points, each with M - S + 1 elements of the longer array
+
+   Products are of polynomials modulo t^M + 1 by a right-angle convolution (R. Crandall and B. Fagin, Mathematics of
+   Computation 62, 1994), whose transforms split t^M + 1 into factors: no spectrum is put in order, and nothing is set
+   up beforehand.
+
+   Accuracy: direct sums as the direct drivers of rank 1; products within about 3 u log2(M) |a| |b|, |.| the root of
+   the sum of squares of the shorter array and of the block of the longer one. An infinity or a NaN spreads to the block.
+   Memory: one block of about 2 M elements, none for direct sums.
+
+   Status: 0; -8 a null pointer; -6 a length below 1; -15 more than 2^30 points; -9 no memory. errno stays as it was.
+
+   ownConv: the direct sum alone, added to dst; lengths are at least 1, in any order, nothing is checked. */
+int qfpsConv_64f(const double* src1, int len1, const double* src2, int len2, double* dst);
+int qfpsConv_32f(const float* src1, int len1, const float* src2, int len2, float* dst);
+void ownConv_64f(const double* longer, int longlen, const double* shorter, int shortlen, double* dst);
+void ownConv_32f(const float* longer, int longlen, const float* shorter, int shortlen, float* dst);
+
 /* ---- tasks ----------------------------------------------------------------------------------------------------------
 
    A task is a record that the library makes and deletes; the caller holds the pointer. Its shapes are fixed; mode,
