@@ -13,7 +13,7 @@ endforeach()
 
 # Each public header by itself, in every language version that callers use.
 set(strict -m32 -pedantic -Wall -Wextra -Werror -fsyntax-only -I${PROJECT_SOURCE_DIR}/include)
-foreach(header qor blas1 conv fft rng service tfn)
+foreach(header qor blas1 conv dft fft rng service tfn)
   foreach(version c99 c11 c17 c++98 c++11 c++14 c++17 c++20)
     if(version MATCHES "\\+")
       set(compile ${CMAKE_CXX_COMPILER} -x c++)

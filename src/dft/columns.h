@@ -1,0 +1,57 @@
+// Transforms down the columns of an array, several columns at once: a lane of a register is a column, so that nothing is
+// shuffled but on the way in and out, where real and imaginary parts part and meet.
+//
+// n = R1 R2 ... Rs by decimation in time, in a buffer of n rows: the first pass reads the array's rows in the order of
+// their reversed digits, the passes between run in place, the last one writes the array's rows in order.
+#pragma once
+
+#include "fft/create.h"
+#include "fft/plan.h"
+
+namespace qor::dft {
+
+template <class T>
+class Columns {
+ public:
+  using V = simd::Vec<T>;
+  static constexpr int lanes = simd::lanes<V>;
+  static constexpr int most_registers = 4;
+  static constexpr int most_columns = most_registers * lanes;  // 128 bytes of a row
+
+  Columns() = default;
+  ~Columns() { fft::destroy(lines_); }
+  Columns(const Columns&) = delete;
+  Columns& operator=(const Columns&) = delete;
+
+  // 0 or fft::no_memory.
+  int make(int n);
+  int length() const { return n_; }
+  // Reals that run() needs.
+  std::size_t work_size() const { return work_; }
+
+  // Up to most_columns columns, a multiple of `lanes`, that begin at `in`; rows are a pitch of so many reals apart. out
+  // may be in.
+  template <bool Inverse>
+  void run(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns, T* work) const;
+
+ private:
+  struct Pass {
+    int radix, m;
+    std::size_t twiddles;
+  };
+  static constexpr int most_passes = 20, gap = 4 * lanes;
+
+  void choose_passes(int n);
+  bool make_tables();
+  template <bool Inverse>
+  void run_lines(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns, T* work) const;
+
+  int n_ = 0, count_ = 0;
+  Pass pass_[most_passes];
+  fft::Array<T> twiddles_;
+  fft::Array<int> place_;          // of each group of the first pass: the block of the buffer
+  fft::Plan<T>* lines_ = nullptr;  // lengths with large prime factors: a column after the other
+  std::size_t work_ = 0;
+};
+
+}  // namespace qor::dft
