@@ -5,6 +5,11 @@
 
 namespace conv = qor::convolution;
 
+#define DRIVER(Name, kind, Class, D, T)                                                     \
+  template struct conv::Checked<conv::Driver<conv::Kind::kind, T, D>, conv::Kind::kind, D>; \
+  template struct conv::Driver<conv::Kind::kind, T, D>;
+CONV_MEMBERS(DRIVER)
+
 #define SCALAR_ENTRY(Name, kind, Class, D, T)                                                                        \
   QOR_ENTRY int _wxr##Name##Class##Direct1D_dec(const D* x, int xstride, const D* y, int ystride, D* z, int zstride, \
                                                 int xshape, int yshape, int start, int zshape, int decimation) {     \
@@ -34,9 +39,9 @@ namespace conv = qor::convolution;
     return conv::status::not_here;                                                                             \
   }
 
-CONV_DIRECT(SCALAR_ENTRY)
-CONV_DIRECT(ARRAY_ENTRY)
-CONV_DIRECT(UNUSED_ARRAY_ENTRY)
+CONV_MEMBERS(SCALAR_ENTRY)
+CONV_MEMBERS(ARRAY_ENTRY)
+CONV_MEMBERS(UNUSED_ARRAY_ENTRY)
 NODEC_ENTRY(Conv, convolution)
 NODEC_ENTRY(Corr, correlation)
 UNUSED_ENTRY(Conv, DD, double)

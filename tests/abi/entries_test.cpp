@@ -580,6 +580,98 @@ void add_convolution() {
   }
 }
 
+// A task of rank 2 on an x of its own, made by plain calls, with private data whose functions look at their stack.
+int probe_release(qor_conv_task*, void*) {
+  note_frame(__builtin_frame_address(0));
+  return 0;
+}
+int probe_copy(qor_conv_task*, void** slot, void*) {
+  note_frame(__builtin_frame_address(0));
+  *slot = std::malloc(1);
+  return 0;
+}
+class ConvTask {
+ public:
+  ConvTask() {
+    EXPECT_EQ(__wxrNewTaskX(&task_, 1, 2, 0, 4, 2, 2, shape, shape, full, x_.get(), nullptr), 0);
+    task_->private_data = std::malloc(1);
+    task_->release_private_data = probe_release;
+    task_->copy_private_data = probe_copy;
+  }
+  ~ConvTask() {
+    if (task_ != nullptr) __wxrDeleteTask(&task_);
+  }
+  ConvTask(const ConvTask&) = delete;
+  ConvTask& operator=(const ConvTask&) = delete;
+  qor_conv_task* get() const { return task_; }
+  qor_conv_task** slot() { return &task_; }
+  double* x() { return x_.get(); }
+  static constexpr int shape[2] = {5, 4}, full[2] = {9, 7};
+
+ private:
+  Array<double> x_{std::vector<double>(elements, 0.5)};
+  qor_conv_task* task_ = nullptr;
+};
+constexpr int ConvTask::shape[2], ConvTask::full[2];
+
+void add_tasks() {
+  const auto add_task = [](const char* name, const std::function<void(Caller&, ConvTask&)>& work) {
+    add(name, [work](Caller& call) {
+      ConvTask task;
+      work(call, task);
+      if (task.get() != nullptr) call.note(static_cast<unsigned>(__wxrccGetStatus(task.get())));
+    });
+  };
+  // Words 4 to 7 and 11 to 13 of a new task say what it is.
+  const auto note_task = [](Caller& call, qor_conv_task* task) {
+    ASSERT_NE(task, nullptr);
+    call.note(std::string(reinterpret_cast<const char*>(&task->kind), 16));
+    call.note(std::string(reinterpret_cast<const char*>(&task->data_precision), 12));
+    __wxrDeleteTask(&task);
+  };
+  add("__wxrNewTask", [note_task](Caller& call) {
+    qor_conv_task* task = nullptr;
+    call.result(&task, 1, 2, 3, 4, 5, 2, ConvTask::shape, ConvTask::shape, ConvTask::full);
+    note_task(call, task);
+  });
+  add("__wxrNewTaskX", [note_task](Caller& call) {
+    qor_conv_task* task = nullptr;
+    call.result(&task, 1, 2, 3, 4, 5, 2, ConvTask::shape, ConvTask::shape, ConvTask::full, &task, ConvTask::shape);
+    note_task(call, task);
+  });
+  add_task("__wxrCommitTask", [](Caller& call, ConvTask& task) { call.result(task.get()); });
+  add_task("__wxrEditTask", [](Caller& call, ConvTask& task) {
+    call.result(task.get(), QOR_CONV_EDIT_START, ConvTask::shape);
+    call.note(static_cast<unsigned>(task.get()->start_entries[1]));
+    call.result(task.get(), 1, ConvTask::shape);
+  });
+  for (const bool fixed : {false, true}) {
+    add_task(fixed ? "__wxrExecX" : "__wxrExec", [fixed](Caller& call, ConvTask& task) {
+      Array<double> y(std::vector<double>(elements, 0.75)), z;
+      for (const int mode : {QOR_CONV_MODE_FFT, QOR_CONV_MODE_DIRECT}) {
+        __wxrEditTask(task.get(), QOR_CONV_EDIT_MODE, &mode);
+        if (fixed) call.result(task.get(), y.get(), nullptr, z.get(), nullptr);
+        if (!fixed) call.result(task.get(), task.x(), nullptr, y.get(), nullptr, z.get(), nullptr);
+        call.note(z.bytes());
+      }
+    });
+  }
+  add_task("__wxrCopyTask", [note_task](Caller& call, ConvTask& task) {
+    qor_conv_task* copy = nullptr;
+    const int calls_before = callback_calls;
+    call.result(&copy, task.get());
+    EXPECT_EQ(callback_calls, calls_before + 1);
+    note_task(call, copy);
+  });
+  add_task("__wxrDeleteTask", [](Caller& call, ConvTask& task) {
+    const int calls_before = callback_calls;
+    call.result(task.slot());
+    EXPECT_EQ(callback_calls, calls_before + 1);
+  });
+  add_task("__wxrccSetStatus", [](Caller& call, ConvTask& task) { call.result(task.get(), -7); });
+  add_task("__wxrccGetStatus", [](Caller& call, ConvTask& task) { call.result(task.get()); });
+}
+
 void add_registry() {
   add("__wxrRegisterBrng", [](Caller& call) {
     const int before = __wxrGetNumRegBrngs();
@@ -977,6 +1069,7 @@ class Entries : public testing::Test {
     add_one_element<double>("_tfnd");
     add_one_element<float>("_tfns");
     add_convolution();
+    add_tasks();
     add_registry();
     add_streams();
     add_engines();

@@ -5,17 +5,15 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <random>
 #include <vector>
 
+#include "conv/problems.h"
 #include "qor/conv.h"
 #include "support/allocations.h"
-#include "support/guarded.h"
 
 namespace {
 
-using Ints = std::vector<int>;
-using Wide = long double;
+using namespace qor::test;
 
 template <class D>
 using Scalar = int (*)(const D*, int, const D*, int, D*, int, int, int, int, int, int);
@@ -38,95 +36,6 @@ using Members = ::testing::Types<Member<double, false, false, _wxrConvDDDirect1D
                                  Member<float, true, false, _wxrCorrSDDirect1D_dec, _wxrCorrSDDirectAll_dec>,
                                  Member<float, true, true, _wxrCorrSSDirect1D_dec, _wxrCorrSSDirectAll_dec>>;
 
-int size_of(const Ints& shape) {
-  int n = 1;
-  for (const int s : shape) n *= s;
-  return n;
-}
-Ints dense(const Ints& shape) {
-  Ints stride;
-  int n = 1;
-  for (const int s : shape) stride.push_back(n), n *= s;
-  return stride;
-}
-// Steps through all indices, dimension 0 first; false after the last.
-bool next(Ints& index, const Ints& shape) {
-  for (std::size_t k = 0; k < shape.size(); ++k) {
-    if (++index[k] < shape[k]) return true;
-    index[k] = 0;
-  }
-  return false;
-}
-int place(const Ints& index, const Ints& shape, const Ints& stride) {
-  int at = 0;
-  for (std::size_t k = 0; k < shape.size(); ++k) {
-    at += stride[k] >= 0 ? index[k] * stride[k] : (shape[k] - 1 - index[k]) * -stride[k];
-  }
-  return at;
-}
-// The elements from the lowest to the highest.
-int extent(const Ints& shape, const Ints& stride) {
-  int n = 1;
-  for (std::size_t k = 0; k < shape.size(); ++k) n += (shape[k] - 1) * std::abs(stride[k]);
-  return n;
-}
-
-// An array in its layout, up against the page that can't be touched behind it, or before it.
-template <class D>
-class Placed {
- public:
-  Placed(const std::vector<D>& values, const Ints& shape, const Ints& stride, bool at_head)
-      : shape_(shape),
-        stride_(stride),
-        n_(extent(shape, stride)),
-        block_(n_),
-        data_(at_head ? block_.head() : block_.data()) {
-    for (int i = 0; i < n_; ++i) data_[i] = untouched;
-    if (values.empty()) return;
-    Ints index(shape.size());
-    std::size_t i = 0;
-    do data_[place(index, shape, stride)] = values[i++];
-    while (next(index, shape));
-  }
-  D* data() { return data_; }
-  // The values in order; gaps must be as they were.
-  std::vector<D> values() {
-    std::vector<D> v;
-    std::vector<bool> named(static_cast<std::size_t>(n_));
-    Ints index(shape_.size());
-    do {
-      const int at = place(index, shape_, stride_);
-      v.push_back(data_[at]);
-      named[static_cast<std::size_t>(at)] = true;
-    } while (next(index, shape_));
-    for (int i = 0; i < n_; ++i) {
-      if (!named[static_cast<std::size_t>(i)]) {
-        EXPECT_EQ(data_[i], untouched) << "written between elements at " << i;
-      }
-    }
-    return v;
-  }
-  static constexpr D untouched = D(1e30);
-
- private:
-  Ints shape_, stride_;
-  int n_;
-  qor::test::Guarded<D> block_;
-  D* data_;
-};
-
-struct Case {
-  Ints nx, ny, nz, start, step, sx, sy, sz;
-};
-std::string text(const Case& c) {
-  std::string s;
-  for (const Ints* v : {&c.nx, &c.ny, &c.nz, &c.start, &c.step, &c.sx, &c.sy, &c.sz}) {
-    for (const int i : *v) s += std::to_string(i) + " ";
-    s += "| ";
-  }
-  return s;
-}
-
 // Rank 1 goes through both drivers in turn.
 template <class M, class D = typename M::D>
 std::vector<D> compute(const Case& c, const std::vector<D>& x, const std::vector<D>& y, bool at_head,
@@ -140,109 +49,17 @@ std::vector<D> compute(const Case& c, const std::vector<D>& x, const std::vector
   return pz.values();
 }
 
-// The sums by definition, and the errors they may have.
 template <class M, class D = typename M::D>
 void expect_sums(const Case& c, const std::vector<D>& x, const std::vector<D>& y, const std::vector<D>& z) {
-  const std::size_t rank = c.nx.size();
-  Ints j(rank);
-  std::size_t at = 0;
-  do {
-    Wide sum = 0, size = 0;
-    int products = 0;
-    Ints i(rank), first(rank), last(rank), other(rank);
-    bool some = true;
-    for (std::size_t k = 0; k < rank; ++k) {
-      const int m = c.start[k] + j[k] * c.step[k];
-      // The i with x[i] and its partner, m - i or m + i, inside.
-      first[k] = M::correlates ? std::max(0, -m) : std::max(0, m - c.ny[k] + 1);
-      last[k] = M::correlates ? std::min(c.nx[k], c.ny[k] - m) : std::min(c.nx[k], m + 1);
-      some = some && first[k] < last[k];
-      other[k] = m;
-    }
-    if (some) {
-      Ints count(rank), partner(rank);
-      for (std::size_t k = 0; k < rank; ++k) count[k] = last[k] - first[k];
-      Ints step(rank);
-      do {
-        for (std::size_t k = 0; k < rank; ++k) {
-          i[k] = first[k] + step[k];
-          partner[k] = M::correlates ? other[k] + i[k] : other[k] - i[k];
-        }
-        const Wide p =
-            Wide(x[std::size_t(place(i, c.nx, dense(c.nx)))]) * y[std::size_t(place(partner, c.ny, dense(c.ny)))];
-        sum += p;
-        size += std::fabs(p);
-        ++products;
-      } while (next(step, count));
-    }
+  const std::vector<Sum> sums = plain_sums(c, x, y);
+  ASSERT_EQ(sums.size(), z.size());
+  for (std::size_t at = 0; at < z.size(); ++at) {
+    const Sum& s = sums[at];
     const Wide bound =
-        (std::min(products, 512 + products / 16) + 1) * Wide(M::unit) * size + M::final_unit * std::fabs(sum);
-    ASSERT_LE(std::fabs(z[at] - sum), bound) << "output " << at << " of " << text(c);
-    ++at;
-  } while (next(j, c.nz));
+        (std::min(s.products, 512 + s.products / 16) + 1) * Wide(M::unit) * s.size + M::final_unit * std::fabs(s.value);
+    ASSERT_LE(std::fabs(z[at] - s.value), bound) << "output " << at << " of " << text(c);
+  }
 }
-
-class Draw {
- public:
-  explicit Draw(unsigned seed) : engine_(seed) {}
-  int operator()(int low, int high) { return std::uniform_int_distribution<int>(low, high)(engine_); }
-  template <class D>
-  std::vector<D> values(const Ints& shape, const Ints& stride) {
-    std::vector<D> v(std::size_t(size_of(shape)));
-    for (D& x : v) x = D(std::uniform_real_distribution<double>(-1, 1)(engine_));
-    // Elements in the same place are equal.
-    Ints index(shape.size());
-    std::size_t i = 0;
-    do {
-      Ints same = index;
-      for (std::size_t k = 0; k < shape.size(); ++k) same[k] = stride[k] == 0 ? 0 : index[k];
-      v[i++] = v[std::size_t(place(same, shape, dense(shape)))];
-    } while (next(index, shape));
-    return v;
-  }
-  // Dense; dense but in dimension 0; with gaps; each of them in some dimensions backwards, and still if allowed.
-  Ints stride(const Ints& shape, bool may_be_zero) {
-    const int way = (*this)(0, 3);
-    Ints s = dense(shape);
-    if (way == 1 && shape[0] == 1) s[0] = 3;
-    if (way >= 2) {
-      int n = (*this)(1, 3);
-      for (std::size_t k = 0; k < shape.size(); ++k) s[k] = n, n = n * shape[k] + (*this)(0, 2);
-    }
-    if (way == 3) {
-      for (int& each : s) {
-        const int sign = (*this)(0, may_be_zero ? 3 : 2);
-        each = sign == 0 ? -each : sign == 3 ? 0 : each;
-      }
-    }
-    return s;
-  }
-  template <class M>
-  Case problem(int rank, int longest) {
-    Case c;
-    for (int k = 0; k < rank; ++k) {
-      c.nx.push_back((*this)(1, longest));
-      c.ny.push_back((*this)(1, longest));
-      const int low = M::correlates ? 1 - c.nx.back() : 0, count = c.nx.back() + c.ny.back() - 1;
-      c.start.push_back((*this)(0, 2) == 0 ? low : low + (*this)(0, count - 1));
-      c.step.push_back((*this)(0, 2) != 0 ? 1 : (*this)(1, 5));
-      const int most = (count - 1 - (c.start.back() - low)) / c.step.back() + 1;
-      c.nz.push_back((*this)(0, 1) == 0 ? most : (*this)(1, most));
-    }
-    if ((*this)(0, 2) == 0 && c.ny[0] >= c.nx[0]) {  // the outputs that x lies within y for, up to the last
-      c.start[0] = M::correlates ? 0 : c.nx[0] - 1;
-      c.step[0] = 1;
-      c.nz[0] = c.ny[0] - c.nx[0] + 1;
-    }
-    c.sx = stride(c.nx, true);
-    c.sy = stride(c.ny, true);
-    c.sz = stride(c.nz, false);
-    return c;
-  }
-
- private:
-  std::mt19937 engine_;
-};
 
 template <class M>
 void expect_agreement(Draw& draw, const Case& c, int round) {
@@ -264,7 +81,7 @@ TYPED_TEST(DirectDrivers, AgreeWithTheirDefinitionInEveryLayout) {
   const int longest[] = {0, 70, 14, 7, 4, 3, 3, 2};
   for (int round = 0; round < 60 && !this->HasFatalFailure(); ++round) {
     for (int rank = 1; rank <= 7; ++rank)
-      expect_agreement<TypeParam>(draw, draw.problem<TypeParam>(rank, longest[rank]), round);
+      expect_agreement<TypeParam>(draw, draw.problem(TypeParam::correlates, rank, longest[rank]), round);
   }
 }
 
@@ -285,7 +102,7 @@ TYPED_TEST(DirectDrivers, AgreeWithTheirDefinitionBeyondOneTile) {
   Draw draw(7);
   int round = 0;
   for (const Size& size : sizes) {
-    Case c{size.nx, size.ny, {}, {}, size.step, {}, {}, {}};
+    Case c{TypeParam::correlates, size.nx, size.ny, {}, {}, size.step, {}, {}, {}};
     for (std::size_t k = 0; k < c.nx.size(); ++k) {
       const int count = c.nx[k] + c.ny[k] - 1;
       c.start.push_back(TypeParam::correlates ? 1 - c.nx[k] : 0);
@@ -300,7 +117,7 @@ TYPED_TEST(DirectDrivers, SpreadInfinitiesToTheirOwnSumsOnly) {
   using D = typename TypeParam::D;
   Draw draw(5);
   for (int round = 0; round < 40; ++round) {
-    Case c = draw.problem<TypeParam>(1 + round % 3, round % 3 == 0 ? 90 : 9);
+    Case c = draw.problem(TypeParam::correlates, 1 + round % 3, round % 3 == 0 ? 90 : 9);
     c.sx = dense(c.nx), c.sy = dense(c.ny), c.sz = dense(c.nz);
     std::vector<D> x = draw.values<D>(c.nx, c.sx), y = draw.values<D>(c.ny, c.sy);
     const std::vector<D> usual = compute<TypeParam>(c, x, y, true, true);
