@@ -6,7 +6,7 @@
 
 #include "base/owned.h"
 #include "convolution/drivers.h"
-#include "convolution/kept.h"
+#include "convolution/fourier.h"
 
 namespace qor::convolution {
 namespace {
@@ -78,16 +78,14 @@ Kept* kept_by(Task* task) {
 
 // ---- execution ------------------------------------------------------------------------------------------------------
 
-template <Kind kind, class T, class D>
-int drive(const Task& t, const Operands& o, const int* xshape, const int* yshape, const int* zshape, const int* start,
-          const int* decimation, Kept&) {
-  using Chosen = Driver<kind, T, D>;
-  const D *const x = static_cast<const D*>(o.x), *const y = static_cast<const D*>(o.y);
-  D* const z = static_cast<D*>(o.z);
-  if (t.rank == 1) {
-    return Chosen::scalar(x, *o.xstride, y, *o.ystride, z, *o.zstride, *xshape, *yshape, *start, *zshape, *decimation);
+template <class Chosen, class D, class... Extra>
+int drive(const Arguments<D>& c, Extra&... extra) {
+  if (c.rank != 1) {
+    return Chosen::arrays(c.rank, c.x, c.xshape, c.xstride, c.y, c.yshape, c.ystride, c.z, c.zshape, c.zstride, c.start,
+                          c.decimation, extra...);
   }
-  return Chosen::arrays(t.rank, x, xshape, o.xstride, y, yshape, o.ystride, z, zshape, o.zstride, start, decimation);
+  return Chosen::scalar(c.x, *c.xstride, c.y, *c.ystride, c.z, *c.zstride, *c.xshape, *c.yshape, *c.start, *c.zshape,
+                        *c.decimation, extra...);
 }
 
 int dispatch(Task* task, Operands o) {
@@ -109,17 +107,29 @@ int dispatch(Task* task, Operands o) {
   const bool single_data = t.data_precision == single_precision, single_sums = t.internal_precision == single_precision;
   // On purpose of rank 1 only: the higher ranks compute in double.
   if (t.rank == 1 && !single_data && single_sums) return status::not_here;
-  Kept fresh;
-  Kept* const kept = t.mode == direct_mode ? nullptr : kept_by(task);
-  const auto run = [&]<Kind kind>() {
-    const auto as = [&]<class T, class D>() {
-      return drive<kind, T, D>(t, o, xshape, yshape, zshape, start, decimation, kept != nullptr ? *kept : fresh);
-    };
-    if (!single_data) return as.template operator()<double, double>();
-    return single_sums ? as.template operator()<float, float>() : as.template operator()<double, float>();
+  const auto run = [&]<Kind kind, class T, class D>() {
+    const Arguments<D> c{t.rank,
+                         static_cast<const D*>(o.x),
+                         xshape,
+                         o.xstride,
+                         static_cast<const D*>(o.y),
+                         yshape,
+                         o.ystride,
+                         static_cast<D*>(o.z),
+                         zshape,
+                         o.zstride,
+                         start,
+                         decimation};
+    if (t.mode == direct_mode) return drive<Driver<kind, T, D>>(c);
+    Kept fresh, *const kept = kept_by(task);
+    return drive<FourierDriver<kind, T, D>>(c, kept != nullptr ? *kept : fresh);
   };
-  return t.kind == convolution_kind ? run.template operator()<Kind::convolution>()
-                                    : run.template operator()<Kind::correlation>();
+  const auto run_kind = [&]<Kind kind>() {
+    if (!single_data) return run.template operator()<kind, double, double>();
+    return single_sums ? run.template operator()<kind, float, float>() : run.template operator()<kind, double, float>();
+  };
+  return t.kind == convolution_kind ? run_kind.template operator()<Kind::convolution>()
+                                    : run_kind.template operator()<Kind::correlation>();
 }
 
 int apply(Task& task, int parameter, const int* value) {

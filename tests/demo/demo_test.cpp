@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -27,6 +28,38 @@ Outcome run(const std::string& arguments) {
   const int status = pclose(pipe);
   outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return outcome;
+}
+
+std::string little_endian(unsigned value, int bytes) {
+  std::string s;
+  for (int i = 0; i < bytes; ++i) s += static_cast<char>(value >> 8 * i & 255);
+  return s;
+}
+// A WAV file, with a chunk that nobody knows before the samples.
+std::string wav(unsigned format, unsigned channels, unsigned bits, const std::string& data) {
+  const std::string chunks = "fmt " + little_endian(16, 4) + little_endian(format, 2) + little_endian(channels, 2) +
+                             little_endian(48000, 4) + little_endian(0, 4) + little_endian(0, 2) +
+                             little_endian(bits, 2) + "junk" + little_endian(3, 4) + "abc" + std::string(1, 0) +
+                             "data" + little_endian(unsigned(data.size()), 4) + data;
+  return "RIFF" + little_endian(unsigned(chunks.size()) + 4, 4) + "WAVE" + chunks;
+}
+// One second at 48 kHz that swells towards 0.6 s: a tone that rises from 500 to 1500 Hz, and one of 9 kHz with half its
+// amplitude.
+double tones(int i) {
+  const double t = i / 48000.0, swell = std::exp(-50 * (t - 0.6) * (t - 0.6));
+  return 0.4 * swell * (std::sin(2 * M_PI * (500 + 500 * t) * t) + 0.5 * std::sin(2 * M_PI * 9000 * t));
+}
+std::string sampled(unsigned format, unsigned channels, unsigned bits) {
+  std::string data;
+  for (int i = 0; i < 48000; ++i) {
+    for (unsigned c = 0; c < channels; ++c) {
+      const double v = channels == 1 ? tones(i) : c == 0 ? 1.5 * tones(i) : 0.5 * tones(i);
+      auto word = static_cast<unsigned>(static_cast<int>(std::lround(v * std::ldexp(1.0, int(bits) - 1))));
+      if (format == 3) word = std::bit_cast<unsigned>(static_cast<float>(v));
+      data += little_endian(bits == 8 ? word + 128 : word, int(bits) / 8);
+    }
+  }
+  return data;
 }
 
 class Demo : public testing::Test {
@@ -64,6 +97,11 @@ TEST_F(Demo, SaysWhatIsWrongWithAFileAndLeavesWithStatus1) {
       {twelve + " --split", "--split needs a value"},
       {twelve + " " + twelve, "more than one file"},
       {"--frobnicate", "unknown option --frobnicate"},
+      {file("empty.wav", wav(1, 1, 16, "")), "has no samples"},
+      {file("law.wav", wav(6, 1, 8, "abc")), "only PCM of 8 to 32 bits and 32-bit floats are read"},
+      {file("none.wav", wav(1, 0, 16, "abcd")), "is damaged"},
+      {file("half.wav", wav(1, 1, 16, "abcd").substr(0, 30)), "only PCM"},
+      {file("one.wav", wav(1, 1, 16, "abcd")) + " " + file("two.wav", wav(1, 1, 16, "abcd")), "more than one file"},
       {twelve + " --output /proc/nowhere", "cannot make the folder /proc/nowhere"},
   };
   for (const Row& row : rows) {
@@ -132,6 +170,39 @@ TEST_F(Demo, PricesTheBasketWithinItsErrors) {
   EXPECT_NEAR(arithmetic, by_way, 4.5 * arithmetic_error);
   EXPECT_LT(by_way_error, arithmetic_error / 4);
   EXPECT_GT(by_way, closed);  // the arithmetic mean is the larger
+}
+
+// The tone of 9 kHz, a fifth of the power, goes; the fragment is found where it was taken, at the loudest place.
+TEST_F(Demo, FiltersAndSearchesARecording) {
+  struct Form {
+    unsigned format, channels, bits;
+  };
+  for (const auto& [format, channels, bits] : {Form{1, 1, 8}, {1, 2, 16}, {1, 2, 24}, {3, 1, 32}}) {
+    const Outcome outcome =
+        run(file("tones.wav", wav(format, channels, bits, sampled(format, channels, bits))) + quick());
+    ASSERT_EQ(outcome.status, 0) << outcome.output;
+    double seconds = 0, apart = 1, thinned_apart = 1, score_apart = 1, from = 0, found = 1, score = 0, before = 0,
+           after = 0;
+    ASSERT_EQ(std::sscanf(outcome.output.c_str() + outcome.output.find("tones.wav:"),
+                          "tones.wav: %lf s, 48000 samples per second low-passed at 5.74 kHz, 511 taps %*f ms "
+                          "directly, %*f ms through transforms; they differ by %lf the same, every 4th sample %*f ms "
+                          "directly; differ by %lf from the above correlated with a quarter second %*f ms through "
+                          "transforms, %*f ms directly; they differ by %lf taken from %lf s, with as much noise "
+                          "added; found at %lf s, correlation %lf power above 6.0 kHz %lf dB of all before, %lf",
+                          &seconds, &apart, &thinned_apart, &score_apart, &from, &found, &score, &before, &after),
+              9)
+        << outcome.output;
+    EXPECT_EQ(seconds, 1);
+    EXPECT_LT(std::max({apart, thinned_apart, score_apart}), 1e-13);
+    EXPECT_NEAR(from, 0.475, 0.01) << "a quarter second around 0.6 s";
+    EXPECT_EQ(found, from);
+    EXPECT_NEAR(score, std::sqrt(0.5), 0.03);
+    EXPECT_NEAR(before, -7, 0.6);
+    EXPECT_LT(after, bits == 8 ? -50 : -95);
+  }
+  for (const char* name : {"sound_wave.dat", "sound_spectrum.dat", "sound_search.dat"}) {
+    EXPECT_GT(std::filesystem::file_size(folder_ / "output" / name), 3000u) << name;
+  }
 }
 
 }  // namespace

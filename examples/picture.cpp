@@ -1,0 +1,175 @@
+// Blurs and sharpens a picture with two-dimensional tasks: directly, through transforms, and directly with the blur's
+// factors one after the other, since it is separable. Reads and writes PGM (netpbm's grey pictures); ./run picture
+// converts from and to other formats. Uses the public header and the shared object alone.
+#include <qor/conv.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+  std::fprintf(stderr, "picture: %s\n", what.c_str());
+  std::exit(1);
+}
+
+// Values by rows; a row is dimension 0.
+struct Picture {
+  int width = 0, height = 0;
+  std::vector<float> values;
+  Picture() = default;
+  Picture(int w, int h) : width(w), height(h), values(static_cast<std::size_t>(w) * static_cast<std::size_t>(h)) {}
+  float& at(int x, int y) {
+    return values[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
+  }
+  float at(int x, int y) const { return const_cast<Picture*>(this)->at(x, y); }
+};
+
+// Values from 0 to 255.
+Picture read_pgm(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) fail("cannot open " + path + ": " + std::strerror(errno));
+  const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (bytes.rfind("P5", 0) != 0) fail(path + " is no binary PGM file");
+  std::size_t at = 2;
+  int size[3];
+  for (int& n : size) {  // width, height, the value of white; comments may stand between them
+    while (at < bytes.size() && (std::isspace(static_cast<unsigned char>(bytes[at])) || bytes[at] == '#')) {
+      if (bytes[at] == '#') at = std::min(bytes.find('\n', at), bytes.size() - 1);
+      ++at;
+    }
+    n = 0;
+    for (; at < bytes.size() && bytes[at] >= '0' && bytes[at] <= '9' && n < 1'000'000; ++at)
+      n = 10 * n + bytes[at] - '0';
+  }
+  ++at;
+  const auto [width, height, white] = size;
+  const std::size_t each = white > 255 ? 2 : 1;
+  const double values = static_cast<double>(width) * height;
+  if (width < 1 || height < 1 || white < 1 || white > 65535 || values > 5e7) fail(path + " is damaged, or too large");
+  if (static_cast<double>(bytes.size()) < static_cast<double>(at) + values * static_cast<double>(each)) {
+    fail(path + " ends too early");
+  }
+  Picture picture(width, height);
+  for (float& v : picture.values) {
+    unsigned value = 0;
+    for (std::size_t i = 0; i < each; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at++]);
+    v = static_cast<float>(value) * 255 / static_cast<float>(white);
+  }
+  return picture;
+}
+
+void write_pgm(const std::string& path, const Picture& picture) {
+  std::string bytes = "P5\n" + std::to_string(picture.width) + " " + std::to_string(picture.height) + "\n255\n";
+  for (const float v : picture.values) bytes += static_cast<char>(std::lround(std::clamp(v, 0.0f, 255.0f)));
+  std::ofstream file(path, std::ios::binary);
+  if (!file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush()) fail("cannot write " + path);
+}
+
+// The picture with its edges continued outwards, so that what lies outside isn't black.
+Picture continued(const Picture& picture, int margin) {
+  Picture out(picture.width + 2 * margin, picture.height + 2 * margin);
+  for (int y = 0; y < out.height; ++y) {
+    for (int x = 0; x < out.width; ++x) {
+      out.at(x, y) =
+          picture.at(std::clamp(x - margin, 0, picture.width - 1), std::clamp(y - margin, 0, picture.height - 1));
+    }
+  }
+  return out;
+}
+
+// The convolution where all of the kernel lies within the picture: the result is smaller by the kernel's size less 1.
+Picture convolved(const Picture& kernel, const Picture& picture, int mode, double& milliseconds) {
+  Picture out(picture.width - kernel.width + 1, picture.height - kernel.height + 1);
+  const int shape[] = {kernel.width, kernel.height}, whole[] = {picture.width, picture.height};
+  const int part[] = {out.width, out.height}, start[] = {kernel.width - 1, kernel.height - 1};
+  qor_conv_task* task = nullptr;
+  int status =
+      __wxrNewTask(&task, QOR_CONV_KIND_CONVOLUTION, 0, mode, 0, QOR_CONV_PRECISION_SINGLE, 2, shape, whole, part);
+  if (status == 0) status = __wxrEditTask(task, QOR_CONV_EDIT_START, start);
+  const auto begin = std::chrono::steady_clock::now();
+  if (status == 0)
+    status = __wxrExec(task, kernel.values.data(), nullptr, picture.values.data(), nullptr, out.values.data(), nullptr);
+  milliseconds += std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+  __wxrDeleteTask(&task);
+  if (status != 0) fail("the task ended with status " + std::to_string(status));
+  return out;
+}
+
+// One dimension of the blur; the values add up to 1.
+std::vector<float> bell(double sigma, int radius) {
+  std::vector<double> v;
+  double sum = 0;
+  for (int i = -radius; i <= radius; ++i) sum += v.emplace_back(std::exp(-i * i / (2 * sigma * sigma)));
+  std::vector<float> out;
+  for (const double each : v) out.push_back(static_cast<float>(each / sum));
+  return out;
+}
+
+double difference(const Picture& a, const Picture& b) {
+  double most = 0;
+  for (std::size_t i = 0; i < a.values.size(); ++i) most = std::max(most, std::fabs(double{a.values[i]} - b.values[i]));
+  return most;
+}
+
+double number(const char* text, double low, double high, const std::string& what) {
+  char* end = nullptr;
+  const double v = std::strtod(text, &end);
+  if (*end != 0 || !(v >= low && v <= high)) {
+    fail(what + " must be from " + std::to_string(low) + " to " + std::to_string(high));
+  }
+  return v;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 3 || argc > 5)
+    fail("usage: picture IN.pgm OUT [SIGMA [AMOUNT]]\nwrites OUT-blurred.pgm and OUT-sharpened.pgm");
+  const double sigma = argc > 3 ? number(argv[3], 0.1, 50, "SIGMA, the blur in pixels,") : 4;
+  const double amount = argc > 4 ? number(argv[4], 0, 20, "AMOUNT, of what the blur takes away,") : 1.5;
+  const Picture picture = read_pgm(argv[1]);
+  const int radius = static_cast<int>(std::ceil(3 * sigma)), size = 2 * radius + 1;
+  const Picture wide = continued(picture, radius);
+
+  // The blur and its factors; sharpened is the picture and `amount` times its difference from the blurred one.
+  Picture row(size, 1), column(1, size), blur(size, size), sharpen(size, size);
+  row.values = column.values = bell(sigma, radius);
+  for (int y = 0; y < size; ++y) {
+    for (int x = 0; x < size; ++x) {
+      blur.at(x, y) = row.at(x, 0) * column.at(0, y);
+      sharpen.at(x, y) = static_cast<float>(-amount) * blur.at(x, y);
+    }
+  }
+  sharpen.at(radius, radius) += static_cast<float>(1 + amount);
+
+  double direct = 0, through = 0, factors = 0, sharp_direct = 0, sharp_through = 0;
+  const Picture blurred = convolved(blur, wide, QOR_CONV_MODE_DIRECT, direct);
+  const Picture again = convolved(blur, wide, QOR_CONV_MODE_FFT, through);
+  const Picture half = convolved(row, wide, QOR_CONV_MODE_DIRECT, factors);
+  const Picture separately = convolved(column, half, QOR_CONV_MODE_DIRECT, factors);
+  const Picture sharp = convolved(sharpen, wide, QOR_CONV_MODE_DIRECT, sharp_direct);
+  const Picture sharp_again = convolved(sharpen, wide, QOR_CONV_MODE_FFT, sharp_through);
+  std::printf("%s: %d * %d, kernels of %d * %d, values from 0 to 255\n", argv[1], picture.width, picture.height, size,
+              size);
+  std::printf("  blur, directly            %9.2f ms\n", direct);
+  std::printf("  blur, through transforms  %9.2f ms, differs by at most %.1e\n", through, difference(blurred, again));
+  std::printf("  blur, rows then columns   %9.2f ms, differs by at most %.1e\n", factors,
+              difference(blurred, separately));
+  std::printf("  sharpen, directly         %9.2f ms\n", sharp_direct);
+  std::printf("  sharpen, by transforms    %9.2f ms, differs by at most %.1e\n", sharp_through,
+              difference(sharp, sharp_again));
+  write_pgm(std::string(argv[2]) + "-blurred.pgm", blurred);
+  write_pgm(std::string(argv[2]) + "-sharpened.pgm", sharp);
+  return 0;
+}
