@@ -96,16 +96,16 @@ TYPED_TEST(WholeArrays, AreRightOfAnArrayWithItself) {
 
 // Sums of small integers are exact in every order; products of polynomials come to within half of one.
 TYPED_TEST(WholeArrays, GiveIntegersThatRoundToTheExactOnes) {
-  for (const int n : {64, 100, 1000, 5000}) {
+  for (const int n : {64, 100, 1000}) {
     const std::size_t size = std::size_t(n);
     std::vector<TypeParam> a(3 * size), b(size), z(4 * size - 1);
     for (std::size_t i = 0; i < a.size(); ++i) a[i] = TypeParam(int(i * i % 7) - 3);
     for (std::size_t i = 0; i < b.size(); ++i) b[i] = TypeParam(int(i * i % 5) - 2);
     ASSERT_EQ(Calls<TypeParam>::whole(b.data(), n, a.data(), 3 * n, z.data()), 0);
     for (int k = 0; k < 4 * n - 1; ++k) {
-      long long sum = 0;
+      int sum = 0;
       for (int i = std::max(0, k - 3 * n + 1); i < std::min(n, k + 1); ++i) {
-        sum += llround(b[std::size_t(i)]) * llround(a[std::size_t(k - i)]);
+        sum += int(b[std::size_t(i)]) * int(a[std::size_t(k - i)]);
       }
       ASSERT_EQ(llround(z[std::size_t(k)]), sum) << k;
     }
