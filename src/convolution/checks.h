@@ -16,6 +16,7 @@ struct Arguments {
   const int *yshape, *ystride;
   D* z;
   const int *zshape, *zstride, *start, *decimation;
+  bool scalars = false;  // came as scalars, not as arrays of one
 };
 
 inline int check_range(Kind kind, int nx, int ny, int start, int nz, int decimation) {
@@ -40,8 +41,8 @@ struct Checked {
     if (zstride == 0) return status::bad_zstride;
     const int s = check_range(kind, xshape, yshape, start, zshape, decimation);
     if (s != status::ok) return s;
-    return Own::compute({1, x, &xshape, &xstride, y, &yshape, &ystride, z, &zshape, &zstride, &start, &decimation},
-                        extra...);
+    return Own::compute(
+        {1, x, &xshape, &xstride, y, &yshape, &ystride, z, &zshape, &zstride, &start, &decimation, true}, extra...);
   }
 
   [[gnu::noinline]] static int arrays(int rank, const D* x, const int* xshape, const int* xstride, const D* y,

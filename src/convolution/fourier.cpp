@@ -1,7 +1,10 @@
 #include "convolution/fourier.h"
 
-#include "convolution/direct.h"
+#include <algorithm>
+#include <type_traits>
+
 #include "convolution/primitive.h"
+#include "convolution/via_dfti.h"
 #include "fft/record.h"
 
 namespace qor::convolution {
@@ -70,8 +73,22 @@ int compute_line(const Arguments<D>& c, Kept& kept) {
 
 template <Kind kind, class T, class D>
 int FourierDriver<kind, T, D>::compute(const Arguments<D>& c, Kept& kept) {
-  if (c.rank == 1) return compute_line<kind, T, D>(c, kept);
-  return status::transform_failed;
+  if (c.scalars) return compute_line<kind, T, D>(c, kept);
+  for (const int* shape : {c.xshape, c.yshape, c.zshape}) {
+    if (datasize(shape, c.rank) > std::numeric_limits<int>::max()) return status::no_memory;
+  }
+  for (int k = 0; k < c.rank; ++k) {
+    if (std::int64_t{c.xshape[k]} + c.yshape[k] - 1 > std::numeric_limits<int>::max()) return status::no_memory;
+  }
+  Array<const D> x = Array<const D>::at(c.x, c.rank, c.xshape, c.xstride);
+  int first[max_rank];
+  std::copy(c.start, c.start + c.rank, first);
+  if constexpr (kind == Kind::correlation) {
+    x.reverse(c.rank);
+    for (int k = 0; k < c.rank; ++k) first[k] += c.xshape[k] - 1;
+  }
+  return basic_cc_via_dfti(c.rank, x, Array<const D>::at(c.y, c.rank, c.yshape, c.ystride),
+                           Array<D>::at(c.z, c.rank, c.zshape, c.zstride), first, c.decimation, kept);
 }
 
 #define DRIVER(Name, kind, Class, D, T)                                          \

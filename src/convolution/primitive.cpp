@@ -1,6 +1,7 @@
 #include "convolution/primitive.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "convolution/block.h"
@@ -71,9 +72,12 @@ void add_convolution(const T* a, int na, const T* b, int nb, T* dst) {
 
 template <class T>
 void convolve(const T* a, int na, const T* b, int nb, T* dst, void* work) {
-  if (na < nb) std::swap(a, b), std::swap(na, nb);
+  const Scheme s = scheme_of(std::max(na, nb), std::min(na, nb));
+  // Direct sums have an order: of operands of one length their values decide, since exchanging them changes nothing.
+  const bool later =
+      s.way == Scheme::direct && na == nb && std::memcmp(a, b, static_cast<std::size_t>(na) * sizeof(T)) > 0;
+  if (na < nb || later) std::swap(a, b), std::swap(na, nb);
   const std::ptrdiff_t n = std::ptrdiff_t{na} + nb - 1;
-  const Scheme s = scheme_of(na, nb);
   if (s.way == Scheme::direct) {
     std::fill(dst, dst + n, T(0));
     for (int i = 0; i < na; i += piece) add_convolution(a + i, std::min(piece, na - i), b, nb, dst + i);

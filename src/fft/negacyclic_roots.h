@@ -57,7 +57,7 @@ alignas(64) inline constexpr auto roots_table = make_roots<V>();
 
 // Levels 0 ... levels of the roots below a block whose f is `top` times pi.
 template <class V>
-void fill_roots(lane_t<V>* out, int levels, double top) {
+[[gnu::noinline]] void fill_roots(lane_t<V>* out, int levels, double top) {
   using T = lane_t<V>;
   constexpr int L = lanes<V>;
   const numeric::X87Precision extended(numeric::x87_extended);
@@ -70,10 +70,9 @@ void fill_roots(lane_t<V>* out, int levels, double top) {
       const double apart = (top + (phi(high) - 0.5) / (1 << known)) / 4;
       int at = 0;
       for (const int times : {2, 1, 3}) {
-        const long double angle = 3.14159265358979323846264338327950288L * (times * apart);
+        const double turn = times * apart;  // few digits, so that the product with the first part of pi is exact
         double sine, cosine;
-        const double rounded = static_cast<double>(angle);
-        numeric::x87_sincos(rounded, static_cast<double>(angle - rounded), &sine, &cosine);
+        numeric::x87_sincos(turn * 0x1.921fb54p1, turn * 0x1.10b4611a62633p-29, &sine, &cosine);
         const V c = simd::splat<V>(static_cast<T>(cosine)), s = simd::splat<V>(static_cast<T>(sine));
         for (int b = at; b < 6 * size; b += 6 * L) {
           const V re = simd::load<V>(from + b), im = simd::load<V>(from + b + L);

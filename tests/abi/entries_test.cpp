@@ -128,7 +128,7 @@ int probe_brng() {
 
 // 100 elements of T at an address that is an odd multiple of 4. Touched through memcpy only.
 constexpr int elements = 100;
-template <class T>
+template <class T, int Size = elements>
 class Array {
  public:
   Array() { std::memset(bytes_, 0xA5, sizeof bytes_); }
@@ -139,7 +139,7 @@ class Array {
   std::string bytes() const { return {reinterpret_cast<const char*>(bytes_), sizeof bytes_}; }
 
  private:
-  alignas(16) unsigned char bytes_[4 + sizeof(T) * elements + 12];
+  alignas(16) unsigned char bytes_[4 + sizeof(T) * Size + 12];
 };
 
 // Callbacks of abstract streams: a ramp of words, or of numbers in [0, 1).
@@ -549,7 +549,7 @@ void add_one_element(const std::string& precision) {
 }
 
 template <class D>
-void add_direct_drivers(const std::string& name) {
+void add_drivers(const std::string& name) {
   static constexpr int two[] = {5, 4}, full[] = {9, 7}, dense[] = {1, 5}, apart[] = {2, 10}, none[] = {0, 0},
                        one[] = {1, 1};
   static const auto ramp = [] {
@@ -557,26 +557,44 @@ void add_direct_drivers(const std::string& name) {
     for (int i = 0; i < elements; ++i) values.push_back(D(i % 17) / 8);
     return values;
   }();
-  for (const bool dec : {true, false}) {
-    add(name + (dec ? "Direct1D_dec" : "Direct1D_nodec"), [dec](Caller& call) {
-      Array<D> x(ramp), y(ramp), z;
-      if (dec) call.result(x.get(), 2, y.get(), 1, z.get(), -2, 9, 40, 0, 20, 2);
-      if (!dec) call.result(x.get(), 2, y.get(), 1, z.get(), -2, 9, 40, 0, 39);
-      call.note(z.bytes());
-    });
-    add(name + (dec ? "DirectAll_dec" : "DirectAll_nodec"), [dec](Caller& call) {
-      Array<D> x(ramp), y(ramp), z;
-      if (dec) call.result(2, x.get(), two, dense, y.get(), two, apart, z.get(), two, dense, none, one);
-      if (!dec) call.result(2, x.get(), two, dense, y.get(), two, apart, z.get(), full, dense, none);
-      call.note(z.bytes());
+  for (const std::string way : {"Direct", "Fft"})
+    for (const bool dec : {true, false}) {
+      add(name + way + (dec ? "1D_dec" : "1D_nodec"), [dec](Caller& call) {
+        Array<D> x(ramp), y(ramp), z;
+        if (dec) call.result(x.get(), 2, y.get(), 1, z.get(), -2, 9, 40, 0, 20, 2);
+        if (!dec) call.result(x.get(), 2, y.get(), 1, z.get(), -2, 9, 40, 0, 39);
+        call.note(z.bytes());
+      });
+      add(name + way + (dec ? "All_dec" : "All_nodec"), [dec](Caller& call) {
+        Array<D> x(ramp), y(ramp), z;
+        if (dec) call.result(2, x.get(), two, dense, y.get(), two, apart, z.get(), two, dense, none, one);
+        if (!dec) call.result(2, x.get(), two, dense, y.get(), two, apart, z.get(), full, dense, none);
+        call.note(z.bytes());
+      });
+    }
+}
+template <class T>
+void add_whole_convolution(const std::string& suffix) {
+  for (const std::string name : {"qfpsConv", "ownConv"}) {
+    add(name + suffix, [direct = name == "ownConv"](Caller& call) {
+      std::vector<T> ramp(300), zeros(599);
+      for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = T(i % 17) / 8;
+      for (const int n : {20, 300}) {
+        Array<T, 600> x(ramp), y(ramp), z(zeros);
+        if (direct) call(x.get(), n, y.get(), 300, z.get());
+        if (!direct) call.result(x.get(), n, y.get(), 300, z.get());
+        call.note(z.bytes());
+      }
     });
   }
 }
 void add_convolution() {
+  add_whole_convolution<float>("_32f");
+  add_whole_convolution<double>("_64f");
   for (const std::string kind : {"_wxrConv", "_wxrCorr"}) {
-    add_direct_drivers<double>(kind + "DD");
-    add_direct_drivers<float>(kind + "SD");
-    add_direct_drivers<float>(kind + "SS");
+    add_drivers<double>(kind + "DD");
+    add_drivers<float>(kind + "SD");
+    add_drivers<float>(kind + "SS");
   }
 }
 

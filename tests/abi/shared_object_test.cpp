@@ -160,6 +160,7 @@ TEST(SharedObject, UsesX87OnlyWhereItIsMeantTo) {
        {"fldcw", "fnstcw", "fadd",  "faddp",  "fsub",  "fsubp",  "fsubr",   "fsubrp", "fmul",  "fmulp",
         "fdivp", "fdivrp", "fildl", "fildll", "fld",   "fldt",   "flds",    "fldl",   "fstps", "fstpl",
         "fstpt", "fstp",   "fxch",  "fchs",   "fadds", "fdivrs", "fcmovne", "fcmove"}},
+      {"qor::fft::fill_roots<", {"fldl", "faddl", "fsincos", "fstpl", "fldcw", "fnstcw"}},
       {"qor::numeric::x87_ln(", {"fldl", "fldln2", "fnsave", "fnstsw", "frstor", "fstpl", "fyl2x"}},
       {"_tfndPackM", {"fldl", "fstpl"}},
       {"_tfndUnpackM", {"fldl", "fstpl"}},

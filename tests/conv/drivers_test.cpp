@@ -1,4 +1,4 @@
-// The direct drivers against the sums that define them, with every kind of layout, and their codes.
+// The drivers against the sums that define them, with every kind of layout, and their codes.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -21,20 +21,36 @@ template <class D>
 using Arrays = int (*)(int, const D*, const int*, const int*, const D*, const int*, const int*, D*, const int*,
                        const int*, const int*, const int*);
 
-template <class Data, bool Correlates, bool Single, Scalar<Data> One, Arrays<Data> All>
+enum Way { direct, fourier };
+template <Way W, class Data, bool Correlates, bool Single, Scalar<Data> One, Arrays<Data> All>
 struct Member {
   using D = Data;
+  static constexpr Way way = W;
   static constexpr bool correlates = Correlates;
   static constexpr double unit = Single ? 0x1p-24 : 0x1p-53, final_unit = sizeof(D) == 4 ? 0x1p-24 : 0x1p-53;
   static constexpr Scalar<D> one = One;
   static constexpr Arrays<D> all = All;
 };
-using Members = ::testing::Types<Member<double, false, false, _wxrConvDDDirect1D_dec, _wxrConvDDDirectAll_dec>,
-                                 Member<float, false, false, _wxrConvSDDirect1D_dec, _wxrConvSDDirectAll_dec>,
-                                 Member<float, false, true, _wxrConvSSDirect1D_dec, _wxrConvSSDirectAll_dec>,
-                                 Member<double, true, false, _wxrCorrDDDirect1D_dec, _wxrCorrDDDirectAll_dec>,
-                                 Member<float, true, false, _wxrCorrSDDirect1D_dec, _wxrCorrSDDirectAll_dec>,
-                                 Member<float, true, true, _wxrCorrSSDirect1D_dec, _wxrCorrSSDirectAll_dec>>;
+template <class... M>
+using List = ::testing::Types<M...>;
+using DirectMembers = List<Member<direct, double, false, false, _wxrConvDDDirect1D_dec, _wxrConvDDDirectAll_dec>,
+                           Member<direct, float, false, false, _wxrConvSDDirect1D_dec, _wxrConvSDDirectAll_dec>,
+                           Member<direct, float, false, true, _wxrConvSSDirect1D_dec, _wxrConvSSDirectAll_dec>,
+                           Member<direct, double, true, false, _wxrCorrDDDirect1D_dec, _wxrCorrDDDirectAll_dec>,
+                           Member<direct, float, true, false, _wxrCorrSDDirect1D_dec, _wxrCorrSDDirectAll_dec>,
+                           Member<direct, float, true, true, _wxrCorrSSDirect1D_dec, _wxrCorrSSDirectAll_dec>>;
+using Members = List<Member<direct, double, false, false, _wxrConvDDDirect1D_dec, _wxrConvDDDirectAll_dec>,
+                     Member<direct, float, false, false, _wxrConvSDDirect1D_dec, _wxrConvSDDirectAll_dec>,
+                     Member<direct, float, false, true, _wxrConvSSDirect1D_dec, _wxrConvSSDirectAll_dec>,
+                     Member<direct, double, true, false, _wxrCorrDDDirect1D_dec, _wxrCorrDDDirectAll_dec>,
+                     Member<direct, float, true, false, _wxrCorrSDDirect1D_dec, _wxrCorrSDDirectAll_dec>,
+                     Member<direct, float, true, true, _wxrCorrSSDirect1D_dec, _wxrCorrSSDirectAll_dec>,
+                     Member<fourier, double, false, false, _wxrConvDDFft1D_dec, _wxrConvDDFftAll_dec>,
+                     Member<fourier, float, false, false, _wxrConvSDFft1D_dec, _wxrConvSDFftAll_dec>,
+                     Member<fourier, float, false, true, _wxrConvSSFft1D_dec, _wxrConvSSFftAll_dec>,
+                     Member<fourier, double, true, false, _wxrCorrDDFft1D_dec, _wxrCorrDDFftAll_dec>,
+                     Member<fourier, float, true, false, _wxrCorrSDFft1D_dec, _wxrCorrSDFftAll_dec>,
+                     Member<fourier, float, true, true, _wxrCorrSSFft1D_dec, _wxrCorrSSFftAll_dec>>;
 
 // Rank 1 goes through both drivers in turn.
 template <class M, class D = typename M::D>
@@ -50,13 +66,21 @@ std::vector<D> compute(const Case& c, const std::vector<D>& x, const std::vector
 }
 
 template <class M, class D = typename M::D>
-void expect_sums(const Case& c, const std::vector<D>& x, const std::vector<D>& y, const std::vector<D>& z) {
+void expect_sums(const Case& c, const std::vector<D>& x, const std::vector<D>& y, const std::vector<D>& z,
+                 bool array_driver) {
   const std::vector<Sum> sums = plain_sums(c, x, y);
+  Wide xx = 0, yy = 0;
+  for (const D v : x) xx += Wide(v) * v;
+  for (const D v : y) yy += Wide(v) * v;
+  // Of transforms; the points are at most 8 times the result's.
+  const Wide unit = array_driver ? 0x1p-53 : M::unit, points = 8 * Wide(x.size()) * Wide(y.size());
+  const Wide transform_bound = 3 * unit * std::log2(points) * std::sqrt(xx * yy);
   ASSERT_EQ(sums.size(), z.size());
   for (std::size_t at = 0; at < z.size(); ++at) {
     const Sum& s = sums[at];
-    const Wide bound =
-        (std::min(s.products, 512 + s.products / 16) + 1) * Wide(M::unit) * s.size + M::final_unit * std::fabs(s.value);
+    Wide bound = (std::min(s.products, 512 + s.products / 16) + 1) * Wide(M::unit) * s.size;
+    if (M::way == fourier) bound = array_driver ? transform_bound : std::max(bound, transform_bound);
+    bound += M::final_unit * std::fabs(s.value);
     ASSERT_LE(std::fabs(z[at] - s.value), bound) << "output " << at << " of " << text(c);
   }
 }
@@ -65,18 +89,23 @@ template <class M>
 void expect_agreement(Draw& draw, const Case& c, int round) {
   using D = typename M::D;
   const std::vector<D> x = draw.values<D>(c.nx, c.sx), y = draw.values<D>(c.ny, c.sy);
-  const std::vector<D> z = compute<M>(c, x, y, round % 2 == 0, c.nx.size() > 1 || round % 4 < 2);
-  expect_sums<M>(c, x, y, z);
+  const bool array_driver = c.nx.size() > 1 || round % 4 < 2;
+  const std::vector<D> z = compute<M>(c, x, y, round % 2 == 0, array_driver);
+  expect_sums<M>(c, x, y, z, array_driver);
   Case plain = c;
   plain.sx = dense(c.nx), plain.sy = dense(c.ny), plain.sz = dense(c.nz);
-  EXPECT_EQ(compute<M>(plain, x, y, round % 2 != 0, true), z) << "layout changes bits: " << text(c);
+  EXPECT_EQ(compute<M>(plain, x, y, round % 2 != 0, array_driver || M::way == direct), z)
+      << "layout changes bits: " << text(c);
 }
 
 template <class M>
+class Drivers : public ::testing::Test {};
+TYPED_TEST_SUITE(Drivers, Members, );
+template <class M>
 class DirectDrivers : public ::testing::Test {};
-TYPED_TEST_SUITE(DirectDrivers, Members, );
+TYPED_TEST_SUITE(DirectDrivers, DirectMembers, );
 
-TYPED_TEST(DirectDrivers, AgreeWithTheirDefinitionInEveryLayout) {
+TYPED_TEST(Drivers, AgreeWithTheirDefinitionInEveryLayout) {
   Draw draw(12);
   const int longest[] = {0, 70, 14, 7, 4, 3, 3, 2};
   for (int round = 0; round < 60 && !this->HasFatalFailure(); ++round) {
@@ -85,7 +114,7 @@ TYPED_TEST(DirectDrivers, AgreeWithTheirDefinitionInEveryLayout) {
   }
 }
 
-TYPED_TEST(DirectDrivers, AgreeWithTheirDefinitionBeyondOneTile) {
+TYPED_TEST(Drivers, AgreeWithTheirDefinitionBeyondOneTile) {
   struct Size {
     Ints nx, ny, step;
   };
@@ -94,6 +123,14 @@ TYPED_TEST(DirectDrivers, AgreeWithTheirDefinitionBeyondOneTile) {
                         {{1300}, {1200}, {2}},
                         {{40}, {3000}, {50}},
                         {{1600}, {1600}, {300}},
+                        {{150}, {70}, {1}},
+                        {{511}, {64}, {1}},
+                        {{64}, {4200}, {3}},
+                        {{9000}, {63}, {7}},
+                        {{70, 2}, {5, 90}, {1, 1}},
+                        {{130, 4}, {7, 70}, {2, 3}},
+                        {{80, 3, 4}, {3, 50, 4}, {1, 1, 1}},
+                        {{3, 3, 3, 90}, {3, 4, 2, 3}, {1, 1, 1, 1}},
                         {{40, 30}, {60, 50}, {1, 1}},
                         {{600, 2}, {40, 9}, {1, 2}},
                         {{5, 60}, {3, 2500}, {1, 1}},
@@ -141,7 +178,7 @@ TYPED_TEST(DirectDrivers, SpreadInfinitiesToTheirOwnSumsOnly) {
 
 // ---- codes ----------------------------------------------------------------------------------------------------------
 
-TYPED_TEST(DirectDrivers, ReturnTheFirstCodeThatApplies) {
+TYPED_TEST(Drivers, ReturnTheFirstCodeThatApplies) {
   using D = typename TypeParam::D;
   D data[64] = {};
   struct {
@@ -183,7 +220,7 @@ TYPED_TEST(DirectDrivers, ReturnTheFirstCodeThatApplies) {
   }
 }
 
-TYPED_TEST(DirectDrivers, RefuseSizesBeyondMemory) {
+TYPED_TEST(Drivers, RefuseSizesBeyondMemory) {
   using D = typename TypeParam::D;
   D data[4] = {1, 1, 1, 1};
   const int none[] = {0, 0, 0}, one[] = {1, 1, 1}, start[] = {0, 0, 0};
@@ -195,7 +232,7 @@ TYPED_TEST(DirectDrivers, RefuseSizesBeyondMemory) {
 }
 
 #if defined(COUNTS_ALLOCATIONS)
-TYPED_TEST(DirectDrivers, ReturnTheirCodeWithoutMemoryAndKeepNothing) {
+TYPED_TEST(Drivers, ReturnTheirCodeWithoutMemoryAndKeepNothing) {
   using D = typename TypeParam::D;
   const std::vector<D> x(40, D(1)), y(50, D(1));
   std::vector<D> z(100, D(7));
@@ -218,6 +255,14 @@ TYPED_TEST(DirectDrivers, ReturnTheirCodeWithoutMemoryAndKeepNothing) {
 }
 #endif
 
+TEST(FourierDriversWithoutDecimation, ExistForTheirNames) {
+  const float x[] = {1, 2};
+  float z[2] = {7, 7};
+  EXPECT_EQ(_wxrConvSSFft1D_nodec(x, 1, x, 1, z, 1, 2, 1, 0, 2), -2000);
+  EXPECT_EQ(_wxrCorrDDFft1D_nodec(nullptr, 1, nullptr, 1, nullptr, 1, 2, 3, 0, 4), -2000);
+  EXPECT_EQ(_wxrCorrSDFftAll_nodec(1, x, nullptr, nullptr, x, nullptr, nullptr, z, nullptr, nullptr, nullptr), -2000);
+  EXPECT_EQ(z[0], 7);
+}
 TEST(DirectDriversWithoutDecimation, AreAsWithOneOrRefuse) {
   const float x[] = {1, 2}, y[] = {1, 1, 1};
   float z[4];
