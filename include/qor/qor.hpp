@@ -155,7 +155,7 @@ concept RealOutput = Output<R> && Real<Element<R>>;
 namespace detail {
 
 template <class R>
-int size(R&& r) {
+int count(R&& r) {
   const std::size_t n = std::ranges::size(r);
   if (n > INT_MAX) throw std::length_error("qor: a range of more than 2^31 - 1 elements");
   return static_cast<int>(n);
@@ -203,7 +203,7 @@ class BasicStream {
   BasicStream() = default;
   // brng is one of QOR_BRNG_... (+ member), or what __wxrRegisterBrng gave.
   explicit BasicStream(int brng, std::span<const unsigned> seeds) {
-    status_ = __wxrNewStreamEx(&stream_, brng, detail::size(seeds), seeds.data());
+    status_ = __wxrNewStreamEx(&stream_, brng, detail::count(seeds), seeds.data());
     made("making a stream");
   }
   BasicStream(int brng, std::initializer_list<unsigned> seeds)
@@ -274,7 +274,7 @@ class BasicStream {
     return done("drawing words", [&] {
       BrngRecord record;
       if (const int status = __wxrGetBrngProperties(brng(), &record); status < 0) return status;
-      const int each = record.wordBytes / 4, n = detail::size(r);
+      const int each = record.wordBytes / 4, n = detail::count(r);
       detail::require(n % each == 0, "qor: words: not a whole number of the engine's words");
       return _wxriRngUniformBits(0, stream_, n / each, std::ranges::data(r));
     });
@@ -329,7 +329,7 @@ class BasicStream {
   template <RealOutput R, RealInput A, RealInput T>
   requires std::same_as<Element<R>, Element<A>> && std::same_as<Element<R>, Element<T>> Result
   gaussian_mv(R&& r, Storage storage, const A& mean, const T& t, int method = QOR_RNG_GAUSSIAN_BOXMULLER2) {
-    const int d = detail::size(mean), n = detail::size(r), given = detail::size(t);
+    const int d = detail::count(mean), n = detail::count(r), given = detail::count(t);
     const int wanted = storage == Storage::full ? d * d : storage == Storage::packed ? d * (d + 1) / 2 : d;
     detail::require(d > 0 && n % d == 0, "qor: gaussian_mv: not a whole number of vectors");
     detail::require(given == wanted, "qor: gaussian_mv: a factor of another size");
@@ -369,13 +369,13 @@ class BasicStream {
   template <class D, class S, class R, class Method, class... P>
   Result draw(D of_doubles, S of_singles, R& r, Method method, P... parameters) {
     return done("drawing variates", [&] {
-      return detail::pick<Element<R>>(of_doubles, of_singles)(method, stream_, detail::size(r), std::ranges::data(r),
+      return detail::pick<Element<R>>(of_doubles, of_singles)(method, stream_, detail::count(r), std::ranges::data(r),
                                                               parameters...);
     });
   }
   template <class F, class... P>
   Result draw_integers(F f, std::span<int> r, int method, P... parameters) {
-    return done("drawing variates", [&] { return f(method, stream_, detail::size(r), r.data(), parameters...); });
+    return done("drawing variates", [&] { return f(method, stream_, detail::count(r), r.data(), parameters...); });
   }
 
   qor_stream* stream_ = nullptr;
@@ -397,21 +397,28 @@ class Bits {
   static constexpr result_type min() noexcept { return 0; }
   static constexpr result_type max() noexcept { return std::numeric_limits<result_type>::max(); }
   result_type operator()() {
-    if (next_ == words_.size()) refill();
+    if (next_ == words_.size()) {
+      draw(words_);
+      next_ = 0;
+    }
     return words_[next_++];
+  }
+  // The next words, those drawn ahead first.
+  void fill(std::span<std::uint32_t> r) {
+    std::size_t done = 0;
+    while (done < r.size() && next_ < words_.size()) r[done++] = words_[next_++];
+    draw(r.subspan(done));
   }
 
  private:
-  void refill() {
-    if (whole_) {
-      stream_->words(words_);
-    } else {
-      std::array<double, 256> u;
-      stream_->uniform(u, 0, 0x1p32);
-      std::ranges::transform(u, words_.begin(),
-                             [](double x) { return static_cast<std::uint32_t>(std::min(x, 0x1p32 - 1)); });
+  void draw(std::span<std::uint32_t> r) {
+    if (whole_) return stream_->words(r);
+    std::array<double, 256> u;
+    for (std::size_t done = 0; done < r.size();) {
+      const std::span part(u.data(), std::min(u.size(), r.size() - done));
+      stream_->uniform(part, 0, 0x1p32);
+      for (const double x : part) r[done++] = static_cast<std::uint32_t>(std::min(x, 0x1p32 - 1));
     }
-    next_ = 0;
   }
   Stream* stream_;
   bool whole_;
@@ -435,7 +442,7 @@ namespace math {
   requires std::same_as<Element<X>, Element<R>>                                                      \
   void name(const X& x, R&& r) {                                                                     \
     detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ"); \
-    QOR_HPP_MEMBER(Name, Element<X>)(detail::size(x), std::ranges::data(x), std::ranges::data(r));   \
+    QOR_HPP_MEMBER(Name, Element<X>)(detail::count(x), std::ranges::data(x), std::ranges::data(r));  \
   }                                                                                                  \
   template <Accuracy A = Accuracy::high, RealOutput R>                                               \
   void name(R&& r) {                                                                                 \
@@ -448,14 +455,14 @@ namespace math {
     detail::require(std::ranges::size(x) == std::ranges::size(r) && std::ranges::size(y) == std::ranges::size(r), \
                     "qor: " #name ": lengths differ");                                                            \
     QOR_HPP_MEMBER(Name, Element<X>)                                                                              \
-    (detail::size(x), std::ranges::data(x), std::ranges::data(y), std::ranges::data(r));                          \
+    (detail::count(x), std::ranges::data(x), std::ranges::data(y), std::ranges::data(r));                         \
   }
-#define QOR_HPP_ROUNDING(name, Name)                                                                                 \
-  template <RealInput X, RealOutput R>                                                                               \
-  requires std::same_as<Element<X>, Element<R>>                                                                      \
-  void name(const X& x, R&& r) {                                                                                     \
-    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ");                 \
-    detail::pick<Element<X>>(_tfnd##Name, _tfns##Name)(detail::size(x), std::ranges::data(x), std::ranges::data(r)); \
+#define QOR_HPP_ROUNDING(name, Name)                                                                                  \
+  template <RealInput X, RealOutput R>                                                                                \
+  requires std::same_as<Element<X>, Element<R>>                                                                       \
+  void name(const X& x, R&& r) {                                                                                      \
+    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ");                  \
+    detail::pick<Element<X>>(_tfnd##Name, _tfns##Name)(detail::count(x), std::ranges::data(x), std::ranges::data(r)); \
   }
 
 QOR_HPP_ONE(inv, Inv)
@@ -496,7 +503,7 @@ template <Accuracy A = Accuracy::high, RealInput X, RealOutput R>
 requires std::same_as<Element<X>, Element<R>>
 void pow(const X& x, Element<X> power, R&& r) {
   detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: pow: lengths differ");
-  QOR_HPP_MEMBER(Powx, Element<X>)(detail::size(x), std::ranges::data(x), power, std::ranges::data(r));
+  QOR_HPP_MEMBER(Powx, Element<X>)(detail::count(x), std::ranges::data(x), power, std::ranges::data(r));
 }
 template <Accuracy A = Accuracy::high, RealInput X, RealOutput R, RealOutput S>
 requires std::same_as<Element<X>, Element<R>> && std::same_as<Element<X>, Element<S>>
@@ -504,7 +511,7 @@ void sin_cos(const X& x, R&& sine, S&& cosine) {
   detail::require(std::ranges::size(x) == std::ranges::size(sine) && std::ranges::size(x) == std::ranges::size(cosine),
                   "qor: sin_cos: lengths differ");
   QOR_HPP_MEMBER(SinCos, Element<X>)
-  (detail::size(x), std::ranges::data(x), std::ranges::data(sine), std::ranges::data(cosine));
+  (detail::count(x), std::ranges::data(x), std::ranges::data(sine), std::ranges::data(cosine));
 }
 
 #undef QOR_HPP_ROUNDING
@@ -603,7 +610,7 @@ class Transform {
   template <class F, class Source, class Destination>
   Result run(F f, const Source& source, Destination& destination, std::span<unsigned char> buffer, int from,
              int to) const {
-    require(size(source) == from && size(destination) == to, "qor: transform: a range of another length");
+    require(count(source) == from && count(destination) == to, "qor: transform: a range of another length");
     require(buffer.empty() || buffer.size() >= buffer_size(), "qor: transform: the buffer is too short");
     return Errors::take(spec_ == nullptr ? status_ : f(reals(source), reals(destination), spec_, buffer.data()),
                         "transforming");
@@ -681,7 +688,7 @@ template <Real T>
 class Spectrum {
  public:
   Spectrum(std::span<const T> packed, Packing packing, int n) : packed_(packed), packing_(packing), n_(n) {
-    detail::require(n > 0 && detail::size(packed) == packed_size(packing, n),
+    detail::require(n > 0 && detail::count(packed) == packed_size(packing, n),
                     "qor: Spectrum: an array of another length");
   }
   int size() const noexcept { return n_; }
