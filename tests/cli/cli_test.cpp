@@ -1,9 +1,7 @@
 // The command line program as it is used: its documented examples, what it says about mistakes, pipes that end early.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -18,28 +16,19 @@
 #include <vector>
 
 #include "qor/qor.hpp"
+#include "support/command.h"
 
 namespace {
 
-struct Outcome {
-  int status;
-  std::string output;
-  std::vector<double> numbers() const {
-    std::istringstream words(output);
-    return {std::istream_iterator<double>(words), {}};
-  }
-};
-// Runs a line of bash with the program as `qor`; standard error comes with the output unless the line says otherwise.
+using qor::test::Outcome;
+
+// A line of bash with the program as `qor`.
 Outcome run(const std::string& line) {
-  const std::string script = "set -o pipefail; qor() { '" QOR_PROGRAM "' \"$@\"; }; " + line;
-  std::FILE* const pipe =
-      popen(("exec 2>&1; bash -c '" + std::regex_replace(script, std::regex("'"), "'\\''") + "'").c_str(), "r");
-  Outcome outcome{-1, {}};
-  std::array<char, 4096> text;
-  for (std::size_t n; (n = std::fread(text.data(), 1, text.size(), pipe)) > 0;) outcome.output.append(text.data(), n);
-  const int status = pclose(pipe);
-  outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return outcome;
+  return qor::test::run_in_bash("set -o pipefail; qor() { '" QOR_PROGRAM "' \"$@\"; }; " + line);
+}
+std::vector<double> numbers_of(const std::string& line) {
+  std::istringstream words(run(line).output);
+  return {std::istream_iterator<double>(words), {}};
 }
 std::string output_of(const std::string& line) {
   const Outcome outcome = run(line);
@@ -63,7 +52,7 @@ TEST_F(Program, DrawsTheNumbersThatTheLibraryDraws) {
   std::vector<double> expected(100000);
   stream.gaussian(expected, 0.0, 1.0);
   const std::string line = "qor random --engine mt2203:17 --seed 1 --dist gaussian:0,1 -n 1e5";
-  EXPECT_EQ(run(line).numbers(), expected);  // text brings every bit back
+  EXPECT_EQ(numbers_of(line), expected);  // text brings every bit back
   const std::string raw = output_of(line + " --raw");
   ASSERT_EQ(raw.size(), 8 * expected.size());
   EXPECT_EQ(std::memcmp(raw.data(), expected.data(), raw.size()), 0);
@@ -73,14 +62,14 @@ TEST_F(Program, DrawsTheNumbersThatTheLibraryDraws) {
   words.skip_ahead(5'000'000'000);
   std::vector<int> counts(7);
   words.poisson(counts, 10);
-  EXPECT_EQ(run("qor random --engine MRG32K3A --seed 7,8 --skip 5e9 --dist poisson:10 -n 7 --columns 3").numbers(),
+  EXPECT_EQ(numbers_of("qor random --engine MRG32K3A --seed 7,8 --skip 5e9 --dist poisson:10 -n 7 --columns 3"),
             std::vector<double>(counts.begin(), counts.end()));
   qor::Stream leaping(QOR_BRNG_MCG59, 3);
   leaping.leapfrog(2, 5);
   std::vector<float> singles(5);
   leaping.gamma(singles, 2.5f);
   const std::vector<double> written =
-      run("qor random --engine mcg59 --seed 0x3 --leapfrog 2/5 --single --dist gamma:2.5 -n 5").numbers();
+      numbers_of("qor random --engine mcg59 --seed 0x3 --leapfrog 2/5 --single --dist gamma:2.5 -n 5");
   EXPECT_EQ(std::vector<float>(written.begin(), written.end()), singles);
 }
 
@@ -97,7 +86,7 @@ TEST_F(Program, WritesEverySortOfDistribution) {
                                    : name == "beta"                                                      ? ":2,3"
                                    : std::set<std::string>{"bits", "uniform", "gaussian"}.contains(name) ? ""
                                                                                                          : ":0.5";
-    EXPECT_EQ(run("qor random -n 50 --dist " + name + parameters).numbers().size(), 50u) << name << parameters;
+    EXPECT_EQ(numbers_of("qor random -n 50 --dist " + name + parameters).size(), 50u) << name << parameters;
   }
   EXPECT_EQ(rows, 19);
 }
@@ -124,7 +113,7 @@ TEST_F(Program, ComputesFunctionsTransformsAndConvolutions) {
   EXPECT_EQ(output_of("echo 1 2 3 4 | qor fft"), "10 0\n-2 2\n-2 0\n");
   const std::string series = file("series.txt", "3 1 4 1 5 9 2 6\n"), odd = file("odd.txt", "3 1 4 1 5\n");
   EXPECT_EQ(output_of("qor fft " + series + " | qor fft --inverse"), "3\n1\n4\n1\n5\n9\n2\n6\n");
-  std::vector<double> back = run("qor fft --scale both " + odd + " | qor fft --inverse --odd --scale both").numbers();
+  std::vector<double> back = numbers_of("qor fft --scale both " + odd + " | qor fft --inverse --odd --scale both");
   ASSERT_EQ(back.size(), 5u);
   EXPECT_NEAR(back[4], 5, 1e-14);
   EXPECT_EQ(output_of("echo 1 0 0 1 | qor fft --complex"), "1 1\n1 -1\n");
