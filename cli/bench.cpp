@@ -3,6 +3,7 @@
 #include <complex>
 #include <cstdio>
 #include <functional>
+#include <memory>
 
 #include "catalog.h"
 #include "command.h"
@@ -110,6 +111,12 @@ std::vector<Row> all_rows() {
   }
   add_functions<double>(rows, "double");
   add_functions<float>(rows, "single");
+  for (const auto mode : {qor::Mode::direct, qor::Mode::fourier}) {
+    const auto task = std::make_shared<qor::Task<double>>(qor::Kind::convolution, 10000, 1000, mode);
+    const auto z = std::make_shared<std::vector<double>>(10999);
+    rows.push_back({std::string("convolve 10000 by 1000 ") + (mode == qor::Mode::direct ? "direct" : "fourier"), 10999,
+                    [=] { task->execute(d, std::span(d).first(1000), *z); }});
+  }
   add_transforms<double>(rows, "double");
   add_transforms<float>(rows, "single");
   return rows;

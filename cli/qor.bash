@@ -10,6 +10,8 @@ _qor() {
     words="$(qor random --help | sed -n 's/^  \([a-z]*\)[: ].* - .*/\1/p')"
   elif [[ $before == --accuracy ]]; then
     words="high low"
+  elif [[ $before == --method ]]; then
+    words="auto direct fourier"
   elif [[ $before == --scale ]]; then
     words="inverse forward both none"
   elif [[ $word == -* ]]; then

@@ -216,6 +216,42 @@ void test_transforms(Tally& tally) {
   }
 }
 
+// Pictures by the definition, through descriptors.
+template <class T>
+void test_descriptors(Tally& tally) {
+  qor::Stream stream(QOR_BRNG_MT19937, 10);
+  for (const auto& [rows, columns] : {std::pair(3, 4), std::pair(5, 7), std::pair(8, 12)}) {
+    std::vector<T> reals(static_cast<std::size_t>(2 * rows * columns));
+    stream.gaussian(reals);
+    std::vector<std::complex<T>> z(reals.size() / 2);
+    for (std::size_t i = 0; i < z.size(); ++i) z[i] = {reals[2 * i], reals[2 * i + 1]};
+    const std::vector<std::complex<T>> x = z;
+    qor::Descriptor<T> descriptor(qor::Domain::complex, {rows, columns});
+    descriptor.set_backward_scale(1.0 / (rows * columns));
+    descriptor.commit();
+    descriptor.forward(z);
+    long double wrong = 0, whole = 0;
+    for (int k = 0; k < rows * columns; ++k) {
+      std::complex<long double> sum = 0;
+      for (int i = 0; i < rows * columns; ++i) {
+        const long double turns = static_cast<long double>(k / columns * (i / columns)) / rows +
+                                  static_cast<long double>(k % columns * (i % columns)) / columns;
+        sum += std::polar<long double>(1, -2 * std::numbers::pi_v<long double> * turns) *
+               std::complex<long double>(x[static_cast<std::size_t>(i)]);
+      }
+      wrong += std::norm(std::complex<long double>(z[static_cast<std::size_t>(k)]) - sum);
+      whole += std::norm(sum);
+    }
+    const std::string shape = std::to_string(rows) + " by " + std::to_string(columns);
+    const long double bound = 3 * std::numeric_limits<T>::epsilon();
+    tally.check(sqrtl(wrong) <= bound * sqrtl(whole), "by the definition, " + shape);
+    descriptor.backward(z);
+    for (std::size_t i = 0; i < z.size(); ++i) {
+      tally.check(std::abs(z[i] - x[i]) <= 20 * std::numeric_limits<T>::epsilon(), "there and back, " + shape);
+    }
+  }
+}
+
 Tally test_convolution() {
   Tally tally{"convolution, correlation: plain sums"};
   qor::Stream stream(QOR_BRNG_MT19937, 9);
@@ -232,13 +268,17 @@ Tally test_convolution() {
           turned[x.size() - 1 + k - i] += x[i] * y[k];
         }
       }
-      const int n = nx + ny - 1;
-      qor::Throw::take(_wxrConvDDDirect1D_dec(x.data(), 1, y.data(), 1, z.data(), 1, nx, ny, 0, n, 1), "convolving");
-      qor::Throw::take(_wxrCorrDDDirect1D_dec(x.data(), 1, y.data(), 1, w.data(), 1, nx, ny, 1 - nx, n, 1),
-                       "correlating");
+      qor::Task<double> convolution(qor::Kind::convolution, nx, ny), correlation(qor::Kind::correlation, nx, ny);
+      convolution.execute(x, y, z);
+      correlation.execute(x, y, w);
       const std::string shape = std::to_string(nx) + " by " + std::to_string(ny);
       tally.check(z == plain, "convolution " + shape);
       tally.check(w == turned, "correlation " + shape);
+      convolution.set_mode(qor::Mode::fourier);
+      convolution.execute(x, y, z);
+      double wrong = 0;
+      for (std::size_t i = 0; i < z.size(); ++i) wrong = std::max(wrong, std::fabs(z[i] - plain[i]));
+      tally.check(wrong < 1e-9, "convolution through transforms " + shape);
     }
   }
   return tally;
@@ -266,6 +306,10 @@ int run_selftest(std::span<const std::string> arguments) {
   test_transforms<double>(transforms);
   test_transforms<float>(transforms);
   show(transforms);
+  Tally descriptors{"transforms of pictures"};
+  test_descriptors<double>(descriptors);
+  test_descriptors<float>(descriptors);
+  show(descriptors);
   show(test_convolution());
   std::printf(failures == 0 ? "all is well\n" : "%d failures\n", failures);
   return failures == 0 ? 0 : 1;

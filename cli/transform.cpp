@@ -97,11 +97,18 @@ int run_fft(std::span<const std::string> arguments) {
 
 int run_convolve(std::span<const std::string> arguments) {
   bool correlate = false, same = false;
+  std::string method = "auto";
   const std::vector<std::string> rest =
       parse("convolve", arguments,
             {{"correlate", "", "the correlation instead, sums of x[i] y[i + k]",
               [&](const std::string&) { correlate = true; }},
-             {"same", "", "the middle of the result alone, as long as A", [&](const std::string&) { same = true; }}},
+             {"same", "", "the middle of the result alone, as long as A", [&](const std::string&) { same = true; }},
+             {"method", "auto|direct|fourier", "sums, or transforms, which are faster when both files are long (auto)",
+              [&](const std::string& v) {
+                const std::vector<std::string> names = {"auto", "direct", "fourier"};
+                if (std::ranges::find(names, v) == names.end()) throw Misuse(unknown("method", v, names));
+                method = v;
+              }}},
             2);
   if (rest.size() != 2) throw Misuse("two files are needed, A and B; one of them may be -");
   const std::vector<double> x = Reader(rest[0], false).read_all<double>(),
@@ -109,10 +116,12 @@ int run_convolve(std::span<const std::string> arguments) {
   if (x.empty() || y.empty()) throw Failure((x.empty() ? rest[0] : rest[1]) + " has no numbers");
   const int nx = static_cast<int>(x.size()), ny = static_cast<int>(y.size());
   const int count = same ? nx : nx + ny - 1;
-  const int start = (correlate ? 1 - nx : 0) + (same ? (ny - 1) / 2 : 0);
   std::vector<double> z(static_cast<std::size_t>(count));
-  const auto driver = correlate ? _wxrCorrDDDirect1D_dec : _wxrConvDDDirect1D_dec;
-  qor::Throw::take(driver(x.data(), 1, y.data(), 1, z.data(), 1, nx, ny, start, count, 1), "convolving");
+  const bool fourier = method == "fourier" || (method == "auto" && std::min(nx, ny) > 100);
+  qor::Task<double> task(correlate ? qor::Kind::correlation : qor::Kind::convolution, nx, ny,
+                         fourier ? qor::Mode::fourier : qor::Mode::direct, count);
+  task.set_start((correlate ? 1 - nx : 0) + (same ? (ny - 1) / 2 : 0));
+  task.execute(x, y, z);
   write_column(z, false);
   return 0;
 }

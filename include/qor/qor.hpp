@@ -9,7 +9,7 @@
 //              A range whose length doesn't fit is a mistake of the program: std::length_error, in both forms.
 //   Ranges     Whatever is contiguous will do: std::vector, std::array, std::span, built-in arrays. The element type,
 //              float or double, picks the function.
-//   Copies     None are made unless asked for: Stream::copy.
+//   Copies     None are made unless asked for: copy().
 //   Threads    As the C headers say.
 #ifndef QOR_QOR_HPP
 #define QOR_QOR_HPP
@@ -100,7 +100,7 @@ inline const char* describe(int status) noexcept {
     case -2323:
       return "an output stride of 0";
     default:
-      return "failure";
+      return status <= QOR_DFT_NO_MEMORY ? qor_dft_zx9_error_message_external(status) : "failure";
   }
 }
 
@@ -709,6 +709,206 @@ class Spectrum {
   int n_;
 };
 
+// ---- convolution ------------------------------------------------------------------------------------------------------
+
+enum class Kind { convolution = QOR_CONV_KIND_CONVOLUTION, correlation = QOR_CONV_KIND_CORRELATION };
+enum class Mode { fourier = QOR_CONV_MODE_FFT, direct = QOR_CONV_MODE_DIRECT };
+
+// A convolution or correlation of arrays of one to seven dimensions: described once, executed on any number of operands.
+// Dimension 0 varies fastest. Operands are dense ranges of as many elements as their shapes say, or have strides: then
+// the program answers for what they reach.
+template <Real T, class Errors>
+class BasicTask {
+ public:
+  using Result = typename Errors::Result;
+  using Shape = std::span<const int>;
+  BasicTask(Kind kind, Shape x, Shape y, Shape z, Mode mode = Mode::direct) {
+    detail::require(x.size() == y.size() && x.size() == z.size() && x.size() >= 1 && x.size() <= 7,
+                    "qor: Task: shapes of one rank, 1 to 7");
+    rank_ = x.size();
+    elements_ = {count(x), count(y), count(z)};
+    const int precision = std::same_as<T, float> ? QOR_CONV_PRECISION_SINGLE : QOR_CONV_PRECISION_DOUBLE;
+    status_ = __wxrNewTask(&task_, static_cast<int>(kind), 0, static_cast<int>(mode), 0, precision,
+                           static_cast<int>(rank_), x.data(), y.data(), z.data());
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a task");
+  }
+  // Of one dimension. The result of all nx + ny - 1 elements when nz isn't given.
+  BasicTask(Kind kind, int nx, int ny, Mode mode = Mode::direct, int nz = 0)
+      : BasicTask(kind, Shape(&nx, 1), Shape(&ny, 1), std::array{nz > 0 ? nz : nx + ny - 1}, mode) {}
+  BasicTask copy() const {
+    BasicTask t;
+    t.rank_ = rank_;
+    t.elements_ = elements_;
+    t.status_ = task_ == nullptr ? status_ : __wxrCopyTask(&t.task_, task_);
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(t.status_, "copying a task");
+    return t;
+  }
+  BasicTask(BasicTask&& other) noexcept
+      : task_(std::exchange(other.task_, nullptr)),
+        rank_(other.rank_),
+        elements_(other.elements_),
+        status_(other.status_) {}
+  BasicTask& operator=(BasicTask&& other) noexcept {
+    std::swap(task_, other.task_);
+    std::swap(rank_, other.rank_);
+    std::swap(elements_, other.elements_);
+    std::swap(status_, other.status_);
+    return *this;
+  }
+  BasicTask(const BasicTask&) = delete;
+  BasicTask& operator=(const BasicTask&) = delete;
+  ~BasicTask() {
+    if (task_ != nullptr) __wxrDeleteTask(&task_);
+  }
+
+  qor_conv_task* get() const noexcept { return task_; }
+  // The status of the last edit or execution. After a failure a task refuses all work until it is reset.
+  Status status() const noexcept { return {task_ == nullptr ? status_ : __wxrccGetStatus(task_)}; }
+  void reset() noexcept {
+    if (task_ != nullptr) __wxrccSetStatus(task_, 0);
+  }
+
+  Result set_mode(Mode mode) { return edit(QOR_CONV_EDIT_MODE, static_cast<int>(mode)); }
+  // Sums of single data in double or, as is usual, single precision.
+  Result set_double_sums(bool yes) {
+    return edit(QOR_CONV_EDIT_INTERNAL_PRECISION, yes ? QOR_CONV_PRECISION_DOUBLE : QOR_CONV_PRECISION_SINGLE);
+  }
+  // The first element of the full result that is wanted, and the step between elements, by dimension.
+  Result set_start(Shape start) { return edit_all(QOR_CONV_EDIT_START, start); }
+  Result set_start(int start) { return set_start(Shape(&start, 1)); }
+  Result set_decimation(Shape decimation) { return edit_all(QOR_CONV_EDIT_DECIMATION, decimation); }
+  Result set_decimation(int decimation) { return set_decimation(Shape(&decimation, 1)); }
+
+  template <RealInput X, RealInput Y, RealOutput Z>
+  requires std::same_as<Element<X>, T> && std::same_as<Element<Y>, T> && std::same_as<Element<Z>, T> Result
+  execute(const X& x, const Y& y, Z&& z) {
+    detail::require(std::ranges::size(x) == elements_[0] && std::ranges::size(y) == elements_[1] &&
+                        std::ranges::size(z) == elements_[2],
+                    "qor: Task: operands of other lengths than their shapes");
+    return execute(std::ranges::data(x), {}, std::ranges::data(y), {}, std::ranges::data(z), {});
+  }
+  Result execute(const T* x, Shape xstride, const T* y, Shape ystride, T* z, Shape zstride) {
+    const auto given = [this](Shape s) {
+      detail::require(s.empty() || s.size() == rank_, "qor: Task: a stride for each dimension");
+      return s.empty() ? nullptr : s.data();
+    };
+    return done("convolving",
+                [&] { return __wxrExec(task_, x, given(xstride), y, given(ystride), z, given(zstride)); });
+  }
+
+ private:
+  BasicTask() = default;
+  static std::size_t count(Shape shape) {
+    std::size_t n = 1;
+    for (const int each : shape) n *= static_cast<std::size_t>(std::max(each, 0));
+    return n;
+  }
+  Result edit(int parameter, int value) {
+    return done("editing a task", [&] { return __wxrEditTask(task_, parameter, &value); });
+  }
+  Result edit_all(int parameter, Shape values) {
+    detail::require(values.size() == rank_, "qor: Task: a value for each dimension");
+    return done("editing a task", [&] { return __wxrEditTask(task_, parameter, values.data()); });
+  }
+  template <class F>
+  Result done(const char* what, F&& call) {
+    return Errors::take(task_ == nullptr ? status_ : call(), what);
+  }
+
+  qor_conv_task* task_ = nullptr;
+  std::size_t rank_ = 0;
+  std::array<std::size_t, 3> elements_{};
+  int status_ = QOR_RNG_NULL_SLOT;
+};
+
+template <Real T>
+using Task = BasicTask<T, Throw>;
+
+// ---- descriptors ------------------------------------------------------------------------------------------------------
+
+enum class Domain { complex = QOR_DFT_COMPLEX, real = QOR_DFT_REAL };
+
+// A transform of arrays of one to seven dimensions and any layout, as qor/dft.h tells; the slowest dimension comes first.
+// Settings are those of QOR_DFT_...; layouts reach what they say, the program answers for the arrays.
+template <Real T, class Errors>
+class BasicDescriptor {
+ public:
+  using Result = typename Errors::Result;
+  BasicDescriptor(Domain domain, std::span<const int> lengths) {
+    status_ =
+        qor_dft_zx9_create_descriptor_external(&descriptor_, std::same_as<T, double> ? QOR_DFT_DOUBLE : QOR_DFT_SINGLE,
+                                               static_cast<int>(domain), detail::count(lengths), lengths.data());
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a descriptor");
+  }
+  BasicDescriptor(Domain domain, std::initializer_list<int> lengths)
+      : BasicDescriptor(domain, std::span(lengths.begin(), lengths.size())) {}
+  BasicDescriptor copy() const {
+    BasicDescriptor d;
+    d.status_ = descriptor_ == nullptr ? status_ : qor_dft_zx9_copy_descriptor_external(descriptor_, &d.descriptor_);
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(d.status_, "copying a descriptor");
+    return d;
+  }
+  BasicDescriptor(BasicDescriptor&& other) noexcept
+      : descriptor_(std::exchange(other.descriptor_, nullptr)), status_(other.status_) {}
+  BasicDescriptor& operator=(BasicDescriptor&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    std::swap(status_, other.status_);
+    return *this;
+  }
+  BasicDescriptor(const BasicDescriptor&) = delete;
+  BasicDescriptor& operator=(const BasicDescriptor&) = delete;
+  ~BasicDescriptor() {
+    if (descriptor_ != nullptr) qor_dft_zx9_free_descriptor_external(&descriptor_);
+  }
+  qor_dft_descriptor* get() const noexcept { return descriptor_; }
+  Status status() const noexcept { return {descriptor_ == nullptr ? status_ : 0}; }
+
+  Result set(int parameter, int value) { return set_from(parameter, &value); }
+  Result set(int parameter, std::span<const int> values) { return set_from(parameter, values.data()); }
+  Result set_backward_scale(double scale) { return set_from(QOR_DFT_BACKWARD_SCALE, &scale); }
+  Result set_forward_scale(double scale) { return set_from(QOR_DFT_FORWARD_SCALE, &scale); }
+  Result commit() {
+    return done("committing a descriptor", [&] { return qor_dft_zx9_commit_descriptor_external(descriptor_); });
+  }
+
+  // Out of place, as set by QOR_DFT_PLACEMENT, or in place, as is usual.
+  template <Input X, Output S>
+  Result forward(const X& signal, S&& spectrum) const {
+    return run(qor_dft_zx9_compute_forward_external, std::ranges::data(signal), std::ranges::data(spectrum));
+  }
+  template <Output X>
+  Result forward(X&& both) const {
+    return run(qor_dft_zx9_compute_forward_external, std::ranges::data(both), nullptr);
+  }
+  template <Input S, Output X>
+  Result backward(const S& spectrum, X&& signal) const {
+    return run(qor_dft_zx9_compute_backward_external, std::ranges::data(spectrum), std::ranges::data(signal));
+  }
+  template <Output S>
+  Result backward(S&& both) const {
+    return run(qor_dft_zx9_compute_backward_external, std::ranges::data(both), nullptr);
+  }
+
+ private:
+  BasicDescriptor() = default;
+  Result set_from(int parameter, const void* value) {
+    return done("setting a descriptor", [&] { return qor_dft_zx9_set_value_external(descriptor_, parameter, value); });
+  }
+  template <class F>
+  Result run(F f, const void* in, void* out) const {
+    return done("transforming", [&] { return f(descriptor_, const_cast<void*>(in), out); });
+  }
+  template <class F>
+  Result done(const char* what, F&& call) const {
+    return Errors::take(descriptor_ == nullptr ? status_ : call(), what);
+  }
+  qor_dft_descriptor* descriptor_ = nullptr;
+  int status_ = QOR_DFT_NULL_POINTER;
+};
+
+template <Real T>
+using Descriptor = BasicDescriptor<T, Throw>;
+
 // The other form of the classes: statuses are returned.
 namespace returning {
 using Stream = BasicStream<Return>;
@@ -716,6 +916,10 @@ template <Real T>
 using RealTransform = BasicRealTransform<T, Return>;
 template <Real T>
 using ComplexTransform = BasicComplexTransform<T, Return>;
+template <Real T>
+using Task = BasicTask<T, Return>;
+template <Real T>
+using Descriptor = BasicDescriptor<T, Return>;
 }  // namespace returning
 
 }  // namespace qor

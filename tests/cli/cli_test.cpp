@@ -120,6 +120,9 @@ TEST_F(Program, ComputesFunctionsTransformsAndConvolutions) {
   const std::string a = file("a.txt", "1 2 3"), b = file("b.txt", "1\n1\n");
   EXPECT_EQ(output_of("qor convolve " + a + " " + b), "1\n3\n5\n3\n");
   EXPECT_EQ(output_of("qor convolve " + a + " " + b + " --same"), "1\n3\n5\n");
+  const std::vector<double> through = numbers_of("qor convolve --method fourier " + a + " " + b);
+  ASSERT_EQ(through.size(), 4u);
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(through[i], (std::vector<double>{1, 3, 5, 3})[i], 1e-14);
   EXPECT_EQ(output_of("qor convolve --correlate " + a + " " + b), "3\n5\n3\n1\n");
 }
 

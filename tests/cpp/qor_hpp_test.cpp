@@ -311,4 +311,92 @@ TEST(Transforms, AgreeInEveryPacking) {
   }
 }
 
+template <class T>
+void expect_tasks_agree(T near) {
+  qor::Stream s(QOR_BRNG_MT19937, seed);
+  std::vector<T> x(30), y(8), z(37), by_transforms(37), plain(37), middle(10);
+  s.gaussian(x), s.gaussian(y);
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    for (std::size_t k = 0; k < y.size(); ++k) plain[i + k] += x[i] * y[k];
+  }
+  qor::Task<T> task(qor::Kind::convolution, 30, 8);
+  task.execute(x, y, z);
+  qor::Task<T> fourier = task.copy();
+  fourier.set_mode(qor::Mode::fourier);
+  fourier.execute(x, y, by_transforms);
+  for (std::size_t i = 0; i < z.size(); ++i) {
+    EXPECT_NEAR(z[i], plain[i], near);
+    EXPECT_NEAR(by_transforms[i], plain[i], near);
+  }
+  qor::Task<T> part(qor::Kind::convolution, 30, 8, qor::Mode::direct, 10);
+  part.set_start(3);
+  part.set_decimation(2);
+  part.execute(x, y, middle);
+  for (std::size_t i = 0; i < 10; ++i) EXPECT_NEAR(middle[i], plain[3 + 2 * i], near);
+
+  // Rank 2, backwards by strides: correlation turns the first operand round.
+  const int nx[] = {6, 5}, ny[] = {4, 2}, nz[] = {9, 6}, zero[] = {0, 0}, backwards[] = {-1, -6};
+  std::vector<T> forward(54), turned(54);
+  qor::Task<T> two(qor::Kind::convolution, nx, ny, nz);
+  two.execute(x.data(), {}, y.data(), {}, forward.data(), {});
+  qor::Task<T> correlation(qor::Kind::correlation, nx, ny, nz, qor::Mode::fourier);
+  correlation.execute(x.data(), backwards, y.data(), {}, turned.data(), {});
+  for (std::size_t i = 0; i < 54; ++i) EXPECT_NEAR(turned[i], forward[i], near);
+  two.set_start(zero);
+  EXPECT_THROW(two.set_start(0), std::length_error);
+  EXPECT_THROW(two.execute(x, y, z), std::length_error);
+}
+TEST(Tasks, AgreeInEveryMode) {
+  expect_tasks_agree<double>(1e-12);
+  expect_tasks_agree<float>(1e-4f);
+  qor::returning::Task<double> task(qor::Kind::convolution, 30, 8);
+  EXPECT_EQ(task.set_start(99).code, 0);
+  std::vector<double> x(30), y(8), z(37);
+  EXPECT_EQ(task.execute(x, y, z).code, -2302);
+  EXPECT_EQ(task.execute(x, y, z).code, -2302) << "refuses until it is reset";
+  task.reset();
+  EXPECT_TRUE(task.set_start(0).ok());
+  EXPECT_TRUE(task.execute(x, y, z).ok());
+  EXPECT_STREQ(qor::describe(-2302), "start outside the full result");
+}
+
+// A row of the spectrum of a real picture by the definition; there and back in every way of calling.
+TEST(Descriptors, Transform) {
+  constexpr int n1 = 6, n2 = 10;
+  qor::Stream s(QOR_BRNG_MT19937, seed);
+  std::vector<double> x(n1 * n2), back(n1 * n2);
+  s.gaussian(x);
+  qor::Descriptor<double> d(qor::Domain::real, {n1, n2});
+  d.set(QOR_DFT_PLACEMENT, QOR_DFT_OUT_OF_PLACE);
+  d.set_backward_scale(1.0 / (n1 * n2));
+  d.commit();
+  std::vector<std::complex<double>> spectrum(n1 * (n2 / 2 + 1));
+  d.forward(x, spectrum);
+  for (int k = 0; k <= n2 / 2; ++k) {
+    std::complex<double> sum = 0;
+    for (int i = 0; i < n1; ++i) {
+      for (int j = 0; j < n2; ++j) {
+        sum +=
+            x[std::size_t(i * n2 + j)] * std::polar(1.0, -2 * std::numbers::pi * (2.0 * i / n1 + double(j) * k / n2));
+      }
+    }
+    EXPECT_LE(std::abs(spectrum[std::size_t(2 * (n2 / 2 + 1) + k)] - sum), 1e-13);
+  }
+  const qor::Descriptor<double> copy = d.copy(), moved = std::move(d);
+  copy.backward(spectrum, back);
+  for (std::size_t i = 0; i < x.size(); ++i) EXPECT_NEAR(back[i], x[i], 1e-14);
+
+  qor::returning::Descriptor<float> in_place(qor::Domain::complex, {16});
+  std::vector<std::complex<float>> z(16, 1.0f);
+  EXPECT_EQ(in_place.forward(z).code, QOR_DFT_NOT_COMMITTED);
+  EXPECT_TRUE(in_place.set_forward_scale(0.5).ok());
+  EXPECT_TRUE(in_place.commit().ok());
+  EXPECT_TRUE(in_place.forward(z).ok());
+  EXPECT_EQ(z[0], 8.0f);
+  EXPECT_TRUE(in_place.backward(z).ok());
+  EXPECT_EQ(z[3], 8.0f);
+  EXPECT_THROW(qor::Descriptor<double>(qor::Domain::complex, {4, 0}), qor::Error);
+  EXPECT_EQ(qor::returning::Descriptor<double>(qor::Domain::complex, {0}).commit().code, QOR_DFT_BAD_LENGTH);
+}
+
 }  // namespace
