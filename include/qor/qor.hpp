@@ -9,7 +9,7 @@
 //              A range whose length doesn't fit is a mistake of the program: std::length_error, in both forms.
 //   Ranges     Whatever is contiguous will do: std::vector, std::array, std::span, built-in arrays. The element type,
 //              float or double, picks the function.
-//   Copies     None are made unless asked for: Stream::copy.
+//   Copies     None are made unless asked for: copy().
 //   Threads    As the C headers say.
 #ifndef QOR_QOR_HPP
 #define QOR_QOR_HPP
@@ -100,7 +100,7 @@ inline const char* describe(int status) noexcept {
     case -2323:
       return "an output stride of 0";
     default:
-      return "failure";
+      return status <= QOR_DFT_NO_MEMORY ? qor_dft_zx9_error_message_external(status) : "failure";
   }
 }
 
@@ -155,7 +155,7 @@ concept RealOutput = Output<R> && Real<Element<R>>;
 namespace detail {
 
 template <class R>
-int size(R&& r) {
+int count(R&& r) {
   const std::size_t n = std::ranges::size(r);
   if (n > INT_MAX) throw std::length_error("qor: a range of more than 2^31 - 1 elements");
   return static_cast<int>(n);
@@ -203,7 +203,7 @@ class BasicStream {
   BasicStream() = default;
   // brng is one of QOR_BRNG_... (+ member), or what __wxrRegisterBrng gave.
   explicit BasicStream(int brng, std::span<const unsigned> seeds) {
-    status_ = __wxrNewStreamEx(&stream_, brng, detail::size(seeds), seeds.data());
+    status_ = __wxrNewStreamEx(&stream_, brng, detail::count(seeds), seeds.data());
     made("making a stream");
   }
   BasicStream(int brng, std::initializer_list<unsigned> seeds)
@@ -274,7 +274,7 @@ class BasicStream {
     return done("drawing words", [&] {
       BrngRecord record;
       if (const int status = __wxrGetBrngProperties(brng(), &record); status < 0) return status;
-      const int each = record.wordBytes / 4, n = detail::size(r);
+      const int each = record.wordBytes / 4, n = detail::count(r);
       detail::require(n % each == 0, "qor: words: not a whole number of the engine's words");
       return _wxriRngUniformBits(0, stream_, n / each, std::ranges::data(r));
     });
@@ -329,7 +329,7 @@ class BasicStream {
   template <RealOutput R, RealInput A, RealInput T>
   requires std::same_as<Element<R>, Element<A>> && std::same_as<Element<R>, Element<T>> Result
   gaussian_mv(R&& r, Storage storage, const A& mean, const T& t, int method = QOR_RNG_GAUSSIAN_BOXMULLER2) {
-    const int d = detail::size(mean), n = detail::size(r), given = detail::size(t);
+    const int d = detail::count(mean), n = detail::count(r), given = detail::count(t);
     const int wanted = storage == Storage::full ? d * d : storage == Storage::packed ? d * (d + 1) / 2 : d;
     detail::require(d > 0 && n % d == 0, "qor: gaussian_mv: not a whole number of vectors");
     detail::require(given == wanted, "qor: gaussian_mv: a factor of another size");
@@ -369,13 +369,13 @@ class BasicStream {
   template <class D, class S, class R, class Method, class... P>
   Result draw(D of_doubles, S of_singles, R& r, Method method, P... parameters) {
     return done("drawing variates", [&] {
-      return detail::pick<Element<R>>(of_doubles, of_singles)(method, stream_, detail::size(r), std::ranges::data(r),
+      return detail::pick<Element<R>>(of_doubles, of_singles)(method, stream_, detail::count(r), std::ranges::data(r),
                                                               parameters...);
     });
   }
   template <class F, class... P>
   Result draw_integers(F f, std::span<int> r, int method, P... parameters) {
-    return done("drawing variates", [&] { return f(method, stream_, detail::size(r), r.data(), parameters...); });
+    return done("drawing variates", [&] { return f(method, stream_, detail::count(r), r.data(), parameters...); });
   }
 
   qor_stream* stream_ = nullptr;
@@ -397,21 +397,28 @@ class Bits {
   static constexpr result_type min() noexcept { return 0; }
   static constexpr result_type max() noexcept { return std::numeric_limits<result_type>::max(); }
   result_type operator()() {
-    if (next_ == words_.size()) refill();
+    if (next_ == words_.size()) {
+      draw(words_);
+      next_ = 0;
+    }
     return words_[next_++];
+  }
+  // The next words, those drawn ahead first.
+  void fill(std::span<std::uint32_t> r) {
+    std::size_t done = 0;
+    while (done < r.size() && next_ < words_.size()) r[done++] = words_[next_++];
+    draw(r.subspan(done));
   }
 
  private:
-  void refill() {
-    if (whole_) {
-      stream_->words(words_);
-    } else {
-      std::array<double, 256> u;
-      stream_->uniform(u, 0, 0x1p32);
-      std::ranges::transform(u, words_.begin(),
-                             [](double x) { return static_cast<std::uint32_t>(std::min(x, 0x1p32 - 1)); });
+  void draw(std::span<std::uint32_t> r) {
+    if (whole_) return stream_->words(r);
+    std::array<double, 256> u;
+    for (std::size_t done = 0; done < r.size();) {
+      const std::span part(u.data(), std::min(u.size(), r.size() - done));
+      stream_->uniform(part, 0, 0x1p32);
+      for (const double x : part) r[done++] = static_cast<std::uint32_t>(std::min(x, 0x1p32 - 1));
     }
-    next_ = 0;
   }
   Stream* stream_;
   bool whole_;
@@ -435,7 +442,7 @@ namespace math {
   requires std::same_as<Element<X>, Element<R>>                                                      \
   void name(const X& x, R&& r) {                                                                     \
     detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ"); \
-    QOR_HPP_MEMBER(Name, Element<X>)(detail::size(x), std::ranges::data(x), std::ranges::data(r));   \
+    QOR_HPP_MEMBER(Name, Element<X>)(detail::count(x), std::ranges::data(x), std::ranges::data(r));  \
   }                                                                                                  \
   template <Accuracy A = Accuracy::high, RealOutput R>                                               \
   void name(R&& r) {                                                                                 \
@@ -448,14 +455,14 @@ namespace math {
     detail::require(std::ranges::size(x) == std::ranges::size(r) && std::ranges::size(y) == std::ranges::size(r), \
                     "qor: " #name ": lengths differ");                                                            \
     QOR_HPP_MEMBER(Name, Element<X>)                                                                              \
-    (detail::size(x), std::ranges::data(x), std::ranges::data(y), std::ranges::data(r));                          \
+    (detail::count(x), std::ranges::data(x), std::ranges::data(y), std::ranges::data(r));                         \
   }
-#define QOR_HPP_ROUNDING(name, Name)                                                                                 \
-  template <RealInput X, RealOutput R>                                                                               \
-  requires std::same_as<Element<X>, Element<R>>                                                                      \
-  void name(const X& x, R&& r) {                                                                                     \
-    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ");                 \
-    detail::pick<Element<X>>(_tfnd##Name, _tfns##Name)(detail::size(x), std::ranges::data(x), std::ranges::data(r)); \
+#define QOR_HPP_ROUNDING(name, Name)                                                                                  \
+  template <RealInput X, RealOutput R>                                                                                \
+  requires std::same_as<Element<X>, Element<R>>                                                                       \
+  void name(const X& x, R&& r) {                                                                                      \
+    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ");                  \
+    detail::pick<Element<X>>(_tfnd##Name, _tfns##Name)(detail::count(x), std::ranges::data(x), std::ranges::data(r)); \
   }
 
 QOR_HPP_ONE(inv, Inv)
@@ -496,7 +503,7 @@ template <Accuracy A = Accuracy::high, RealInput X, RealOutput R>
 requires std::same_as<Element<X>, Element<R>>
 void pow(const X& x, Element<X> power, R&& r) {
   detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: pow: lengths differ");
-  QOR_HPP_MEMBER(Powx, Element<X>)(detail::size(x), std::ranges::data(x), power, std::ranges::data(r));
+  QOR_HPP_MEMBER(Powx, Element<X>)(detail::count(x), std::ranges::data(x), power, std::ranges::data(r));
 }
 template <Accuracy A = Accuracy::high, RealInput X, RealOutput R, RealOutput S>
 requires std::same_as<Element<X>, Element<R>> && std::same_as<Element<X>, Element<S>>
@@ -504,7 +511,7 @@ void sin_cos(const X& x, R&& sine, S&& cosine) {
   detail::require(std::ranges::size(x) == std::ranges::size(sine) && std::ranges::size(x) == std::ranges::size(cosine),
                   "qor: sin_cos: lengths differ");
   QOR_HPP_MEMBER(SinCos, Element<X>)
-  (detail::size(x), std::ranges::data(x), std::ranges::data(sine), std::ranges::data(cosine));
+  (detail::count(x), std::ranges::data(x), std::ranges::data(sine), std::ranges::data(cosine));
 }
 
 #undef QOR_HPP_ROUNDING
@@ -603,7 +610,7 @@ class Transform {
   template <class F, class Source, class Destination>
   Result run(F f, const Source& source, Destination& destination, std::span<unsigned char> buffer, int from,
              int to) const {
-    require(size(source) == from && size(destination) == to, "qor: transform: a range of another length");
+    require(count(source) == from && count(destination) == to, "qor: transform: a range of another length");
     require(buffer.empty() || buffer.size() >= buffer_size(), "qor: transform: the buffer is too short");
     return Errors::take(spec_ == nullptr ? status_ : f(reals(source), reals(destination), spec_, buffer.data()),
                         "transforming");
@@ -681,7 +688,7 @@ template <Real T>
 class Spectrum {
  public:
   Spectrum(std::span<const T> packed, Packing packing, int n) : packed_(packed), packing_(packing), n_(n) {
-    detail::require(n > 0 && detail::size(packed) == packed_size(packing, n),
+    detail::require(n > 0 && detail::count(packed) == packed_size(packing, n),
                     "qor: Spectrum: an array of another length");
   }
   int size() const noexcept { return n_; }
@@ -702,6 +709,206 @@ class Spectrum {
   int n_;
 };
 
+// ---- convolution ------------------------------------------------------------------------------------------------------
+
+enum class Kind { convolution = QOR_CONV_KIND_CONVOLUTION, correlation = QOR_CONV_KIND_CORRELATION };
+enum class Mode { fourier = QOR_CONV_MODE_FFT, direct = QOR_CONV_MODE_DIRECT };
+
+// A convolution or correlation of arrays of one to seven dimensions: described once, executed on any number of operands.
+// Dimension 0 varies fastest. Operands are dense ranges of as many elements as their shapes say, or have strides: then
+// the program answers for what they reach.
+template <Real T, class Errors>
+class BasicTask {
+ public:
+  using Result = typename Errors::Result;
+  using Shape = std::span<const int>;
+  BasicTask(Kind kind, Shape x, Shape y, Shape z, Mode mode = Mode::direct) {
+    detail::require(x.size() == y.size() && x.size() == z.size() && x.size() >= 1 && x.size() <= 7,
+                    "qor: Task: shapes of one rank, 1 to 7");
+    rank_ = x.size();
+    elements_ = {count(x), count(y), count(z)};
+    const int precision = std::same_as<T, float> ? QOR_CONV_PRECISION_SINGLE : QOR_CONV_PRECISION_DOUBLE;
+    status_ = __wxrNewTask(&task_, static_cast<int>(kind), 0, static_cast<int>(mode), 0, precision,
+                           static_cast<int>(rank_), x.data(), y.data(), z.data());
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a task");
+  }
+  // Of one dimension. The result of all nx + ny - 1 elements when nz isn't given.
+  BasicTask(Kind kind, int nx, int ny, Mode mode = Mode::direct, int nz = 0)
+      : BasicTask(kind, Shape(&nx, 1), Shape(&ny, 1), std::array{nz > 0 ? nz : nx + ny - 1}, mode) {}
+  BasicTask copy() const {
+    BasicTask t;
+    t.rank_ = rank_;
+    t.elements_ = elements_;
+    t.status_ = task_ == nullptr ? status_ : __wxrCopyTask(&t.task_, task_);
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(t.status_, "copying a task");
+    return t;
+  }
+  BasicTask(BasicTask&& other) noexcept
+      : task_(std::exchange(other.task_, nullptr)),
+        rank_(other.rank_),
+        elements_(other.elements_),
+        status_(other.status_) {}
+  BasicTask& operator=(BasicTask&& other) noexcept {
+    std::swap(task_, other.task_);
+    std::swap(rank_, other.rank_);
+    std::swap(elements_, other.elements_);
+    std::swap(status_, other.status_);
+    return *this;
+  }
+  BasicTask(const BasicTask&) = delete;
+  BasicTask& operator=(const BasicTask&) = delete;
+  ~BasicTask() {
+    if (task_ != nullptr) __wxrDeleteTask(&task_);
+  }
+
+  qor_conv_task* get() const noexcept { return task_; }
+  // The status of the last edit or execution. After a failure a task refuses all work until it is reset.
+  Status status() const noexcept { return {task_ == nullptr ? status_ : __wxrccGetStatus(task_)}; }
+  void reset() noexcept {
+    if (task_ != nullptr) __wxrccSetStatus(task_, 0);
+  }
+
+  Result set_mode(Mode mode) { return edit(QOR_CONV_EDIT_MODE, static_cast<int>(mode)); }
+  // Sums of single data in double or, as is usual, single precision.
+  Result set_double_sums(bool yes) {
+    return edit(QOR_CONV_EDIT_INTERNAL_PRECISION, yes ? QOR_CONV_PRECISION_DOUBLE : QOR_CONV_PRECISION_SINGLE);
+  }
+  // The first element of the full result that is wanted, and the step between elements, by dimension.
+  Result set_start(Shape start) { return edit_all(QOR_CONV_EDIT_START, start); }
+  Result set_start(int start) { return set_start(Shape(&start, 1)); }
+  Result set_decimation(Shape decimation) { return edit_all(QOR_CONV_EDIT_DECIMATION, decimation); }
+  Result set_decimation(int decimation) { return set_decimation(Shape(&decimation, 1)); }
+
+  template <RealInput X, RealInput Y, RealOutput Z>
+  requires std::same_as<Element<X>, T> && std::same_as<Element<Y>, T> && std::same_as<Element<Z>, T> Result
+  execute(const X& x, const Y& y, Z&& z) {
+    detail::require(std::ranges::size(x) == elements_[0] && std::ranges::size(y) == elements_[1] &&
+                        std::ranges::size(z) == elements_[2],
+                    "qor: Task: operands of other lengths than their shapes");
+    return execute(std::ranges::data(x), {}, std::ranges::data(y), {}, std::ranges::data(z), {});
+  }
+  Result execute(const T* x, Shape xstride, const T* y, Shape ystride, T* z, Shape zstride) {
+    const auto given = [this](Shape s) {
+      detail::require(s.empty() || s.size() == rank_, "qor: Task: a stride for each dimension");
+      return s.empty() ? nullptr : s.data();
+    };
+    return done("convolving",
+                [&] { return __wxrExec(task_, x, given(xstride), y, given(ystride), z, given(zstride)); });
+  }
+
+ private:
+  BasicTask() = default;
+  static std::size_t count(Shape shape) {
+    std::size_t n = 1;
+    for (const int each : shape) n *= static_cast<std::size_t>(std::max(each, 0));
+    return n;
+  }
+  Result edit(int parameter, int value) {
+    return done("editing a task", [&] { return __wxrEditTask(task_, parameter, &value); });
+  }
+  Result edit_all(int parameter, Shape values) {
+    detail::require(values.size() == rank_, "qor: Task: a value for each dimension");
+    return done("editing a task", [&] { return __wxrEditTask(task_, parameter, values.data()); });
+  }
+  template <class F>
+  Result done(const char* what, F&& call) {
+    return Errors::take(task_ == nullptr ? status_ : call(), what);
+  }
+
+  qor_conv_task* task_ = nullptr;
+  std::size_t rank_ = 0;
+  std::array<std::size_t, 3> elements_{};
+  int status_ = QOR_RNG_NULL_SLOT;
+};
+
+template <Real T>
+using Task = BasicTask<T, Throw>;
+
+// ---- descriptors ------------------------------------------------------------------------------------------------------
+
+enum class Domain { complex = QOR_DFT_COMPLEX, real = QOR_DFT_REAL };
+
+// A transform of arrays of one to seven dimensions and any layout, as qor/dft.h tells; the slowest dimension comes first.
+// Settings are those of QOR_DFT_...; layouts reach what they say, the program answers for the arrays.
+template <Real T, class Errors>
+class BasicDescriptor {
+ public:
+  using Result = typename Errors::Result;
+  BasicDescriptor(Domain domain, std::span<const int> lengths) {
+    status_ =
+        qor_dft_zx9_create_descriptor_external(&descriptor_, std::same_as<T, double> ? QOR_DFT_DOUBLE : QOR_DFT_SINGLE,
+                                               static_cast<int>(domain), detail::count(lengths), lengths.data());
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a descriptor");
+  }
+  BasicDescriptor(Domain domain, std::initializer_list<int> lengths)
+      : BasicDescriptor(domain, std::span(lengths.begin(), lengths.size())) {}
+  BasicDescriptor copy() const {
+    BasicDescriptor d;
+    d.status_ = descriptor_ == nullptr ? status_ : qor_dft_zx9_copy_descriptor_external(descriptor_, &d.descriptor_);
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(d.status_, "copying a descriptor");
+    return d;
+  }
+  BasicDescriptor(BasicDescriptor&& other) noexcept
+      : descriptor_(std::exchange(other.descriptor_, nullptr)), status_(other.status_) {}
+  BasicDescriptor& operator=(BasicDescriptor&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    std::swap(status_, other.status_);
+    return *this;
+  }
+  BasicDescriptor(const BasicDescriptor&) = delete;
+  BasicDescriptor& operator=(const BasicDescriptor&) = delete;
+  ~BasicDescriptor() {
+    if (descriptor_ != nullptr) qor_dft_zx9_free_descriptor_external(&descriptor_);
+  }
+  qor_dft_descriptor* get() const noexcept { return descriptor_; }
+  Status status() const noexcept { return {descriptor_ == nullptr ? status_ : 0}; }
+
+  Result set(int parameter, int value) { return set_from(parameter, &value); }
+  Result set(int parameter, std::span<const int> values) { return set_from(parameter, values.data()); }
+  Result set_backward_scale(double scale) { return set_from(QOR_DFT_BACKWARD_SCALE, &scale); }
+  Result set_forward_scale(double scale) { return set_from(QOR_DFT_FORWARD_SCALE, &scale); }
+  Result commit() {
+    return done("committing a descriptor", [&] { return qor_dft_zx9_commit_descriptor_external(descriptor_); });
+  }
+
+  // Out of place, as set by QOR_DFT_PLACEMENT, or in place, as is usual.
+  template <Input X, Output S>
+  Result forward(const X& signal, S&& spectrum) const {
+    return run(qor_dft_zx9_compute_forward_external, std::ranges::data(signal), std::ranges::data(spectrum));
+  }
+  template <Output X>
+  Result forward(X&& both) const {
+    return run(qor_dft_zx9_compute_forward_external, std::ranges::data(both), nullptr);
+  }
+  template <Input S, Output X>
+  Result backward(const S& spectrum, X&& signal) const {
+    return run(qor_dft_zx9_compute_backward_external, std::ranges::data(spectrum), std::ranges::data(signal));
+  }
+  template <Output S>
+  Result backward(S&& both) const {
+    return run(qor_dft_zx9_compute_backward_external, std::ranges::data(both), nullptr);
+  }
+
+ private:
+  BasicDescriptor() = default;
+  Result set_from(int parameter, const void* value) {
+    return done("setting a descriptor", [&] { return qor_dft_zx9_set_value_external(descriptor_, parameter, value); });
+  }
+  template <class F>
+  Result run(F f, const void* in, void* out) const {
+    return done("transforming", [&] { return f(descriptor_, const_cast<void*>(in), out); });
+  }
+  template <class F>
+  Result done(const char* what, F&& call) const {
+    return Errors::take(descriptor_ == nullptr ? status_ : call(), what);
+  }
+  qor_dft_descriptor* descriptor_ = nullptr;
+  int status_ = QOR_DFT_NULL_POINTER;
+};
+
+template <Real T>
+using Descriptor = BasicDescriptor<T, Throw>;
+
 // The other form of the classes: statuses are returned.
 namespace returning {
 using Stream = BasicStream<Return>;
@@ -709,6 +916,10 @@ template <Real T>
 using RealTransform = BasicRealTransform<T, Return>;
 template <Real T>
 using ComplexTransform = BasicComplexTransform<T, Return>;
+template <Real T>
+using Task = BasicTask<T, Return>;
+template <Real T>
+using Descriptor = BasicDescriptor<T, Return>;
 }  // namespace returning
 
 }  // namespace qor

@@ -1,0 +1,85 @@
+// qor math: a function of every number.
+#include <array>
+#include <cstdio>
+
+#include "catalog.h"
+#include "command.h"
+#include "numbers.h"
+#include "programs.h"
+
+namespace cli {
+
+namespace {
+
+std::array<long, 5> reported;  // by status
+int count_report(TfnErrorContext* context) {
+  if (context->code > 0 && context->code < 5) ++reported[static_cast<std::size_t>(context->code)];
+  return 1;
+}
+
+template <class T>
+void apply(const Function& function, int accuracy, Reader& in, bool raw) {
+  Writer out(raw);
+  Progress progress("numbers", 0);
+  const auto arguments = static_cast<std::size_t>(function.arguments());
+  const auto results = static_cast<std::size_t>(function.results());
+  constexpr std::size_t block = 4096;
+  double done = 0;
+  for (;;) {
+    const std::vector<T> given = in.read<T>(block * arguments);
+    if (given.empty()) break;
+    if (given.size() % arguments != 0) throw Failure(in.name() + ": " + function.name + " needs pairs of numbers");
+    const std::size_t n = given.size() / arguments;
+    std::vector<T> x(n), y(n), r(n), r2(n), row(results * n);
+    for (std::size_t i = 0; i < n; ++i) {
+      x[i] = given[i * arguments];
+      y[i] = given[i * arguments + arguments - 1];
+    }
+    function.call<T>(accuracy, static_cast<int>(n), x.data(), y.data(), r.data(), r2.data());
+    for (std::size_t i = 0; i < n; ++i) {
+      const T both[2] = {r[i], r2[i]};
+      out.row(std::span<const T>(both, results));
+    }
+    done += static_cast<double>(n);
+    progress.at(done);
+  }
+  out.flush();
+}
+
+}  // namespace
+
+int run_math(std::span<const std::string> arguments) {
+  bool raw = false, single = false, list = false;
+  int accuracy = 0;
+  const std::vector<std::string> rest =
+      parse("math", arguments,
+            {{"accuracy", "high|low", "errors of at most 0.55 units in the last place, or about 2 (high)",
+              [&](const std::string& v) {
+                if (v != "high" && v != "low") throw Misuse("--accuracy is high or low");
+                accuracy = v == "low";
+              }},
+             {"single", "", "compute in single precision", [&](const std::string&) { single = true; }},
+             {"raw", "", "bytes instead of text, both ways", [&](const std::string&) { raw = true; }},
+             {"list", "", "the functions' names", [&](const std::string&) { list = true; }}},
+            2);
+  if (list) {
+    for (const Function& f : functions) std::printf("%s\n", f.name.c_str());
+    return 0;
+  }
+  if (rest.empty()) throw Misuse("a function is needed; 'qor math --list' lists them");
+  const Function& function = function_of(rest[0]);
+  Reader in(rest.size() > 1 ? rest[1] : "-", raw);
+  const qor::ErrorMode mode(TFN_ERR_CALLBACK, count_report);
+  if (single) {
+    apply<float>(function, accuracy, in, raw);
+  } else {
+    apply<double>(function, accuracy, in, raw);
+  }
+  static constexpr const char* texts[] = {"", "out of domain", "at a pole", "overflow", "underflow"};
+  for (std::size_t i = 1; i < reported.size(); ++i) {
+    if (reported[i] > 0) std::fprintf(stderr, "qor math: %ld %s\n", reported[i], texts[i]);
+  }
+  return 0;
+}
+
+}  // namespace cli
