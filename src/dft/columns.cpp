@@ -10,24 +10,29 @@ using fft::Complex;
 using fft::lane_t;
 using fft::Split;
 
+// A value that stays in its register: used twice, the compiler would rather load it twice, and loads are what is scarce.
+template <class V>
+QOR_INLINE V held(V v) {
+  asm("" : "+x"(v));
+  return v;
+}
+
 // R rows of the caller's array, `step` reals apart: pairs of real and imaginary parts. The inverse exchanges the parts.
 template <class V, bool Inverse>
 struct Outside {
   lane_t<V>* p;
   std::ptrdiff_t step;
-  QOR_INLINE Complex<V> load(int r, int w) const {
-    constexpr int L = simd::lanes<V>;
-    const lane_t<V>* const q = p + r * step + w * 2 * L;
-    const V a = simd::load<V>(q), b = simd::load<V>(q + L);
+  QOR_INLINE Complex<V> load(int r) const {
+    const lane_t<V>* const q = p + r * step;
+    const V a = held(simd::load<V>(q)), b = held(simd::load<V>(q + simd::lanes<V>));
     const V even = simd::evens(a, b), odd = simd::odds(a, b);
     return Inverse ? Complex<V>{odd, even} : Complex<V>{even, odd};
   }
-  QOR_INLINE void store(int r, int w, Complex<V> x) const {
-    constexpr int L = simd::lanes<V>;
-    lane_t<V>* const q = p + r * step + w * 2 * L;
+  QOR_INLINE void store(int r, Complex<V> x) const {
+    lane_t<V>* const q = p + r * step;
     const V a = Inverse ? x.im : x.re, b = Inverse ? x.re : x.im;
     simd::store<V>(q, simd::zip_low(a, b));
-    simd::store<V>(q + L, simd::zip_high(a, b));
+    simd::store<V>(q + simd::lanes<V>, simd::zip_high(a, b));
   }
 };
 // R rows of the buffer: registers of real and of imaginary parts in turns.
@@ -35,23 +40,27 @@ template <class V>
 struct Inside {
   lane_t<V>* p;
   std::ptrdiff_t step;
-  QOR_INLINE Complex<V> load(int r, int w) const { return Split<V>{p + r * step}.load(w * simd::lanes<V>); }
-  QOR_INLINE void store(int r, int w, Complex<V> x) const { Split<V>{p + r * step}.store(w * simd::lanes<V>, x); }
+  QOR_INLINE V* row(int r) const { return reinterpret_cast<V*>(p + r * step); }
+  QOR_INLINE Complex<V> load(int r) const { return {held(row(r)[0]), held(row(r)[1])}; }
+  QOR_INLINE void store(int r, Complex<V> x) const {
+    row(r)[0] = x.re;
+    row(r)[1] = x.im;
+  }
 };
 
-// A butterfly for each register of R rows.
-template <int R, class V, class In, class Out>
-QOR_INLINE void butterflies(In in, Out out, const lane_t<V>* twiddles, int registers) {
+// A butterfly for each register of R rows. The factors lie as R - 1 pairs of registers.
+template <int R, bool Turned, class V, class In, class Out>
+QOR_INLINE void butterflies(In in, Out out, const lane_t<V>* factors, int registers) {
   using C = Complex<V>;
-  for (int w = 0; w < registers; ++w) {
+  const V* const f = reinterpret_cast<const V*>(factors);
+  for (int w = 0; w < registers; ++w, in.p += 2 * simd::lanes<V>, out.p += 2 * simd::lanes<V>) {
     fft::transform<C, R>(
         [&](int r) {
-          const C x = in.load(r, w);
-          return r == 0 || twiddles == nullptr
-                     ? x
-                     : x * Split<V>{const_cast<lane_t<V>*>(twiddles)}.load((r - 1) * simd::lanes<V>);
+          const C x = in.load(r);
+          if (!Turned || r == 0) return x;
+          return x * C{f[2 * r - 2], f[2 * r - 1]};
         },
-        [&](int u, C x) { out.store(u, w, x); });
+        [&](int u, C x) { out.store(u, x); });
   }
 }
 
@@ -66,7 +75,7 @@ template <int R, bool Inverse, class T>
 [[gnu::noinline]] void only_pass(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch,
                                  int registers) {
   using V = simd::Vec<T>;
-  butterflies<R, V>(Outside<V, Inverse>{const_cast<T*>(in), in_pitch}, Outside<V, Inverse>{out, out_pitch}, nullptr,
+  butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in), in_pitch}, Outside<V, Inverse>{out, out_pitch}, nullptr,
                     registers);
 }
 template <int R, bool Inverse, class T>
@@ -74,7 +83,7 @@ template <int R, bool Inverse, class T>
                                   Pitch pitch, int registers) {
   using V = simd::Vec<T>;
   for (int j = 0; j < rows; ++j) {
-    butterflies<R, V>(Outside<V, Inverse>{const_cast<T*>(in) + j * in_pitch, rows * in_pitch},
+    butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in) + j * in_pitch, rows * in_pitch},
                       Inside<V>{buffer + pitch(place[j] * R), pitch.row}, nullptr, registers);
   }
 }
@@ -86,7 +95,7 @@ template <int R, class T>
     T* const block = buffer + j * R * step;
     for (int k = 0; k < m; ++k) {
       const Inside<V> x{block + pitch(k), step};
-      butterflies<R, V>(x, x, twiddles + k * (R - 1) * 2 * simd::lanes<V>, registers);
+      butterflies<R, true, V>(x, x, twiddles + k * (R - 1) * 2 * simd::lanes<V>, registers);
     }
   }
 }
@@ -96,7 +105,7 @@ template <int R, bool Inverse, class T>
   using V = simd::Vec<T>;
   const int step = pitch(m);
   for (int k = 0; k < m; ++k) {
-    butterflies<R, V>(Inside<V>{buffer + pitch(k), step}, Outside<V, Inverse>{out + k * out_pitch, m * out_pitch},
+    butterflies<R, true, V>(Inside<V>{buffer + pitch(k), step}, Outside<V, Inverse>{out + k * out_pitch, m * out_pitch},
                       twiddles + k * (R - 1) * 2 * simd::lanes<V>, registers);
   }
 }
