@@ -387,6 +387,38 @@ void _tfnzExp_50(int n, const double* a, double* r);
 void _tfncExp_HA(int n, const float* a, float* r);
 void _tfncExp_21(int n, const float* a, float* r);
 
+/* r[i] = hyperbolic sine, cosine, tangent of a[i]; odd, even and odd in every bit. Sinh = sinh x cos y + i cosh x sin y,
+   Cosh = cosh x cos y + i sinh x sin y, near the ends of the range as for Exp; Tanh = (sinh x cosh x + i sin y cos y) /
+   (sinh^2 x + cos^2 y), where nothing cancels, poles i pi/2 + i k pi included (after W. Kahan, Branch cuts for complex
+   elementary functions, in The State of the Art in Numerical Analysis, 1987). */
+void _tfnzSinh_HA(int n, const double* a, double* r);
+void _tfnzSinh_50(int n, const double* a, double* r);
+void _tfncSinh_HA(int n, const float* a, float* r);
+void _tfncSinh_21(int n, const float* a, float* r);
+void _tfnzCosh_HA(int n, const double* a, double* r);
+void _tfnzCosh_50(int n, const double* a, double* r);
+void _tfncCosh_HA(int n, const float* a, float* r);
+void _tfncCosh_21(int n, const float* a, float* r);
+void _tfnzTanh_HA(int n, const double* a, double* r);
+void _tfnzTanh_50(int n, const double* a, double* r);
+void _tfncTanh_HA(int n, const float* a, float* r);
+void _tfncTanh_21(int n, const float* a, float* r);
+
+/* r[i] = sine, cosine, tangent of a[i], with exact reduction of every real part; odd, even and odd in every bit. They
+   are -i Sinh(iz), Cosh(iz), -i Tanh(iz). */
+void _tfnzSin_HA(int n, const double* a, double* r);
+void _tfnzSin_50(int n, const double* a, double* r);
+void _tfncSin_HA(int n, const float* a, float* r);
+void _tfncSin_21(int n, const float* a, float* r);
+void _tfnzCos_HA(int n, const double* a, double* r);
+void _tfnzCos_50(int n, const double* a, double* r);
+void _tfncCos_HA(int n, const float* a, float* r);
+void _tfncCos_21(int n, const float* a, float* r);
+void _tfnzTan_HA(int n, const double* a, double* r);
+void _tfnzTan_50(int n, const double* a, double* r);
+void _tfncTan_HA(int n, const float* a, float* r);
+void _tfncTan_21(int n, const float* a, float* r);
+
 /* ---- packing and rounding -------------------------------------------------------------------------------------- */
 
 /* Between a dense array and a strided, masked or indexed one, for i from 0 to n - 1, in this order. Increments may be

@@ -34,6 +34,11 @@ QOR_INLINE Scaled operator*(Scaled a, Scaled b) {
   const Pair<double> p = Pair<double>{a.hi, a.lo} * Pair<double>{b.hi, b.lo};
   return {p.hi, p.lo, a.power + b.power};
 }
+QOR_INLINE Scaled operator/(Scaled a, Scaled b) {
+  if (a.hi == 0) return {a.hi / b.hi, 0, 0};
+  const Pair<double> q = Pair<double>{a.hi, a.lo} / Pair<double>{b.hi, b.lo};
+  return {q.hi, q.lo, a.power - b.power};
+}
 // Rounded; infinite where that is the result. A zero keeps its sign.
 QOR_INLINE double value(Scaled a) {
   const double sum = a.hi == 0 ? a.hi : a.hi + a.lo;

@@ -5,6 +5,7 @@
 #include <quadmath.h>
 
 #include "tfn/complex_exp.h"
+#include "tfn/complex_hyperbolic.h"
 #include "tfn/sweep.h"
 
 namespace qor::test {
@@ -22,6 +23,12 @@ namespace complex_oracle {
 #define QOR_ORACLE(Name, f) \
   inline QuadComplex Name(QuadComplex z, QuadComplex) { return f(z); }
 QOR_ORACLE(Exp, cexpq)
+QOR_ORACLE(Sinh, csinhq)
+QOR_ORACLE(Cosh, ccoshq)
+QOR_ORACLE(Tanh, ctanhq)
+QOR_ORACLE(Sin, csinq)
+QOR_ORACLE(Cos, ccosq)
+QOR_ORACLE(Tan, ctanq)
 #undef QOR_ORACLE
 }  // namespace complex_oracle
 
