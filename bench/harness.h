@@ -176,6 +176,7 @@ std::vector<MathPeer<T>> peers_of(const MathItem& item) {
 
 void add_rng_rows(std::vector<Work>& works);
 void add_math_rows(std::vector<Work>& works);
+void add_complex_rows(std::vector<Work>& works);
 void add_distribution_rows(std::vector<Work>& works);
 void add_conv_rows(std::vector<Work>& works);
 void add_level1_rows(std::vector<Work>& works);

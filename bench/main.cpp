@@ -22,7 +22,7 @@ constexpr char help[] =
     R"(qor_bench [FILTER] [--rounds N] [--full] [--markdown] [--only-opponents] [--list] [--once] [--classify] [--mflops FILE]
 
 Measures the library and its peers on the same work, in turns of about 0.3 ms, for N rounds (default 61).
-FILTER is a regular expression that the work's group or name contains: streams, math, distributions, convolution,
+FILTER is a regular expression that the work's group or name contains: streams, math, complex, distributions, convolution,
 level1, limits, 'Sin'.
 
   ratio min     the opponent's fastest round / our fastest round; above 1 the library is faster
@@ -270,6 +270,7 @@ int main(int argc, char** argv) {
   std::vector<Work> works, chosen;
   add_rng_rows(works);
   add_math_rows(works);
+  add_complex_rows(works);
   add_distribution_rows(works);
   add_conv_rows(works);
   add_level1_rows(works);

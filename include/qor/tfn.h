@@ -356,6 +356,69 @@ void _tfndSinCos_SC_HA(int i, const double* a, double* r, double* r2);
 void _tfndSinCos_SC_LA(int i, const double* a, double* r, double* r2);
 void _tfndSinCos_SC_A11(int i, const double* a, double* r, double* r2);
 
+/* ---- functions of complex numbers --------------------------------------------------------------------------------
+
+   _tfnz: arrays of n double complex numbers, each a real and an imaginary part; _tfnc: of singles. (C99's double complex
+   and float complex, and C++'s std::complex, lie in memory like that.) All that is said at the top holds.
+
+   Accuracy. The distance of result and exact result is at most 1 unit in the last place of the exact result's size
+   (_HA), or 4 (_50, _21); of _HA each part is besides within 4 units in its own last place. Neither holds where this
+   text says otherwise. Results don't overflow or vanish, and don't lose bits, where the exact one can be represented.
+
+   Special values, branch cuts and signs of zeros are those of annex G of C99: a zero's sign tells the side of a cut, and
+   f of the conjugate is the conjugate of f.
+
+   Reports. The index counts complex elements, from the base pointer too. arg1 and arg2 are the real and the imaginary
+   part of the argument, of Pow and Powx of the base; res1 and res2 those of the result, and what a callback writes
+   there is stored in both. OVERFLOW where finite arguments have a part that is infinite in the result; ERRDOM where an
+   argument without NaN has no result (annex G: "raises invalid"); SING where told below. Underflow isn't reported. */
+typedef struct TfnDoubleComplex {
+  double re, im;
+} TfnDoubleComplex;
+typedef struct TfnSingleComplex {
+  float re, im;
+} TfnSingleComplex;
+
+/* r[i] = e to the power a[i]. Exp(+-0 + 0 i) = 1 + 0 i. e^x (cos y + i sin y), the factors by the tables of Exp and
+   Sin; near the ends of the range e^x without its power of two (T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, ACM TOMS
+   20, 1994). */
+void _tfnzExp_HA(int n, const double* a, double* r);
+void _tfnzExp_50(int n, const double* a, double* r);
+void _tfncExp_HA(int n, const float* a, float* r);
+void _tfncExp_21(int n, const float* a, float* r);
+
+/* r[i] = hyperbolic sine, cosine, tangent of a[i]; odd, even and odd in every bit. Sinh = sinh x cos y + i cosh x sin y,
+   Cosh = cosh x cos y + i sinh x sin y, near the ends of the range as for Exp; Tanh = (sinh x cosh x + i sin y cos y) /
+   (sinh^2 x + cos^2 y), where nothing cancels, poles i pi/2 + i k pi included (after W. Kahan, Branch cuts for complex
+   elementary functions, in The State of the Art in Numerical Analysis, 1987). */
+void _tfnzSinh_HA(int n, const double* a, double* r);
+void _tfnzSinh_50(int n, const double* a, double* r);
+void _tfncSinh_HA(int n, const float* a, float* r);
+void _tfncSinh_21(int n, const float* a, float* r);
+void _tfnzCosh_HA(int n, const double* a, double* r);
+void _tfnzCosh_50(int n, const double* a, double* r);
+void _tfncCosh_HA(int n, const float* a, float* r);
+void _tfncCosh_21(int n, const float* a, float* r);
+void _tfnzTanh_HA(int n, const double* a, double* r);
+void _tfnzTanh_50(int n, const double* a, double* r);
+void _tfncTanh_HA(int n, const float* a, float* r);
+void _tfncTanh_21(int n, const float* a, float* r);
+
+/* r[i] = sine, cosine, tangent of a[i], with exact reduction of every real part; odd, even and odd in every bit. They
+   are -i Sinh(iz), Cosh(iz), -i Tanh(iz). */
+void _tfnzSin_HA(int n, const double* a, double* r);
+void _tfnzSin_50(int n, const double* a, double* r);
+void _tfncSin_HA(int n, const float* a, float* r);
+void _tfncSin_21(int n, const float* a, float* r);
+void _tfnzCos_HA(int n, const double* a, double* r);
+void _tfnzCos_50(int n, const double* a, double* r);
+void _tfncCos_HA(int n, const float* a, float* r);
+void _tfncCos_21(int n, const float* a, float* r);
+void _tfnzTan_HA(int n, const double* a, double* r);
+void _tfnzTan_50(int n, const double* a, double* r);
+void _tfncTan_HA(int n, const float* a, float* r);
+void _tfncTan_21(int n, const float* a, float* r);
+
 /* ---- packing and rounding -------------------------------------------------------------------------------------- */
 
 /* Between a dense array and a strided, masked or indexed one, for i from 0 to n - 1, in this order. Increments may be

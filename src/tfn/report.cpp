@@ -63,18 +63,11 @@ void raise(double a, double b, bool divide) {
   static_cast<void>(result);
 }
 
-}  // namespace
-
-int create_func_name(const char* prefix, const char* name, const char* suffix, char* out) {
-  int n = copy_text(out, prefix, 8);
-  n += copy_text(out + n, name, 64);
-  n += copy_text(out + n, suffix, 8);
-  out[n] = 0;
-  return n;
-}
-
+// Element `index` of an array that starts at `array`, of elements of 2^log2_size bytes. The values are looked at only
+// where the code has any.
 template <class T>
-void report(int code, int index, const T* a, const T* b, T* y, T* z, const char* name) {
+void report_element(int code, int index, const T* array, int log2_size, const char* name, const T* a, const T* b, T* y,
+                    T* z) {
   set_status(code);
   if ((mode() & TFN_ERR_MASK) == ignore_field) return;
 
@@ -84,17 +77,17 @@ void report(int code, int index, const T* a, const T* b, T* y, T* z, const char*
   context.code = code;
   context.index = index;
   if (const void* base = base_pointer(); base != nullptr) {
-    const auto distance = reinterpret_cast<std::intptr_t>(a) - reinterpret_cast<std::intptr_t>(base);
-    context.index += static_cast<int>(distance >> (sizeof(T) == 8 ? 3 : 2));
+    const auto distance = reinterpret_cast<std::intptr_t>(array) - reinterpret_cast<std::intptr_t>(base);
+    context.index += static_cast<int>(distance >> log2_size);
   }
   char text[8 + 64 + 8 + 1];
   context.funcNameLen = create_func_name("", name, "", text);
   std::memcpy(context.funcName, text, sizeof context.funcName);
   if (has_values(code)) {
-    context.arg1 = a[index];
-    context.arg2 = b[index];
-    context.res1 = y[index];
-    context.res2 = z[index];
+    context.arg1 = *a;
+    context.arg2 = *b;
+    context.res1 = *y;
+    context.res2 = *z;
   }
 
   // The mode is read anew each time: a callback may change it.
@@ -107,12 +100,35 @@ void report(int code, int index, const T* a, const T* b, T* y, T* z, const char*
   }
   if ((mode() & handler_field) != 0) guard.outside([&] { standard_handler(&context); });
   if (has_values(code)) {
-    z[index] = static_cast<T>(context.res2);
-    y[index] = static_cast<T>(context.res1);
+    *z = static_cast<T>(context.res2);
+    *y = static_cast<T>(context.res1);
   }
+}
+
+}  // namespace
+
+int create_func_name(const char* prefix, const char* name, const char* suffix, char* out) {
+  int n = copy_text(out, prefix, 8);
+  n += copy_text(out + n, name, 64);
+  n += copy_text(out + n, suffix, 8);
+  out[n] = 0;
+  return n;
+}
+
+template <class T>
+void report(int code, int index, const T* a, const T* b, T* y, T* z, const char* name) {
+  const int at = has_values(code) ? index : 0;
+  report_element(code, index, a, sizeof(T) == 8 ? 3 : 2, name, a + at, b + at, y + at, z + at);
+}
+template <class T>
+void report_complex(int code, int index, const T* a, T* y, const char* name) {
+  const int at = has_values(code) ? 2 * index : 0;
+  report_element(code, index, a, sizeof(T) == 8 ? 4 : 3, name, a + at, a + at + 1, y + at, y + at + 1);
 }
 template void report<double>(int, int, const double*, const double*, double*, double*, const char*);
 template void report<float>(int, int, const float*, const float*, float*, float*, const char*);
+template void report_complex<double>(int, int, const double*, double*, const char*);
+template void report_complex<float>(int, int, const float*, float*, const char*);
 
 void standard_handler(const TfnErrorContext* context) {
   const std::uint32_t m = mode();

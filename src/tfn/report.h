@@ -9,6 +9,11 @@ namespace qor::tfn {
 template <class T>
 void report(int code, int index, const T* a, const T* b, T* y, T* z, const char* name);
 
+// Complex element `index` of the array a: its parts take the places of the two arguments, and those of y[index] of the two
+// results. Indices count complex elements.
+template <class T>
+void report_complex(int code, int index, const T* a, T* y, const char* name);
+
 int create_func_name(const char* prefix, const char* name, const char* suffix, char* out);
 
 void standard_handler(const TfnErrorContext* context);

@@ -67,10 +67,10 @@ struct Trig {
   template <Accuracy A>
   QOR_INLINE static void combine(simd::VecU64 k, simd::VecD whole, simd::VecD tail, simd::VecU64 sign, simd::VecD* y) {
     using namespace simd;
-    const LowHalves<VecU64> row(k);
-    const VecD r = whole - tail, r2 = r * r;
     if constexpr (A == Accuracy::low) {
       constexpr TrigFit fit = trig_fit_low;
+      const LowHalves<VecU64> row(k);
+      const VecD r = whole - tail, r2 = r * r;
       const auto [s, c] =
           gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
       const VecD sin_r = whole + (r * r2 * horner(r2, fit.sin_5, fit.sin_3) - tail);
@@ -78,20 +78,31 @@ struct Trig {
       if constexpr (has_sine) y[sine_at] = flip_sign(s + (c * sin_r + s * cos_less_1), sign);
       if constexpr (has_cosine) y[cosine_at] = c + (c * cos_less_1 - s * sin_r);
     } else {
-      constexpr TrigFit fit = trig_fit_high;
-      const VecD head = numeric::upper_half(whole);                                           // 26 bits
-      const VecD rest = ((whole - head) - tail) + r * r2 * horner(r2, fit.sin_5, fit.sin_3);  // sin r - head
-      const VecD cos_less_1 = horner(r2, fit.cos_4, fit.cos_2) * r2;
-      const auto output = [&](unsigned rows_on) {
-        const auto offset = [&](int l) { return (row(l) + rows_on) % trig_exact_rows * sizeof(TrigExactRow); };
-        const auto [s, minus_s_lo, c, c_lo] = gather_rows<4>(&trig_exact_table[0].sine, offset).column;
-        const auto [sum, error] = numeric::quick_two_sum(s, c * head);
-        const VecD minus_low = (minus_s_lo - c_lo * head) - ((c + c_lo) * rest + s * cos_less_1);
-        return sum - (minus_low - error);
-      };
-      if constexpr (has_sine) y[sine_at] = output(0);
-      if constexpr (has_cosine) y[cosine_at] = output(trig_exact_rows / 4);
+      Unrounded part[results];
+      combine_unrounded(k, whole, tail, part);
+      for (int i = 0; i < results; ++i) y[i] = part[i].hi - part[i].minus_lo;
     }
+  }
+  // The high accuracy before its last rounding; hi is within 2^-13 of the whole.
+  struct Unrounded {
+    simd::VecD hi, minus_lo;
+  };
+  QOR_INLINE static void combine_unrounded(simd::VecU64 k, simd::VecD whole, simd::VecD tail, Unrounded* y) {
+    using namespace simd;
+    constexpr TrigFit fit = trig_fit_high;
+    const LowHalves<VecU64> row(k);
+    const VecD r = whole - tail, r2 = r * r;
+    const VecD head = numeric::upper_half(whole);                                           // 26 bits
+    const VecD rest = ((whole - head) - tail) + r * r2 * horner(r2, fit.sin_5, fit.sin_3);  // sin r - head
+    const VecD cos_less_1 = horner(r2, fit.cos_4, fit.cos_2) * r2;
+    const auto output = [&](unsigned rows_on) -> Unrounded {
+      const auto offset = [&](int l) { return (row(l) + rows_on) % trig_exact_rows * sizeof(TrigExactRow); };
+      const auto [s, minus_s_lo, c, c_lo] = gather_rows<4>(&trig_exact_table[0].sine, offset).column;
+      const auto [sum, error] = numeric::quick_two_sum(s, c * head);
+      return {sum, ((minus_s_lo - c_lo * head) - ((c + c_lo) * rest + s * cos_less_1)) - error};
+    };
+    if constexpr (has_sine) y[sine_at] = output(0);
+    if constexpr (has_cosine) y[cosine_at] = output(trig_exact_rows / 4);
   }
 
   // The two stages of the double kernels: the reduction, and what is made of it.

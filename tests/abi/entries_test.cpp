@@ -339,6 +339,24 @@ void add_kernel(const std::string& function, const char* suffix, Shape shape) {
   });
 }
 
+// Arrays hold half as many complex numbers; the scalar of Powx comes by value.
+template <class T>
+void add_complex_kernel(const std::string& function, const char* suffix, Shape shape) {
+  add((sizeof(T) == 8 ? "_tfnz" : "_tfnc") + function + suffix, [shape](Caller& call) {
+    Array<T> a(kernel_arguments<T>()), r;
+    const int calls_before = callback_calls;
+    const std::conditional_t<sizeof(T) == 8, TfnDoubleComplex, TfnSingleComplex> power = {T(-1.5), T(0.5)};
+    with_callback([&] {
+      if (shape == Shape::one_result) call(elements / 2, a.get(), r.get());
+      if (shape == Shape::two_arguments) call(elements / 2 - 1, a.get(), a.get() + 2, r.get());
+      if (shape == Shape::scalar_argument) call(elements / 2, a.get(), power, r.get());
+      call.note(static_cast<unsigned>(_tfnGetErrStatus()));
+    });
+    EXPECT_TRUE(callback_calls > calls_before || shape != Shape::one_result);
+    call.note(r.bytes());
+  });
+}
+
 template <class T>
 void add_error_path(const std::string& name) {
   add(name, [](Caller& call) {
@@ -425,6 +443,17 @@ void add_kernels() {
   TFN_TWO_RESULTS(TFN_ADD_TWO)
   TFN_TWO_ARGUMENTS(TFN_ADD_BINARY)
   TFN_SCALAR_ARGUMENT(TFN_ADD_SCALAR)
+#define TFN_ADD_COMPLEX(Name, shape)                      \
+  add_complex_kernel<double>(#Name, "_HA", Shape::shape); \
+  add_complex_kernel<double>(#Name, "_50", Shape::shape); \
+  add_complex_kernel<float>(#Name, "_HA", Shape::shape);  \
+  add_complex_kernel<float>(#Name, "_21", Shape::shape);
+#define TFN_ADD_COMPLEX_ONE(Name) TFN_ADD_COMPLEX(Name, one_result)
+#define TFN_ADD_COMPLEX_TWO(Name) TFN_ADD_COMPLEX(Name, two_arguments)
+#define TFN_ADD_COMPLEX_SCALAR(Name) TFN_ADD_COMPLEX(Name, scalar_argument)
+  TFN_COMPLEX_ONE_ARGUMENT(TFN_ADD_COMPLEX_ONE)
+  TFN_COMPLEX_TWO_ARGUMENTS(TFN_ADD_COMPLEX_TWO)
+  TFN_COMPLEX_SCALAR_ARGUMENT(TFN_ADD_COMPLEX_SCALAR)
   add_scalar_kernel<double>("_tfndErfInv_HA_SC_zx8");
   add_scalar_kernel<float>("_tfnsErfInv_HA_SC_zx8");
 }

@@ -5,56 +5,12 @@
 #include <set>
 
 #include "support/guarded.h"
+#include "tfn/reports.h"
 #include "tfn/specials.h"
 #include "tfn/sweep.h"
 
 namespace qor::test {
 namespace {
-
-template <class T>
-auto word(T x) {
-  return std::bit_cast<std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>>(x);
-}
-template <class T>
-std::vector<decltype(word(T()))> words(const T* x, std::size_t n) {
-  std::vector<decltype(word(T()))> w(n);
-  std::transform(x, x + n, w.begin(), word<T>);
-  return w;
-}
-
-// What the callback saw, and what it writes instead of the result.
-struct Reported {
-  int code, index;
-  std::string name;
-  bool operator==(const Reported&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const Reported& r) {
-  return out << r.code << '@' << r.index << ' ' << r.name;
-}
-std::vector<Reported> reported;
-int collect(TfnErrorContext* c) {
-  reported.push_back({c->code, c->index, std::string(c->funcName, static_cast<std::size_t>(c->funcNameLen))});
-  return 1;
-}
-int replace_by_42(TfnErrorContext* c) {
-  c->res1 = 42;
-  c->res2 = 43;
-  return 0;
-}
-
-class Kernels : public ::testing::Test {
- protected:
-  void SetUp() override {
-    reported.clear();
-    _tfnSetMode(TFN_ERR_CALLBACK);
-    _tfnSetErrorCallBack(collect);
-    _tfnClearErrStatus();
-  }
-  void TearDown() override {
-    _tfnClearErrorCallBack();
-    _tfnSetMode(TFN_MODE_DEFAULT);
-  }
-};
 
 template <class T>
 class RealKernels : public Kernels {};
