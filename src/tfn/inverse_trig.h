@@ -292,26 +292,28 @@ QOR_INLINE V slope_row(V y, V inverse) {
   using T = simd::lane_t<V>;
   return simd::min(simd::max(y * inverse, simd::splat<V>(arc_lowest<T>)), simd::splat<V>(64));
 }
-// atan(y/x) as hi + lo, x and y positive or 0, inverse = 1/x and z from it; with two more arguments, of
-// (y + y_low)/(x + x_low). In high accuracy row 0 takes the remainder of its quotient, y - r x, exactly.
-template <Accuracy A, class V, class... Low>
-QOR_INLINE numeric::Pair<V> slope_angle(V y, V x, V inverse, V z, Low... low) {
+// Products of the halves of larger numbers and of ordinary ones are exact.
+template <class T>
+inline constexpr T least_exact = sizeof(T) == 8 ? T(0x1p-900) : T(0x1p-70f);
+// atan(y/x) as hi + lo, x and y positive or 0, inverse = 1/x and z from it. What y and x lack may follow: more(p, q) is
+// that of p y - q x. In high accuracy row 0 takes the remainder of its quotient, y - r x, exactly, where y isn't so
+// small that its products underflow.
+template <Accuracy A, class V, class... More>
+QOR_INLINE numeric::Pair<V> slope_angle(V y, V x, V inverse, V z, More... more) {
   using namespace simd;
   const auto [hi, lo, u, v] = arc_rows(atan_table<lane_t<V>>, z).column;
   const V x_upper = numeric::upper_half(x), x_lower = x - x_upper;
-  const auto lows = [](V p, V q, V y_low, V x_low) { return y_low * p - x_low * q; };
-  V above = (y * u - x_upper * v) - x_lower * v;
-  if constexpr (sizeof...(low) != 0) above += lows(u, v, low...);
-  const V r = above / (x * u + y * v);
+  const V r = (((y * u - x_upper * v) - x_lower * v) + ... + more(u, v)) / (x * u + y * v);
   V small = lo + r * small_atan(r * r);
   if constexpr (A == Accuracy::high) {
     const V upper = numeric::upper_half(r), lower = r - upper;
-    V rest = (((y - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
-    if constexpr (sizeof...(low) != 0) rest += lows(splat<V>(1), r, low...);
-    small += as<V>(bits(rest * inverse) & eq(v, V{}));
+    const V rest = (((y - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
+    const Bits<V> exact = eq(v, V{}) & lt(splat<V>(least_exact<lane_t<V>>), y);
+    small += as<V>(bits((rest + ... + more(splat<V>(1), r)) * inverse) & exact);
   }
   return {hi, r + small};
 }
+
 // atan2(a, b), the angle of the point (b, a).
 template <Accuracy A>
 struct Atan2 {
