@@ -25,12 +25,13 @@
 #include "qor/tfn.h"
 #include "simd/vec.h"
 #include "tfn/accuracy.h"
+#include "tfn/complex_map.h"
 #include "tfn/hypot.h"
 #include "tfn/inverse_hyperbolic.h"
 #include "tfn/inverse_trig.h"
 #include "tfn/ln.h"
 
-namespace qor::tfn {
+namespace qor::tfn::complex {
 
 // v^2 = square + rest, the square exact.
 template <class V>
@@ -56,179 +57,229 @@ QOR_INLINE numeric::Pair<V> circle(V x, SquareParts<V> yy) {
   return numeric::two_sum(t.hi, t.lo + ((s.lo + xx.lo) + yy.rest));
 }
 
-// sinh v, cosh v, cos u cosh v, and m.
+// The larger root B and cosh v as they come, d = |d| + rest, and m.
+template <class V>
+struct Roots {
+  V big, cosh, m, size, rest;
+  simd::Bits<V> outside;  // d > 0: B is sinh v, else cos u
+};
+template <class V>
+QOR_INLINE Roots<V> roots(numeric::Pair<V> d, V y) {
+  using namespace simd;
+  using T = lane_t<V>;
+  Roots<V> s;
+  s.size = abs(d.hi);
+  s.rest = flip_sign(d.lo, sign(d.hi));
+  s.outside = lt(V{}, d.hi);
+  s.m = sqrt(d.hi * d.hi + T(4) * (y * y));
+  s.big = sqrt(T(0.5) * (s.m + s.size));
+  s.cosh = sqrt(T(0.5) * (s.m + d.hi) + T(1));
+  return s;
+}
+
+// sinh v, cosh v, cos u cosh v.
 template <class V>
 struct InverseSine {
   numeric::Pair<V> sinh, cosh, leg;
-  V m;
 };
 template <class V>
-QOR_INLINE InverseSine<V> inverse_sine_exact(V x, V y) {
+QOR_INLINE InverseSine<V> inverse_sine_exact(const Roots<V>& s, V y) {
   using namespace simd;
-  const SquareParts<V> yy = square_parts(y);
-  const auto [d, d_low] = circle(x, yy);
-  const V size = abs(d), size_low = flip_sign(d_low, sign(d));
-  const V m = sqrt(d * d + 4.0 * (y * y));
-  const V big = sqrt(0.5 * (m + size)), inverse = 1.0 / big, small = y * inverse;
-  const SquareParts<V> bb = square_parts(big), ss = square_parts(small);
+  const V inverse = 1.0 / s.big, small = y * inverse;
+  const SquareParts<V> bb = square_parts(s.big), ss = square_parts(small);
   const auto if_exact = [keep = lt(splat<V>(least_exact<lane_t<V>>), y)](V v) { return as<V>(bits(v) & keep); };
-  const V small_more = if_exact(left_over(y, small, ss.upper, big, bb.upper) * inverse);
-  const V excess = ((bb.square - max(size, ss.square)) - min(size, ss.square)) +
-                   ((bb.rest - ss.rest) - (size_low + (small + small) * small_more));
-  const V step = excess / (-2.0 * m);
-  const V big_low = big * step, small_low = small_more - small * step;
+  const V small_more = if_exact(left_over(y, small, ss.upper, s.big, bb.upper) * inverse);
+  const V excess = ((bb.square - max(s.size, ss.square)) - min(s.size, ss.square)) +
+                   ((bb.rest - ss.rest) - (s.rest + (small + small) * small_more));
+  const V step = excess / (-2.0 * s.m);
+  const V big_low = s.big * step, small_low = small_more - small * step;
 
-  const Bits<V> outside = lt(V{}, d);
-  const numeric::Pair<V> sinh = {select(outside, big, small), select(outside, big_low, small_low)};
-  const V square = select(outside, bb.square, ss.square), rest = select(outside, bb.rest, ss.rest);
+  const numeric::Pair<V> sinh = {select(s.outside, s.big, small), select(s.outside, big_low, small_low)};
+  const V square = select(s.outside, bb.square, ss.square), rest = select(s.outside, bb.rest, ss.rest);
   const auto q = numeric::two_sum(square, splat<V>(1));
-  const V q_low = q.lo + (rest + (sinh.hi + sinh.hi) * sinh.lo), cosh = sqrt(q.hi + q_low);
-  const SquareParts<V> cc = square_parts(cosh);
-  const V cosh_low = ((q.hi - cc.square) + (q_low - cc.rest)) / (cosh + cosh);
+  const V q_low = q.lo + (rest + (sinh.hi + sinh.hi) * sinh.lo);
+  const SquareParts<V> cc = square_parts(s.cosh);
+  const V cosh_low = ((q.hi - cc.square) + (q_low - cc.rest)) / (s.cosh + s.cosh);
 
-  const V cosine = select(outside, small, big), cosine_upper = select(outside, ss.upper, bb.upper);
-  const V leg = cosine * cosh;
-  const V leg_low = select(outside, small_low, big_low) * cosh + cosine * cosh_low -
-                    if_exact(left_over(leg, cosine, cosine_upper, cosh, cc.upper));
-  return {sinh, {cosh, cosh_low}, {leg, leg_low}, m};
+  const V cosine = select(s.outside, small, s.big), cosine_upper = select(s.outside, ss.upper, bb.upper);
+  const V leg = cosine * s.cosh;
+  const V leg_low = select(s.outside, small_low, big_low) * s.cosh + cosine * cosh_low -
+                    if_exact(left_over(leg, cosine, cosine_upper, s.cosh, cc.upper));
+  return {sinh, {s.cosh, cosh_low}, {leg, leg_low}};
 }
 template <class V>
-QOR_INLINE InverseSine<V> inverse_sine_plain(V x, V y) {
-  using namespace simd;
-  using T = lane_t<V>;
-  const V d = (x - T(1)) * (x + T(1)) + y * y, m = sqrt(d * d + T(4) * (y * y));
-  const V big = sqrt(T(0.5) * (m + abs(d))), small = y / big;
-  const Bits<V> outside = lt(V{}, d);
-  const V sinh = select(outside, big, small), cosine = select(outside, small, big), cosh = sqrt(T(1) + sinh * sinh);
-  return {{sinh, V{}}, {cosh, V{}}, {cosine * cosh, V{}}, m};
+QOR_INLINE InverseSine<V> inverse_sine_plain(const Roots<V>& s, V y) {
+  const V small = y / s.big;
+  return {{simd::select(s.outside, s.big, small), V{}}, {s.cosh, V{}}, {simd::select(s.outside, small, s.big) * s.cosh, V{}}};
 }
 
-enum class ComplexArc { asin, acos, atan, asinh, acosh, atanh };
-// How a vector is computed: double _HA, double _50 and single _21, doubles that become singles.
+enum class Inverse { asin, acos, atan, asinh, acosh, atanh };
+// How a block is computed: double _HA; double _50 and single _21; doubles that become singles.
 enum class Effort { exact, plain, wide };
 
-template <ComplexArc F, Accuracy A>
-struct ComplexInverse {
-  static constexpr double filler = 0.5;
-  static constexpr bool tangent = F == ComplexArc::atan || F == ComplexArc::atanh;
-  static constexpr bool exchanged = F == ComplexArc::atan || F == ComplexArc::asinh;
-  static constexpr bool cosine = F == ComplexArc::acos || F == ComplexArc::acosh;
+template <Inverse F, Effort E, class V>
+struct InverseSteps {
+  using T = simd::lane_t<V>;
+  static constexpr bool tangent = F == Inverse::atan || F == Inverse::atanh;
+  static constexpr bool exchanged = F == Inverse::atan || F == Inverse::asinh;
+  static constexpr bool cosine = F == Inverse::acos || F == Inverse::acosh;
+  static constexpr bool angle_first = F == Inverse::asin || F == Inverse::acos || F == Inverse::atan;
+  static constexpr bool exact = E == Effort::exact;
 
-  template <class V>
-  struct Parts {
-    V angle, length;  // u and v, or pi/2 - u and v
+  // What both parts come from: the slope y : x, and what x, of arc cosines y, lacks; the pair whose logarithm is the
+  // length, and the length itself where it is tiny, else -1.
+  struct Begun {
+    V y, x, low;
+    numeric::Pair<V> h;
+    V tiny;
   };
-
-  template <Effort E, class V>
-  QOR_INLINE static V log(numeric::Pair<V> h) {
-    if constexpr (sizeof(simd::lane_t<V>) == 4) {
-      return Ln<Accuracy::low>::of_pair(h);
-    } else if constexpr (E == Effort::wide) {
-      return Ln<Accuracy::low>::of_pair_for_single(h);
+  QOR_INLINE static Roots<V> roots(V re, V im) {
+    const V x = simd::abs(exchanged ? im : re), y = simd::abs(exchanged ? re : im);
+    if constexpr (exact) {
+      return complex::roots(circle(x, square_parts(y)), y);
     } else {
-      return Ln<Accuracy::high>::of_pair(h);
+      return complex::roots<V>({(x - T(1)) * (x + T(1)) + y * y, V{}}, y);
     }
   }
-  // atan2(y, x), y >= 0; more as in slope_angle, for x >= 0.
-  template <Effort E, class V, class... More>
-  QOR_INLINE static V angle(V y, V x, More... more) {
+  QOR_INLINE static Begun begin(V re, V im, [[maybe_unused]] const Roots<V>& begun, simd::Bits<V>& usual) {
     using namespace simd;
-    if constexpr (sizeof(lane_t<V>) == 4) {
-      V a;
-      Bits<V> ignored;
-      Atan2<Accuracy::low>::fast(y, x, nullptr, &a, ignored);
-      return a;
-    } else {
-      const V ax = abs(x), inverse = 1.0 / ax;
-      constexpr Accuracy level = E == Effort::exact ? Accuracy::high : Accuracy::low;
-      return turn_over(slope_angle<level>(y, ax, inverse, slope_row(y, inverse), more...), lt(x, V{}));
-    }
-  }
-
-  // Of x + i y, y >= 0 and for all but the arc cosines x >= 0.
-  template <Effort E, class V>
-  QOR_INLINE static Parts<V> parts(V x, V y, simd::Bits<V>& usual) {
-    using namespace simd;
-    using T = lane_t<V>;
-    // What isn't too large or too small for squares to the fourth power; beside the poles nothing is too small.
+    const V x = abs(exchanged ? im : re), y = abs(exchanged ? re : im);
+    // Squares of squares neither overflow nor vanish; with singles in doubles they never do, but at the poles.
     constexpr bool single = sizeof(T) == 4, any = E == Effort::wide;
     constexpr T least = any ? T(0x1p-320) : single ? T(0x1p-50) : T(0x1p-400);
     constexpr T most = any ? T(0x1p400) : single ? T(0x1p60) : T(0x1p500);
-    if constexpr (tangent) {
-      const V one = splat<V>(T(1));
-      if constexpr (E == Effort::exact) {
-        const SquareParts<V> yy = square_parts(y);
-        const auto w = numeric::two_sum(one, -x);
-        const SquareParts<V> ww = square_parts(w.hi);
-        const auto sum = numeric::two_sum(ww.square, yy.square);
-        const auto p =
-            numeric::quick_two_sum(sum.hi, sum.lo + ((ww.rest + yy.rest) + (w.hi + w.hi) * w.lo));
-        usual = le(splat<V>(least), p.hi) & le(p.hi, splat<V>(most));
-        const V inverse = one / p.hi, x4 = x * T(4), q = x4 * inverse;
-        const V rest = left_over(x4, q, numeric::upper_half(q), p.hi, numeric::upper_half(p.hi)) - q * p.lo;
-        const V q_low = as<V>(bits(rest * inverse) & lt(splat<V>(least_exact<T>), x));
-        const auto h = one_plus(q);
-        const V length = select(lt(q, splat<V>(0x1p-28)), q + (q_low - q * q * 0.5), log<E, V>({h.hi, h.lo + q_low}));
-        const auto d = circle(x, yy);
-        const V low = flip_sign(d.lo, sign(d.hi));
-        return {angle<E>(y + y, -d.hi, [low](V, V q) { return -(low * q); }) * 0.5, length * 0.25};
-      } else {
-        const V w = one - x, p = w * w + y * y, q = x * T(4) / p;
-        usual = le(splat<V>(least), p) & le(p, splat<V>(most));
-        return {angle<E>(y + y, w * (one + x) - y * y) * T(0.5), log<E>(one_plus(q)) * T(0.25)};
-      }
+    const auto if_small = [](V size, V length) { return select(lt(size, splat<V>(0x1p-28)), length, splat<V>(-1)); };
+    Begun s;
+    V size;
+    if constexpr (tangent && exact) {
+      const SquareParts<V> yy = square_parts(y);
+      const auto w = numeric::two_sum(splat<V>(1), -x);
+      const SquareParts<V> ww = square_parts(w.hi);
+      const auto sum = numeric::two_sum(ww.square, yy.square);
+      const auto p = numeric::quick_two_sum(sum.hi, sum.lo + ((ww.rest + yy.rest) + (w.hi + w.hi) * w.lo));
+      size = p.hi;
+      const V inverse = T(1) / p.hi, x4 = x * T(4), q = x4 * inverse;
+      const V rest = left_over(x4, q, numeric::upper_half(q), p.hi, numeric::upper_half(p.hi)) - q * p.lo;
+      const V q_low = as<V>(bits(rest * inverse) & lt(splat<V>(least_exact<T>), x));
+      s.h = one_plus(q);
+      s.h.lo += q_low;
+      s.tiny = if_small(q, q + (q_low - q * q * T(0.5)));
+      const auto d = circle(x, yy);
+      s.y = y + y;
+      s.x = -d.hi;
+      s.low = flip_sign(d.lo, sign(d.hi));
+    } else if constexpr (tangent) {
+      const V w = T(1) - x;
+      size = w * w + y * y;
+      s.h = one_plus(x * T(4) / size);
+      s.y = y + y;
+      s.x = w * (T(1) + x) - y * y;
     } else {
-      const V ax = abs(x);
-      const auto s = E == Effort::exact ? inverse_sine_exact(ax, y) : inverse_sine_plain(ax, y);
-      usual = le(splat<V>(least), s.m) & le(s.m, splat<V>(most));
-      if constexpr (E == Effort::exact) {
-        const auto h = numeric::quick_two_sum(s.cosh.hi, s.sinh.hi);
-        const V ln = log<E, V>({h.hi, h.lo + (s.sinh.lo + s.cosh.lo)});
-        const V length = select(lt(s.sinh.hi, splat<V>(0x1p-28)), s.sinh.hi + s.sinh.lo, ln);
-        const V low = s.leg.lo;
-        if constexpr (cosine) {
-          return {angle<E>(s.leg.hi, x, [low](V p, V) { return low * p; }), length};
-        } else {
-          return {angle<E>(ax, s.leg.hi, [low](V, V q) { return -(low * q); }), length};
-        }
+      const auto t = exact ? inverse_sine_exact(begun, y) : inverse_sine_plain(begun, y);
+      size = begun.m;
+      s.y = cosine ? t.leg.hi : x;
+      s.x = cosine ? re : t.leg.hi;
+      if constexpr (exact) {
+        s.low = t.leg.lo;
+        s.h = numeric::quick_two_sum(t.cosh.hi, t.sinh.hi);
+        s.h.lo += t.sinh.lo + t.cosh.lo;
+        s.tiny = if_small(t.sinh.hi, t.sinh.hi + t.sinh.lo);
       } else {
-        const V length = log<E>(AsinhForm::plain(s.sinh.hi, s.sinh.hi * s.sinh.hi, s.cosh.hi));
-        return {cosine ? angle<E>(s.leg.hi, x) : angle<E>(x, s.leg.hi), length};
+        s.h = AsinhForm::plain(t.sinh.hi, t.sinh.hi * t.sinh.hi, t.cosh.hi);
       }
     }
+    usual = le(splat<V>(least), size) & le(size, splat<V>(most));
+    return s;
   }
-
-  template <Effort E, class V>
-  QOR_INLINE static void whole(V re, V im, V* r, simd::Bits<V>& usual) {
-    using namespace simd;
-    const V ay = abs(im), ax = cosine ? re : abs(re);
-    const Parts<V> p = exchanged ? parts<E>(ay, ax, usual) : parts<E>(ax, ay, usual);
-    constexpr bool angle_first = F == ComplexArc::asin || F == ComplexArc::acos || F == ComplexArc::atan;
-    r[0] = angle_first ? p.angle : p.length;
-    r[1] = angle_first ? p.length : p.angle;
-    if constexpr (!cosine) r[0] = flip_sign(r[0], sign(re));
-    r[1] = flip_sign(r[1], F == ComplexArc::acos ? sign(im) ^ sign_bit<V> : sign(im));
-  }
-
-  QOR_INLINE static void fast(simd::VecD re, simd::VecD im, simd::VecD* r, simd::VecU64& usual) {
-    whole < A == Accuracy::high ? Effort::exact : Effort::plain > (re, im, r, usual);
-  }
-  QOR_INLINE static void by_doubles(simd::VecF re, simd::VecF im, simd::VecF* r, simd::VecU32& usual) {
-    using namespace simd;
-    VecD low[2], high[2];
-    VecU64 low_usual, high_usual;
-    whole<Effort::wide>(widen_low(re), widen_low(im), low, low_usual);
-    whole<Effort::wide>(widen_high(re), widen_high(im), high, high_usual);
-    for (int k = 0; k < 2; ++k) r[k] = narrow(low[k], high[k]);
-    usual = as<VecU32>(evens(as<VecF>(low_usual), as<VecF>(high_usual)));
-  }
-  QOR_INLINE static void fast(simd::VecF re, simd::VecF im, simd::VecF* r, simd::VecU32& usual) {
-    if constexpr (A == Accuracy::high) {
-      by_doubles(re, im, r, usual);
+  QOR_INLINE static V length(const Begun& s) {
+    V l;
+    if constexpr (sizeof(T) == 4) {
+      l = tfn::Ln<Accuracy::low>::of_pair(s.h);
+    } else if constexpr (E == Effort::wide) {
+      l = tfn::Ln<Accuracy::low>::of_pair_for_single(s.h);
     } else {
-      whole<Effort::plain>(re, im, r, usual);
+      l = tfn::Ln<Accuracy::high>::of_pair(s.h);
+    }
+    if constexpr (exact) l = simd::select(simd::lt(s.tiny, V{}), l, s.tiny);
+    return tangent ? l * T(0.25) : l;
+  }
+  QOR_INLINE static V angle(const Begun& s) {
+    using namespace simd;
+    V a;
+    if constexpr (sizeof(T) == 4) {
+      Bits<V> ignored;
+      tfn::Atan2<Accuracy::low>::fast(s.y, s.x, nullptr, &a, ignored);
+    } else {
+      const V ax = abs(s.x), inverse = T(1) / ax, z = slope_row(s.y, inverse);
+      const auto low = [&](V p, V q) { return cosine ? s.low * p : -(s.low * q); };
+      if constexpr (exact) {
+        a = turn_over(slope_angle<Accuracy::high>(s.y, ax, inverse, z, low), lt(s.x, V{}));
+      } else {
+        a = turn_over(slope_angle<Accuracy::low>(s.y, ax, inverse, z), lt(s.x, V{}));
+      }
+    }
+    return tangent ? a * T(0.5) : a;
+  }
+  // The signs of the parts.
+  QOR_INLINE static V real_part(V size, V re) { return cosine ? size : simd::flip_sign(size, simd::sign(re)); }
+  QOR_INLINE static V imaginary_part(V size, V im) {
+    return simd::flip_sign(size, F == Inverse::acos ? simd::sign(im) ^ simd::sign_bit<V> : simd::sign(im));
+  }
+
+  static void run(const Numbers<T>& z, Numbers<T>& r, Usual<T>& usual, int n) {
+    constexpr int width = simd::lanes<V>;
+    Begun begun[block / width];
+    Roots<V> root[block / width];
+    if constexpr (!tangent) {
+      for (int i = 0; i < n; i += width) root[i / width] = roots(z.re(i), z.im(i));
+    }
+    for (int i = 0; i < n; i += width) {
+      simd::Bits<V> good;
+      begun[i / width] = begin(z.re(i), z.im(i), root[i / width], good);
+      usual.set(i, good);
+    }
+    for (int i = 0; i < n; i += width) {
+      const V l = length(begun[i / width]);
+      if constexpr (angle_first) {
+        r.im.set(i, imaginary_part(l, z.im(i)));
+      } else {
+        r.re.set(i, real_part(l, z.re(i)));
+      }
+    }
+    for (int i = 0; i < n; i += width) {
+      const V a = angle(begun[i / width]);
+      if constexpr (angle_first) {
+        r.re.set(i, real_part(a, z.re(i)));
+      } else {
+        r.im.set(i, imaginary_part(a, z.im(i)));
+      }
     }
   }
 };
 
-}  // namespace qor::tfn
+template <Inverse F, class T, Accuracy A>
+struct InverseFunction : Bounds<T, A> {
+  using Number = std::conditional_t<sizeof(T) == 4 && A == Accuracy::low, float, double>;
+  static constexpr int inputs = 1;
+  static constexpr double filler = 0.5;
+  static constexpr Effort effort = A == Accuracy::low ? Effort::plain : sizeof(T) == 4 ? Effort::wide : Effort::exact;
+  static void run(const Numbers<Number>& z, Numbers<Number>& r, Usual<Number>& usual, int n) {
+    InverseSteps<F, effort, simd::Vec<Number>>::run(z, r, usual, n);
+  }
+  static int element(double, double, double*r) { r[0]=r[1]=0; return 0; }
+};
+
+template <class T, Accuracy A>
+using Asin = InverseFunction<Inverse::asin, T, A>;
+template <class T, Accuracy A>
+using Acos = InverseFunction<Inverse::acos, T, A>;
+template <class T, Accuracy A>
+using Atan = InverseFunction<Inverse::atan, T, A>;
+template <class T, Accuracy A>
+using Asinh = InverseFunction<Inverse::asinh, T, A>;
+template <class T, Accuracy A>
+using Acosh = InverseFunction<Inverse::acosh, T, A>;
+template <class T, Accuracy A>
+using Atanh = InverseFunction<Inverse::atanh, T, A>;
+
+}  // namespace qor::tfn::complex
