@@ -18,7 +18,7 @@
 // - single _21: the same in single precision.
 #pragma once
 
-#include <limits>
+#include <cmath>
 
 #include "numeric/float_parts.h"
 #include "numeric/pair.h"
@@ -26,6 +26,7 @@
 #include "simd/vec.h"
 #include "tfn/accuracy.h"
 #include "tfn/complex_map.h"
+#include "tfn/complex_scaled.h"
 #include "tfn/hypot.h"
 #include "tfn/inverse_hyperbolic.h"
 #include "tfn/inverse_trig.h"
@@ -110,7 +111,9 @@ QOR_INLINE InverseSine<V> inverse_sine_exact(const Roots<V>& s, V y) {
 template <class V>
 QOR_INLINE InverseSine<V> inverse_sine_plain(const Roots<V>& s, V y) {
   const V small = y / s.big;
-  return {{simd::select(s.outside, s.big, small), V{}}, {s.cosh, V{}}, {simd::select(s.outside, small, s.big) * s.cosh, V{}}};
+  return {{simd::select(s.outside, s.big, small), V{}},
+          {s.cosh, V{}},
+          {simd::select(s.outside, small, s.big) * s.cosh, V{}}};
 }
 
 enum class Inverse { asin, acos, atan, asinh, acosh, atanh };
@@ -226,7 +229,13 @@ struct InverseSteps {
     return simd::flip_sign(size, F == Inverse::acos ? simd::sign(im) ^ simd::sign_bit<V> : simd::sign(im));
   }
 
-  static void run(const Numbers<T>& z, Numbers<T>& r, Usual<T>& usual, int n) {
+  // Which part is the angle, with its sign.
+  QOR_INLINE static V angle_part(V a, V re, V im) { return angle_first ? real_part(a, re) : imaginary_part(a, im); }
+  QOR_INLINE static V length_part(V l, V re, V im) { return angle_first ? imaginary_part(l, im) : real_part(l, re); }
+
+  // In short passes: each alone is a long chain of square roots and quotients, of which the processor then holds several
+  // vectors at a time.
+  QOR_INLINE static void run(const Numbers<T>& z, Numbers<T>& r, Usual<T>& usual, int n) {
     constexpr int width = simd::lanes<V>;
     Begun begun[block / width];
     Roots<V> root[block / width];
@@ -238,35 +247,94 @@ struct InverseSteps {
       begun[i / width] = begin(z.re(i), z.im(i), root[i / width], good);
       usual.set(i, good);
     }
-    for (int i = 0; i < n; i += width) {
-      const V l = length(begun[i / width]);
-      if constexpr (angle_first) {
-        r.im.set(i, imaginary_part(l, z.im(i)));
-      } else {
-        r.re.set(i, real_part(l, z.re(i)));
-      }
+    auto &angles = angle_first ? r.re : r.im, &lengths = angle_first ? r.im : r.re;
+    for (int i = 0; i < n; i += width) lengths.set(i, length_part(length(begun[i / width]), z.re(i), z.im(i)));
+    for (int i = 0; i < n; i += width) angles.set(i, angle_part(angle(begun[i / width]), z.re(i), z.im(i)));
+  }
+};
+
+// Any single number.
+template <Inverse F>
+struct InverseElement {
+  using Steps = InverseSteps<F, Effort::exact, simd::VecD>;
+  QOR_COLD static int element(double re, double im, double* r) {
+    using namespace simd;
+    const double x = std::fabs(Steps::exchanged ? im : re), y = std::fabs(Steps::exchanged ? re : im);
+    const VecD u = splat<VecD>(re), v = splat<VecD>(im);
+    int status = TFN_STATUS_OK;
+    double angle, length;
+    if (std::isnan(x) || std::isnan(y)) {
+      without_number(x, y, angle, length);
+    } else if (x >= 0x1p254 || y >= 0x1p254) {
+      far_away(re, x, y, angle, length);
+    } else if (x == 1 && y < 0x1p-200) {
+      status = beside_one(re, y, angle, length);
+    } else {
+      VecU64 usual;
+      const auto begun = Steps::begin(u, v, Steps::roots(u, v), usual);
+      angle = Steps::angle(begun)[0];
+      length = Steps::length(begun)[0];
     }
-    for (int i = 0; i < n; i += width) {
-      const V a = angle(begun[i / width]);
-      if constexpr (angle_first) {
-        r.re.set(i, real_part(a, z.re(i)));
-      } else {
-        r.im.set(i, imaginary_part(a, z.im(i)));
-      }
+    r[Steps::angle_first ? 0 : 1] = Steps::angle_part(splat<VecD>(angle), u, v)[0];
+    r[Steps::angle_first ? 1 : 0] = Steps::length_part(splat<VecD>(length), u, v)[0];
+    return status;
+  }
+
+ private:
+  static constexpr double right = right_angle<double>;
+
+  static void without_number(double x, double y, double& angle, double& length) {
+    angle = length = x + y;
+    if constexpr (Steps::tangent) {
+      if (std::isinf(y)) angle = right;
+      if (std::isinf(x) || std::isinf(y) || x == 0) length = 0;
+    } else {
+      if (x == 0) angle = Steps::cosine ? right : 0;
+      if (std::isinf(x) || std::isinf(y)) length = endless;
+    }
+  }
+  // ln 2|z| and the angle of z; x/|z|^2 and a right angle.
+  static void far_away(double re, double x, double y, double& angle, double& length) {
+    using namespace simd;
+    const bool infinite = std::isinf(x) || std::isinf(y);
+    const auto half = tfn::Hypot<Accuracy::high>::scaled(splat<VecD>(x * 0.5), splat<VecD>(y * 0.5));
+    const auto [hi, lo] = half.length;
+    if constexpr (Steps::tangent) {
+      const double half_size = (hi[0] + lo[0]) * half.back[0];
+      length = infinite ? 0 : x * 0.5 / half_size / half_size * 0.5;
+      angle = right;
+    } else {
+      tfn::Atan2<Accuracy::high>::element(Steps::cosine ? y : x, Steps::cosine ? re : y, &angle);
+      double at[lanes<VecD>];
+      store(at, hi);
+      // Half the length was scaled by 2^-700.
+      const VecD log = tfn::Ln<Accuracy::high>::core(hi, at, splat<VecD>(0x1p52 + 1023 - 702), lo);
+      length = infinite ? endless : log[0];
+    }
+  }
+  // z = 1 + i y: everything is the square root of y; or ln(4/y^2)/4 and an eighth of a turn.
+  static int beside_one(double re, double y, double& angle, double& length) {
+    if constexpr (Steps::tangent) {
+      angle = y == 0 ? 0 : right / 2;
+      length = y == 0 ? endless : -0.5 * tfn::Ln<Accuracy::high>::single_lane(y * 0x1p600, 601);
+      return y == 0 ? TFN_STATUS_SING : TFN_STATUS_OK;
+    } else {
+      length = std::sqrt(y);
+      angle = !Steps::cosine ? right : re < 0 ? 2 * right : length;
+      return TFN_STATUS_OK;
     }
   }
 };
 
 template <Inverse F, class T, Accuracy A>
-struct InverseFunction : Bounds<T, A> {
+struct InverseFunction : Bounds<T, A>, InverseElement<F> {
   using Number = std::conditional_t<sizeof(T) == 4 && A == Accuracy::low, float, double>;
   static constexpr int inputs = 1;
   static constexpr double filler = 0.5;
   static constexpr Effort effort = A == Accuracy::low ? Effort::plain : sizeof(T) == 4 ? Effort::wide : Effort::exact;
-  static void run(const Numbers<Number>& z, Numbers<Number>& r, Usual<Number>& usual, int n) {
+  QOR_INLINE static void run(const Numbers<Number>& z, Numbers<Number>& r, Usual<Number>& usual, int n) {
     InverseSteps<F, effort, simd::Vec<Number>>::run(z, r, usual, n);
   }
-  static int element(double, double, double*r) { r[0]=r[1]=0; return 0; }
 };
 
 template <class T, Accuracy A>
