@@ -418,6 +418,37 @@ void _tfnzTan_HA(int n, const double* a, double* r);
 void _tfnzTan_50(int n, const double* a, double* r);
 void _tfncTan_HA(int n, const float* a, float* r);
 void _tfncTan_21(int n, const float* a, float* r);
+/* r[i] = arc sine, arc cosine, arc tangent, inverse hyperbolic sine, cosine, tangent of a[i]: the principal values. Cuts:
+   Asin, Acos, Atanh beyond +-1 on the real axis, Asinh and Atan beyond +-i on the imaginary one, Acosh from 1 to the left
+   on the real one. The real part of Acos is from 0 to pi, that of Acosh from 0 up. SING for Atanh(+-1 + 0 i) = +-infinity
+   + 0 i and Atan(0 +- i) = 0 +- infinity i (zeros with the sign of the argument's); nothing else is reported.
+   Each part keeps its relative accuracy on and next to the cuts, next to +-1, +-i and zeros, with _50 and _21 too. What
+   takes part are |z^2 - 1|, the roots of its half plus and minus (|z|^2 - 1)/2, an arc tangent and a logarithm (W. Kahan,
+   Branch cuts for complex elementary functions, 1987; T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, ACM TOMS 23, 1997). */
+void _tfnzAsin_HA(int n, const double* a, double* r);
+void _tfnzAsin_50(int n, const double* a, double* r);
+void _tfncAsin_HA(int n, const float* a, float* r);
+void _tfncAsin_21(int n, const float* a, float* r);
+void _tfnzAcos_HA(int n, const double* a, double* r);
+void _tfnzAcos_50(int n, const double* a, double* r);
+void _tfncAcos_HA(int n, const float* a, float* r);
+void _tfncAcos_21(int n, const float* a, float* r);
+void _tfnzAtan_HA(int n, const double* a, double* r);
+void _tfnzAtan_50(int n, const double* a, double* r);
+void _tfncAtan_HA(int n, const float* a, float* r);
+void _tfncAtan_21(int n, const float* a, float* r);
+void _tfnzAsinh_HA(int n, const double* a, double* r);
+void _tfnzAsinh_50(int n, const double* a, double* r);
+void _tfncAsinh_HA(int n, const float* a, float* r);
+void _tfncAsinh_21(int n, const float* a, float* r);
+void _tfnzAcosh_HA(int n, const double* a, double* r);
+void _tfnzAcosh_50(int n, const double* a, double* r);
+void _tfncAcosh_HA(int n, const float* a, float* r);
+void _tfncAcosh_21(int n, const float* a, float* r);
+void _tfnzAtanh_HA(int n, const double* a, double* r);
+void _tfnzAtanh_50(int n, const double* a, double* r);
+void _tfncAtanh_HA(int n, const float* a, float* r);
+void _tfncAtanh_21(int n, const float* a, float* r);
 
 /* ---- packing and rounding -------------------------------------------------------------------------------------- */
 

@@ -55,7 +55,14 @@ struct AsinhForm {
   template <class V>
   QOR_INLINE static numeric::Pair<V> plain(V x) {
     using T = simd::lane_t<V>;
-    const V p = x * x, more = p / (T(1) + simd::sqrt(p + T(1))), y = x + more;
+    const V p = x * x;
+    return plain(x, p, simd::sqrt(p + T(1)));
+  }
+  // p = x^2, root = sqrt(p + 1).
+  template <class V>
+  QOR_INLINE static numeric::Pair<V> plain(V x, V p, V root) {
+    using T = simd::lane_t<V>;
+    const V more = p / (T(1) + root), y = x + more;
     auto h = one_plus(y);
     if constexpr (sizeof(T) == 4) h.lo += more - (y - x);
     return h;

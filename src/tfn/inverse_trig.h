@@ -122,6 +122,15 @@ QOR_INLINE V where(simd::Bits<V> m, simd::lane_t<V> c) {
   return simd::as<V>(simd::bits(simd::splat<V>(c)) & m);
 }
 
+// The angle, or pi less the angle.
+template <class V>
+QOR_INLINE V turn_over(numeric::Pair<V> angle, simd::Bits<V> negative) {
+  using T = simd::lane_t<V>;
+  const simd::Bits<V> turn = negative & simd::sign_bit<V>;
+  return (where<V>(negative, pi_row<T>.hi) + simd::flip_sign(angle.hi, turn)) +
+         (where<V>(negative, pi_row<T>.lo) + simd::flip_sign(angle.lo, turn));
+}
+
 template <Accuracy A>
 struct Asin {
   static constexpr int results = 1;
@@ -185,10 +194,7 @@ struct Acos {
     using namespace simd;
     using T = lane_t<V>;
     usual = le(abs(begun.x), splat<V>(1)) & le(begun.x, splat<V>(end_of_table<T>));
-    const Bits<V> negative = lt(begun.x, V{}), turn = negative & sign_bit<V>;
-    const auto [hi, rest] = finish_arc<true>(begun);
-    y[0] = (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) +
-           (where<V>(negative, pi_row<T>.lo) + flip_sign(rest, turn));
+    y[0] = turn_over(finish_arc<true>(begun), lt(begun.x, V{}));
   }
   template <class V>
   QOR_INLINE static void fast(V x, const simd::lane_t<V>*, V* y, simd::Bits<V>& usual) {
@@ -280,6 +286,34 @@ struct Atan {
   }
 };
 
+// What selects the row of an angle, y/x from 1/x.
+template <class V>
+QOR_INLINE V slope_row(V y, V inverse) {
+  using T = simd::lane_t<V>;
+  return simd::min(simd::max(y * inverse, simd::splat<V>(arc_lowest<T>)), simd::splat<V>(64));
+}
+// Products of the halves of larger numbers and of ordinary ones are exact.
+template <class T>
+inline constexpr T least_exact = sizeof(T) == 8 ? T(0x1p-900) : T(0x1p-70f);
+// atan(y/x) as hi + lo, x and y positive or 0, inverse = 1/x and z from it. What y and x lack may follow: more(p, q) is
+// that of p y - q x. In high accuracy row 0 takes the remainder of its quotient, y - r x, exactly, where y isn't so
+// small that its products underflow.
+template <Accuracy A, class V, class... More>
+QOR_INLINE numeric::Pair<V> slope_angle(V y, V x, V inverse, V z, More... more) {
+  using namespace simd;
+  const auto [hi, lo, u, v] = arc_rows(atan_table<lane_t<V>>, z).column;
+  const V x_upper = numeric::upper_half(x), x_lower = x - x_upper;
+  const V r = (((y * u - x_upper * v) - x_lower * v) + ... + more(u, v)) / (x * u + y * v);
+  V small = lo + r * small_atan(r * r);
+  if constexpr (A == Accuracy::high) {
+    const V upper = numeric::upper_half(r), lower = r - upper;
+    const V rest = (((y - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
+    const Bits<V> exact = eq(v, V{}) & lt(splat<V>(least_exact<lane_t<V>>), y);
+    small += as<V>(bits((rest + ... + more(splat<V>(1), r)) * inverse) & exact);
+  }
+  return {hi, r + small};
+}
+
 // atan2(a, b), the angle of the point (b, a).
 template <Accuracy A>
 struct Atan2 {
@@ -301,28 +335,16 @@ struct Atan2 {
     using namespace simd;
     using T = lane_t<V>;
     const V inverse = T(1) / abs(x);
-    return {y, x, inverse, min(max(abs(y) * inverse, splat<V>(arc_lowest<T>)), splat<V>(64))};
+    return {y, x, inverse, slope_row(abs(y), inverse)};
   }
   template <class V>
   QOR_INLINE static void finish(const Begun<V>& begun, V* result, simd::Bits<V>& usual) {
     using namespace simd;
     using T = lane_t<V>;
     const V ax = abs(begun.x), ay = abs(begun.y), larger = max(ax, ay);
-    const Bits<V> negative = lt(begun.x, V{}), turn = negative & sign_bit<V>;
     const V if_flat = as<V>(bits(ax) & eq(ay, V{}));
     usual = le(splat<V>(least<T>), max(ay, if_flat)) & le(larger, splat<V>(1 / least<T>));
-    const auto [hi, lo, u, v] = arc_rows(atan_table<T>, begun.z).column;
-    const V x_upper = numeric::upper_half(ax), x_lower = ax - x_upper;
-    const V r = ((ay * u - x_upper * v) - x_lower * v) / (ax * u + ay * v);
-    V small = lo + r * small_atan(r * r);
-    if constexpr (A == Accuracy::high) {
-      // y - r x in row 0, exactly.
-      const V upper = numeric::upper_half(r), lower = r - upper;
-      const V rest = (((ay - upper * x_upper) - upper * x_lower) - lower * x_upper) - lower * x_lower;
-      small += as<V>(bits(rest * begun.inverse) & eq(v, V{}));
-    }
-    const V angle = (where<V>(negative, pi_row<T>.hi) + flip_sign(hi, turn)) +
-                    (where<V>(negative, pi_row<T>.lo) + flip_sign(r + small, turn));
+    const V angle = turn_over(slope_angle<A>(ay, ax, begun.inverse, begun.z), lt(begun.x, V{}));
     result[0] = flip_sign(angle, sign(begun.y));
   }
 

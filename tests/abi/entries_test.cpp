@@ -342,8 +342,11 @@ void add_kernel(const std::string& function, const char* suffix, Shape shape) {
 // Arrays hold half as many complex numbers; the scalar of Powx comes by value.
 template <class T>
 void add_complex_kernel(const std::string& function, const char* suffix, Shape shape) {
-  add((sizeof(T) == 8 ? "_tfnz" : "_tfnc") + function + suffix, [shape](Caller& call) {
-    Array<T> a(kernel_arguments<T>()), r;
+  add((sizeof(T) == 8 ? "_tfnz" : "_tfnc") + function + suffix, [function, shape](Caller& call) {
+    std::vector<T> parts = kernel_arguments<T>();
+    parts[20] = parts[23] = -1;  // poles
+    parts[21] = parts[22] = 0;
+    Array<T> a(parts), r;
     const int calls_before = callback_calls;
     const std::conditional_t<sizeof(T) == 8, TfnDoubleComplex, TfnSingleComplex> power = {T(-1.5), T(0.5)};
     with_callback([&] {
@@ -352,7 +355,8 @@ void add_complex_kernel(const std::string& function, const char* suffix, Shape s
       if (shape == Shape::scalar_argument) call(elements / 2, a.get(), power, r.get());
       call.note(static_cast<unsigned>(_tfnGetErrStatus()));
     });
-    EXPECT_TRUE(callback_calls > calls_before || shape != Shape::one_result);
+    const bool never_fails = std::set<std::string>{"Asin", "Acos", "Asinh", "Acosh"}.contains(function);
+    if (shape == Shape::one_result) EXPECT_EQ(callback_calls > calls_before, !never_fails);
     call.note(r.bytes());
   });
 }
