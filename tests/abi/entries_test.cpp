@@ -1168,7 +1168,9 @@ std::set<int> without_memory(const std::string& name) {
   const auto starts = [&](const char* with) { return name.starts_with(with); };
   if (starts("qfpsMalloc") || starts("qor_serv_allocate") || starts("_Get")) return {0};
   if (starts("qfps")) return {-9};
-  if (starts("_wxrConv") || starts("_wxrCorr")) return {-2001};
+  if (starts("qor_dft")) return {QOR_DFT_NO_MEMORY};
+  if (starts("_wxrConv") || starts("_wxrCorr") || starts("__wxrExec"))
+    return {-2001, -2800};  // the driver's, the engine's
   if (starts("__wxrLoadStream")) return {QOR_RNG_NO_MEMORY, QOR_RNG_CANNOT_OPEN};
   if (starts("__wxrSaveStream")) return {QOR_RNG_NO_MEMORY, QOR_RNG_CANNOT_OPEN, 0};  // files need no buffer
   return {QOR_RNG_NO_MEMORY};
