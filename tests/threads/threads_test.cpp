@@ -45,14 +45,14 @@ int count_report(TfnErrorContext* context) {
 
 // Half of the arguments are outside most domains.
 template <class T, class F>
-Work kernel(const char* name, F call) {
-  return {name, [call] {
+Work kernel(const char* name, F call, int parts = 1) {
+  return {name, [call, parts] {
             std::vector<T> r(elements);
             _tfnSetMode(TFN_ERR_CALLBACK);
             _tfnSetErrorCallBack(count_report);
             _tfnSetErrStatus(0);
             reports = 0;
-            call(elements, arguments<T>.data(), r.data());
+            call(elements / parts, arguments<T>.data(), r.data());
             const std::vector<int> seen = {reports, _tfnGetErrStatus()};
             _tfnClearErrorCallBack();
             _tfnSetMode(TFN_MODE_DEFAULT);
@@ -67,7 +67,11 @@ void add_kernels(std::vector<Work>& all) {
 #define QOR_KERNEL2(Name) \
   all.push_back(          \
       kernel<double>("_tfnd" #Name "_50", [](int n, const double* a, double* r) { _tfnd##Name##_50(n, a, a, r); }));
+#define QOR_COMPLEX(Name)                                            \
+  all.push_back(kernel<double>("_tfnz" #Name, _tfnz##Name##_50, 2)); \
+  all.push_back(kernel<float>("_tfnc" #Name, _tfnc##Name##_HA, 2));
   TFN_ONE_RESULT(QOR_KERNEL)
+  TFN_COMPLEX_ONE_ARGUMENT(QOR_COMPLEX)
   TFN_TWO_ARGUMENTS(QOR_KERNEL2)
 }
 
@@ -106,7 +110,7 @@ void add_streams(std::vector<Work>& all) {
 
 // Records are shared: one for all threads.
 template <class T>
-T shape(int i) {
+T sample(int i) {
   return T((i * i) % 37 - 18);
 }
 void add_transforms(std::vector<Work>& all) {
@@ -115,7 +119,7 @@ void add_transforms(std::vector<Work>& all) {
     EXPECT_EQ(qfpsFFTInitAlloc_R_64f(&records[order], order, 2, 0), 0);
     all.push_back({"real order " + std::to_string(order), [order] {
                      std::vector<double> x(1u << order);
-                     for (int i = 0; i < 1 << order; ++i) x[static_cast<std::size_t>(i)] = shape<double>(i);
+                     for (int i = 0; i < 1 << order; ++i) x[static_cast<std::size_t>(i)] = sample<double>(i);
                      EXPECT_EQ(qfpsFFTFwd_RToPerm_64f(x.data(), x.data(), records[order], nullptr), 0);
                      return bytes(x);
                    }});
@@ -125,9 +129,47 @@ void add_transforms(std::vector<Work>& all) {
     EXPECT_EQ(qfpsDFTInitAlloc_C_32fc(&records[length], length, 2, 0), 0);
     all.push_back({"complex length " + std::to_string(length), [length] {
                      std::vector<float> x(2 * static_cast<std::size_t>(length));
-                     for (int i = 0; i < 2 * length; ++i) x[static_cast<std::size_t>(i)] = shape<float>(i);
+                     for (int i = 0; i < 2 * length; ++i) x[static_cast<std::size_t>(i)] = sample<float>(i);
                      EXPECT_EQ(qfpsDFTFwd_CToC_32fc(x.data(), x.data(), records[length], nullptr), 0);
                      return bytes(x);
+                   }});
+  }
+}
+
+// Descriptors too; one is large enough for threads of its own.
+void add_descriptors(std::vector<Work>& all) {
+  static const std::vector<int> shapes[] = {{12, 10}, {256, 240}, {6, 7, 8}};
+  for (const auto& shape : shapes) {
+    for (const int domain : {QOR_DFT_COMPLEX, QOR_DFT_REAL}) {
+      qor_dft_descriptor* d = nullptr;
+      EXPECT_EQ(qor_dft_zx9_create_descriptor_external(&d, QOR_DFT_SINGLE, domain, static_cast<int>(shape.size()),
+                                                       shape.data()),
+                0);
+      EXPECT_EQ(qor_dft_zx9_commit_descriptor_external(d), 0);
+      all.push_back({"descriptor " + std::to_string(domain) + ", " + std::to_string(shape[0]), [d, &shape] {
+                       std::size_t elements = 2;
+                       for (const int n : shape) elements *= static_cast<std::size_t>(n + 2);
+                       std::vector<float> x(elements);
+                       for (std::size_t i = 0; i < elements; ++i) x[i] = sample<float>(static_cast<int>(i % 1000));
+                       EXPECT_EQ(qor_dft_zx9_compute_forward_external(d, x.data(), nullptr), 0);
+                       return bytes(x);
+                     }});
+    }
+  }
+}
+
+void add_tasks(std::vector<Work>& all) {
+  for (const int mode : {1, 2}) {
+    all.push_back({"task, mode " + std::to_string(mode), [mode] {
+                     const int x_shape[] = {9, 10}, y_shape[] = {8, 20}, z_shape[] = {16, 29};
+                     qor_conv_task* task = nullptr;
+                     std::vector<float> x(90, 1.5f), y(160, 0.25f), z(16 * 29);
+                     EXPECT_EQ(__wxrNewTask(&task, 1, 0, mode, 0, 1, 2, x_shape, y_shape, z_shape), 0);
+                     for (int i = 0; i < 2; ++i) {
+                       EXPECT_EQ(__wxrExec(task, x.data(), nullptr, y.data(), nullptr, z.data(), nullptr), 0);
+                     }
+                     EXPECT_EQ(__wxrDeleteTask(&task), 0);
+                     return bytes(z);
                    }});
   }
 }
@@ -160,6 +202,8 @@ TEST(Threads, GetWhatOneThreadAloneGets) {
   add_kernels(all);
   add_streams(all);
   add_transforms(all);
+  add_descriptors(all);
+  add_tasks(all);
   add_others(all);
   // Together first: what is made once is made then.
   std::vector<std::vector<std::string>> results(threads, std::vector<std::string>(all.size()));
