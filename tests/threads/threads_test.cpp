@@ -147,10 +147,10 @@ void add_descriptors(std::vector<Work>& all) {
                 0);
       EXPECT_EQ(qor_dft_zx9_commit_descriptor_external(d), 0);
       all.push_back({"descriptor " + std::to_string(domain) + ", " + std::to_string(shape[0]), [d, &shape] {
-                       std::size_t elements = 2;
-                       for (const int n : shape) elements *= static_cast<std::size_t>(n + 2);
-                       std::vector<float> x(elements);
-                       for (std::size_t i = 0; i < elements; ++i) x[i] = sample<float>(static_cast<int>(i % 1000));
+                       std::size_t reals = 2;
+                       for (const int n : shape) reals *= static_cast<std::size_t>(n + 2);
+                       std::vector<float> x(reals);
+                       for (std::size_t i = 0; i < reals; ++i) x[i] = sample<float>(static_cast<int>(i % 1000));
                        EXPECT_EQ(qor_dft_zx9_compute_forward_external(d, x.data(), nullptr), 0);
                        return bytes(x);
                      }});
