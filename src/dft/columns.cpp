@@ -71,20 +71,34 @@ struct Pitch {
   QOR_INLINE int operator()(int i) const { return i * row + i / block * gap; }
 };
 
+// The lines of `Rows` rows that the passes reach so many rows later. Rows lie too far apart for the processor to guess.
+constexpr int rows_ahead = 16;
+constexpr std::size_t far_bytes = std::size_t{1} << 20;
+template <int Rows, class T>
+QOR_INLINE void fetch_rows(const T* p, std::ptrdiff_t step, int registers) {
+  fft::unrolled<Rows>([&](auto r) {
+    const char* const line = reinterpret_cast<const char*>(p + r * step);
+    __builtin_prefetch(line);
+    if (registers > 2) __builtin_prefetch(line + 64);
+  });
+}
+
 template <int R, bool Inverse, class T>
 [[gnu::noinline]] void only_pass(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch,
                                  int registers) {
   using V = simd::Vec<T>;
-  butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in), in_pitch}, Outside<V, Inverse>{out, out_pitch}, nullptr,
-                    registers);
+  butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in), in_pitch}, Outside<V, Inverse>{out, out_pitch},
+                           nullptr, registers);
 }
 template <int R, bool Inverse, class T>
 [[gnu::noinline]] void first_pass(const T* in, std::ptrdiff_t in_pitch, int rows, T* buffer, const int* place,
-                                  Pitch pitch, int registers) {
+                                  Pitch pitch, int registers, bool far) {
   using V = simd::Vec<T>;
+  constexpr int ahead = (rows_ahead + R - 1) / R;
   for (int j = 0; j < rows; ++j) {
+    if (far && j + ahead < rows) fetch_rows<R>(in + (j + ahead) * in_pitch, rows * in_pitch, registers);
     butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in) + j * in_pitch, rows * in_pitch},
-                      Inside<V>{buffer + pitch(place[j] * R), pitch.row}, nullptr, registers);
+                             Inside<V>{buffer + pitch(place[j] * R), pitch.row}, nullptr, registers);
   }
 }
 template <int R, class T>
@@ -101,12 +115,14 @@ template <int R, class T>
 }
 template <int R, bool Inverse, class T>
 [[gnu::noinline]] void last_pass(T* buffer, int m, const T* twiddles, Pitch pitch, T* out, std::ptrdiff_t out_pitch,
-                                 int registers) {
+                                 int registers, bool far) {
   using V = simd::Vec<T>;
+  constexpr int ahead = (rows_ahead + R - 1) / R;
   const int step = pitch(m);
   for (int k = 0; k < m; ++k) {
+    if (far && k + ahead < m) fetch_rows<R>(out + (k + ahead) * out_pitch, m * out_pitch, registers);
     butterflies<R, true, V>(Inside<V>{buffer + pitch(k), step}, Outside<V, Inverse>{out + k * out_pitch, m * out_pitch},
-                      twiddles + k * (R - 1) * 2 * simd::lanes<V>, registers);
+                            twiddles + k * (R - 1) * 2 * simd::lanes<V>, registers);
   }
 }
 
@@ -188,10 +204,10 @@ bool Columns<T>::make_tables() {
 template <class T>
 int Columns<T>::make(int n) {
   n_ = n;
-  if (fft::rough_part(n, fft::largest_prime) > 1) {
+  if (n > longest_at_once || fft::rough_part(n, fft::largest_prime) > 1) {
     lines_ = fft::create<fft::Plan<T>>();
     if (lines_ == nullptr || lines_->make(n) != 0) return fft::no_memory;
-    work_ = 2 * static_cast<std::size_t>(n) * most_columns + lines_->work_size();
+    work_ = 2 * static_cast<std::size_t>(n) * static_cast<std::size_t>(at_once()) + lines_->work_size();
     return 0;
   }
   choose_passes(n);
@@ -204,7 +220,7 @@ template <class T>
 template <bool Inverse>
 void Columns<T>::run_lines(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns,
                            T* work) const {
-  T* const rest = work + 2 * static_cast<std::size_t>(n_) * most_columns;
+  T* const rest = work + 2 * static_cast<std::size_t>(n_) * static_cast<std::size_t>(at_once());
   for (int j = 0; j < n_; ++j) {
     for (int c = 0; c < columns; ++c) std::copy_n(in + j * in_pitch + 2 * c, 2, work + 2 * (c * n_ + j));
   }
@@ -227,16 +243,18 @@ void Columns<T>::run(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_
     with_radix(n_, [&](auto R) { only_pass<R, Inverse>(in, in_pitch, out, out_pitch, registers); });
     return;
   }
+  const bool far = static_cast<std::size_t>(n_) * sizeof(T) * static_cast<std::size_t>(std::abs(in_pitch)) > far_bytes;
   const Pitch pitch{2 * columns, pass_[0].radix, gap};
   with_radix(pass_[0].radix,
-             [&](auto R) { first_pass<R, Inverse>(in, in_pitch, n_ / R, work, place_.get(), pitch, registers); });
+             [&](auto R) { first_pass<R, Inverse>(in, in_pitch, n_ / R, work, place_.get(), pitch, registers, far); });
   for (int i = 1; i < count_; ++i) {
     const int radix = pass_[i].radix, m = pass_[i].m;
     const T* const twiddles = twiddles_.get() + pass_[i].twiddles;
     if (i + 1 < count_) {
       with_radix(radix, [&](auto R) { inner_pass<R>(work, n_ / (R * m), m, twiddles, pitch, registers); });
     } else {
-      with_radix(radix, [&](auto R) { last_pass<R, Inverse>(work, m, twiddles, pitch, out, out_pitch, registers); });
+      with_radix(radix,
+                 [&](auto R) { last_pass<R, Inverse>(work, m, twiddles, pitch, out, out_pitch, registers, far); });
     }
   }
 }

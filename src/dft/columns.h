@@ -26,10 +26,12 @@ class Columns {
   // 0 or fft::no_memory.
   int make(int n);
   int length() const { return n_; }
+  // How many columns it is best to give to run(): few of long ones, which overflow the caches.
+  int at_once() const { return n_ <= longest_at_once ? most_columns : lanes; }
   // Reals that run() needs.
   std::size_t work_size() const { return work_; }
 
-  // Up to most_columns columns, a multiple of `lanes`, that begin at `in`; rows are a pitch of so many reals apart. out
+  // Up to at_once() columns, a multiple of `lanes`, that begin at `in`; rows are a pitch of so many reals apart. out
   // may be in.
   template <bool Inverse>
   void run(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns, T* work) const;
@@ -39,7 +41,7 @@ class Columns {
     int radix, m;
     std::size_t twiddles;
   };
-  static constexpr int most_passes = 20, gap = 4 * lanes;
+  static constexpr int longest_at_once = 65536, most_passes = 20, gap = 4 * lanes;
 
   void choose_passes(int n);
   bool make_tables();
@@ -50,7 +52,7 @@ class Columns {
   Pass pass_[most_passes];
   fft::Array<T> twiddles_;
   fft::Array<int> place_;          // of each group of the first pass: the block of the buffer
-  fft::Plan<T>* lines_ = nullptr;  // lengths with large prime factors: a column after the other
+  fft::Plan<T>* lines_ = nullptr;  // long ones and those with large prime factors: one after the other
   std::size_t work_ = 0;
 };
 

@@ -39,7 +39,11 @@ void Engine<T>::find_strides(Direction& d, bool inverse) const {
   const int parts[2] = {real ? 1 : 2, set_.packed() ? 1 : 2};
   const Layout* const layouts[2] = {inverse ? &spectrum : &signal, inverse ? &signal : &spectrum};
   const auto parts_of = [&](int side) { return std::ptrdiff_t{parts[side ^ int{inverse}]}; };
-  const auto stride = [&](int side, int axis) { return layouts[side]->stride[axis + 1] * parts_of(side); };
+  // What no element uses may be any number.
+  const auto stride = [&](int side, int axis) {
+    return set_.length[axis] == 1 ? 0 : layouts[side]->stride[axis + 1] * parts_of(side);
+  };
+  const auto distance = [&](int side) { return set_.transforms == 1 ? 0 : layouts[side]->distance * parts_of(side); };
 
   const int last = set_.rank - 1;
   if (real && set_.packed()) d.temporary = true;
@@ -58,8 +62,7 @@ void Engine<T>::find_strides(Direction& d, bool inverse) const {
     d.axis[a] = {set_.length[a], {source, work, target}};
   }
   for (int side = 0; side < 2; ++side) d.offset[side] = layouts[side]->stride[0] * parts_of(side);
-  const std::ptrdiff_t distance[2] = {layouts[0]->distance * parts_of(0), layouts[1]->distance * parts_of(1)};
-  d.batch = {set_.transforms, {distance[0], distance[1], distance[1]}};
+  d.batch = {set_.transforms, {distance(0), distance(1), distance(1)}};
 }
 
 template <class T>
@@ -104,7 +107,7 @@ Step Engine<T>::make_step(const Direction& d, int axis, const int* others, int c
   }
   arrange(nest, s.source, s.target, !s.patched);
   s.across = nest.depth > 0 ? nest.loop[--nest.depth] : Loop{1, {0, 0, 0}};
-  s.at_once = s.kind == Step::columns ? Columns<T>::most_columns : std::clamp(2048 / s.along.count, 1, 16);
+  s.at_once = s.kind == Step::columns ? columns_of_[axis]->at_once() : std::clamp(2048 / s.along.count, 1, 16);
   s.runs = (s.across.count + s.at_once - 1) / s.at_once;
   return s;
 }
@@ -180,7 +183,7 @@ std::size_t Engine<T>::work_of(const Step& s) const {
     case Step::real_rows:
       return whole_lines(n + 2) + real_line_.work_size();
     default:
-      return whole_lines(2 * n * Columns<T>::most_columns) + columns_of_[s.axis]->work_size();
+      return whole_lines(2 * n * static_cast<std::size_t>(s.at_once)) + columns_of_[s.axis]->work_size();
   }
 }
 
@@ -290,7 +293,7 @@ void Engine<T>::columns(const Step& s, Place<T> at, int count, bool patched, T s
   }
   const int wide = (count + L - 1) / L * L;
   T* const block = work_space;
-  T* const rest = block + whole_lines(2 * static_cast<std::size_t>(n) * Columns<T>::most_columns);
+  T* const rest = block + whole_lines(2 * static_cast<std::size_t>(n) * static_cast<std::size_t>(s.at_once));
   for (int j = 0; j < n; ++j) {
     T* const line = block + 2 * j * wide;
     copy_line(in + j * in_down, in_across, line, 2, count);
@@ -417,7 +420,8 @@ int Engine<T>::compute(const T* in, T* out) const {
   const Direction& d = direction_[Inverse];
   const int team_size = threads();
   const std::size_t temporary = d.temporary ? temporary_ : 0;
-  const std::size_t bytes = (temporary + thread_work_ * static_cast<std::size_t>(team_size)) * sizeof(T) + alignment;
+  const std::uint64_t bytes =
+      (temporary + std::uint64_t{thread_work_} * static_cast<unsigned>(team_size)) * sizeof(T) + alignment;
   if (bytes > INT32_MAX) return QOR_DFT_NO_MEMORY;
   const service::Scratch scratch(static_cast<int>(bytes));
   if (!scratch) return QOR_DFT_NO_MEMORY;

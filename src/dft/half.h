@@ -21,15 +21,16 @@ void over_half(const Settings& s, const Layout& layout, T* dense, T* packed, F f
       for (int d = rank - 2, rest = row; d >= 0; rest /= s.length[d--]) {
         p += std::ptrdiff_t{2} * (rest % s.length[d]) * layout.stride[d + 1];
       }
-      for (int k = 0; k < h; ++k, p += std::ptrdiff_t{2} * layout.stride[rank], dense += 2) {
-        f(dense[0], p[0], 1);
-        f(dense[1], p[1], 1);
+      for (int k = 0; k < h; ++k, dense += 2) {
+        T* const z = p + std::ptrdiff_t{2} * k * layout.stride[rank];
+        f(dense[0], z[0], 1);
+        f(dense[1], z[1], 1);
       }
     }
     return;
   }
   const fft::Packing packing = s.packing();
-  const int m = rank == 2 ? s.length[0] : 1, rows = rank == 2 ? s.spectrum_length(0) : 1;
+  const int m = rank == 2 ? s.length[0] : 1, rows = rank == 2 ? static_cast<int>(s.spectrum_length(0)) : 1;
   const auto at = [&](int i, int j) -> T& {
     const std::ptrdiff_t down = rank == 2 ? std::ptrdiff_t{layout.stride[1]} * i : 0;
     return packed[down + std::ptrdiff_t{layout.stride[rank]} * j];

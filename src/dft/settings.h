@@ -47,8 +47,8 @@ struct Settings {
   int element_bytes() const { return precision == QOR_DFT_DOUBLE ? 8 : 4; }
 
   // Elements of the spectrum along a dimension.
-  int spectrum_length(int dimension) const {
-    const int n = length[dimension];
+  std::int64_t spectrum_length(int dimension) const {
+    const std::int64_t n = length[dimension];
     if (!real()) return n;
     if (!packed()) return dimension == rank - 1 ? n / 2 + 1 : n;
     return packing() == fft::Packing::ccs ? n + 2 - n % 2 : n;
@@ -58,8 +58,8 @@ struct Settings {
   int check() const;
 
  private:
-  // Numbers that are too large for the address space end here; check() refuses them.
-  static constexpr std::int64_t far = std::int64_t{1} << 40;
+  // Larger numbers, which check() refuses, stop here.
+  static constexpr std::int64_t far = std::int64_t{1} << 31;
   static int cut(std::int64_t x) { return static_cast<int>(std::min<std::int64_t>(x, INT32_MAX)); }
 
   Layout layout(const Layout& set, bool of_spectrum) const {
@@ -68,7 +68,7 @@ struct Settings {
       std::int64_t stride = 1;
       for (int d = rank - 1; d >= 0; --d) {
         result.stride[d + 1] = cut(stride);
-        int n = of_spectrum ? spectrum_length(d) : length[d];
+        std::int64_t n = of_spectrum ? spectrum_length(d) : length[d];
         if (!of_spectrum && real() && in_place() && d == rank - 1) {
           n = packed() ? spectrum_length(d) : 2 * spectrum_length(d);
         }
@@ -86,7 +86,7 @@ inline int Settings::check_layout(const Layout& layout, bool of_spectrum, int ba
     std::int64_t stride, count;
   } reach[most_dimensions + 1];
   int loops = 0;
-  const auto add = [&](int stride, int count) {
+  const auto add = [&](int stride, std::int64_t count) {
     if (count > 1) reach[loops++] = {std::abs(std::int64_t{stride}), count};
   };
   for (int d = 0; d < rank; ++d) add(layout.stride[d + 1], of_spectrum ? spectrum_length(d) : length[d]);
@@ -95,7 +95,7 @@ inline int Settings::check_layout(const Layout& layout, bool of_spectrum, int ba
   std::int64_t end = 0;  // of what the smaller strides reach
   for (int i = 0; i < loops; ++i) {
     if (reach[i].stride <= end) return bad_layout;
-    end = std::min(end + reach[i].stride * (reach[i].count - 1), far);
+    end = std::min(end + reach[i].stride * (reach[i].count - 1), far << 10);
   }
   const int parts = real() && !(of_spectrum && !packed()) ? 1 : 2;
   const std::int64_t bytes = (end + 1 + std::abs(std::int64_t{layout.stride[0]})) * parts * element_bytes();
@@ -105,6 +105,9 @@ inline int Settings::check_layout(const Layout& layout, bool of_spectrum, int ba
 inline int Settings::check() const {
   if (real() && packed() != (format != QOR_DFT_HALF_SPECTRUM)) return QOR_DFT_FORMAT_MISMATCH;
   if (packed() && rank > 2) return QOR_DFT_FORMAT_RANK;
+  std::int64_t points = transforms;
+  for (int d = 0; d < rank && points < far; ++d) points *= length[d];
+  if (points >= far) return QOR_DFT_TOO_LARGE;
   const Layout x = signal_layout(), y = spectrum_layout();
   if (transforms > 1 && (x.distance == 0 || y.distance == 0) && !(in_place() && !real() && x.distance != 0)) {
     return QOR_DFT_NO_DISTANCE;

@@ -1099,6 +1099,85 @@ void add_fft() {
   });
 }
 
+// A descriptor that goes by plain calls.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  Descriptor(int precision, int domain) {
+    const int lengths[] = {3, 10};
+    EXPECT_EQ(qor_dft_zx9_create_descriptor_external(&d, precision, domain, 2, lengths), 0);
+    EXPECT_EQ(qor_dft_zx9_commit_descriptor_external(d), 0);
+  }
+  ~Descriptor() { qor_dft_zx9_free_descriptor_external(&d); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  qor_dft_descriptor* d = nullptr;
+};
+
+template <class T>
+void compute_in_place(Caller& call, int precision) {
+  for (const int domain : {QOR_DFT_COMPLEX, QOR_DFT_REAL}) {
+    const Descriptor made(precision, domain);
+    Array<T> values;
+    for (int i = 0; i < elements; ++i) {
+      const T v = static_cast<T>(0.01 + 1.37 * (i * i % 31));
+      std::memcpy(reinterpret_cast<char*>(values.get()) + sizeof v * static_cast<unsigned>(i), &v, sizeof v);
+    }
+    call.result(made.d, values.get(), nullptr);
+    call.note(values.bytes());
+  }
+}
+
+void add_dft() {
+  const std::string prefix = "qor_dft_zx9_";
+  const int lengths[] = {3, 35, 4};
+  add(prefix + "create_descriptor_external", [=](Caller& call) {
+    Descriptor made;
+    call.result(&made.d, 35, QOR_DFT_REAL, 3, lengths);
+    call.result(&made.d, QOR_DFT_DOUBLE, QOR_DFT_REAL, 3, lengths);
+  });
+  add(prefix + "commit_descriptor_external", [=](Caller& call) {
+    for (const int precision : {QOR_DFT_DOUBLE, QOR_DFT_SINGLE}) {
+      for (const int domain : {QOR_DFT_COMPLEX, QOR_DFT_REAL}) {
+        Descriptor made;
+        EXPECT_EQ(qor_dft_zx9_create_descriptor_external(&made.d, precision, domain, 3, lengths), 0);
+        call.result(made.d);
+      }
+    }
+  });
+  add(prefix + "copy_descriptor_external", [](Caller& call) {
+    const Descriptor made(QOR_DFT_SINGLE, QOR_DFT_COMPLEX);
+    Descriptor copy;
+    call.result(made.d, &copy.d);
+  });
+  add(prefix + "free_descriptor_external", [](Caller& call) {
+    Descriptor made(QOR_DFT_DOUBLE, QOR_DFT_REAL);
+    call.result(&made.d);
+    EXPECT_EQ(made.d, nullptr);
+  });
+  add(prefix + "set_value_external", [](Caller& call) {
+    const Descriptor made(QOR_DFT_DOUBLE, QOR_DFT_REAL);
+    const double scale = 0.5;
+    call.result(made.d, QOR_DFT_BACKWARD_SCALE, &scale);
+  });
+  add(prefix + "get_value_external", [](Caller& call) {
+    const Descriptor made(QOR_DFT_DOUBLE, QOR_DFT_REAL);
+    int strides[3] = {};
+    call.result(made.d, QOR_DFT_SPECTRUM_STRIDES, strides);
+    for (const int stride : strides) call.note(static_cast<unsigned>(stride));
+  });
+  for (const char* direction : {"forward", "backward"}) {
+    add(prefix + "compute_" + direction + "_external", [](Caller& call) {
+      compute_in_place<double>(call, QOR_DFT_DOUBLE);
+      compute_in_place<float>(call, QOR_DFT_SINGLE);
+    });
+  }
+  add_call(prefix + "error_class_external", QOR_DFT_BAD_RANK, QOR_DFT_CLASS_ARGUMENT);
+  add(prefix + "error_message_external",
+      [](Caller& call) { call.note(reinterpret_cast<const char*>(call(QOR_DFT_BAD_RANK))); });
+}
+
 class Entries : public testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -1128,6 +1207,7 @@ class Entries : public testing::Test {
     add_engines();
     add_distributions();
     add_fft();
+    add_dft();
   }
   static std::string recorded(const Row& row, int offset, unsigned mxcsr, unsigned control) {
     const std::string trace_text = row.name + " at " + std::to_string(offset) + " mod 16";
