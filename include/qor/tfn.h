@@ -387,6 +387,44 @@ void _tfnzExp_50(int n, const double* a, double* r);
 void _tfncExp_HA(int n, const float* a, float* r);
 void _tfncExp_21(int n, const float* a, float* r);
 
+/* r[i] = natural, decimal logarithm of a[i], the imaginary part of Ln from -pi to pi; the cut is the negative real axis.
+   Ln(+0 + 0 i) = -inf + 0 i, Ln(-0 + 0 i) = -inf + pi i. ln |z| from x^2 + y^2 in two parts, and so exact next to
+   |z| = 1 too; the angle by the table of Atan2. Reports: SING for a zero. */
+void _tfnzLn_HA(int n, const double* a, double* r);
+void _tfnzLn_50(int n, const double* a, double* r);
+void _tfncLn_HA(int n, const float* a, float* r);
+void _tfncLn_21(int n, const float* a, float* r);
+void _tfnzLog10_HA(int n, const double* a, double* r);
+void _tfnzLog10_50(int n, const double* a, double* r);
+void _tfncLog10_HA(int n, const float* a, float* r);
+void _tfncLog10_21(int n, const float* a, float* r);
+
+/* Pow: r[i] = a[i] to the power b[i]; Powx: a[i] to the power b, the bits that Pow gives; e^(b Ln(a)), the cut that of
+   Ln. Accuracy of Pow: _tfnz members as above while |b Ln(a)| is below 2^10, _tfnc members below 2^20, more in proportion
+   beyond; parts are right in relation to the result's size alone. Pow(z, 0) = 1 for every z, NaN included. Pow(0, b) = 0
+   for Re b > 0. Otherwise for a zero or infinite base, or an infinite power: 0 or an infinite real part where the limit
+   has that size, the imaginary part NaN where the limit has no direction. Logarithm and angle in two parts with the tables
+   of Ln and Atan, the exponential as in Exp. Reports: SING for Pow(0, b) with Re b < 0 (+inf, and 0 or NaN); ERRDOM where
+   no limit exists: Pow(0, b) with Re b = 0, say. */
+void _tfnzPow_HA(int n, const double* a, const double* b, double* r);
+void _tfnzPow_50(int n, const double* a, const double* b, double* r);
+void _tfncPow_HA(int n, const float* a, const float* b, float* r);
+void _tfncPow_21(int n, const float* a, const float* b, float* r);
+void _tfnzPowx_HA(int n, const double* a, TfnDoubleComplex b, double* r);
+void _tfnzPowx_50(int n, const double* a, TfnDoubleComplex b, double* r);
+void _tfncPowx_HA(int n, const float* a, TfnSingleComplex b, float* r);
+void _tfncPowx_21(int n, const float* a, TfnSingleComplex b, float* r);
+
+/* r[i] = square root of a[i] with a real part that isn't negative; the cut is the negative real axis, where the
+   imaginary part has the sign of the argument's. Exact where the result has few bits: Sqrt(-4 +- 0 i) = 0 +- 2 i,
+   Sqrt(3 + 4 i) = 2 + i. t = sqrt((|z| + |x|)/2) and |y|/(2 t) (W. Kahan, Branch cuts for complex elementary functions,
+   in The State of the Art in Numerical Analysis, 1987), with scaled numbers near the ends of the range (T. E. Hull, T. F.
+   Fairgrieve, P. T. P. Tang, ACM TOMS 20, 1994). Reports nothing. */
+void _tfnzSqrt_HA(int n, const double* a, double* r);
+void _tfnzSqrt_50(int n, const double* a, double* r);
+void _tfncSqrt_HA(int n, const float* a, float* r);
+void _tfncSqrt_21(int n, const float* a, float* r);
+
 /* r[i] = hyperbolic sine, cosine, tangent of a[i]; odd, even and odd in every bit. Sinh = sinh x cos y + i cosh x sin y,
    Cosh = cosh x cos y + i sinh x sin y, near the ends of the range as for Exp; Tanh = (sinh x cosh x + i sin y cos y) /
    (sinh^2 x + cos^2 y), where nothing cancels, poles i pi/2 + i k pi included (after W. Kahan, Branch cuts for complex

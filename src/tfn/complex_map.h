@@ -47,6 +47,9 @@ class Usual {
   using Mask = simd::Bits<simd::Vec<T>>;
   QOR_INLINE void set(int i, Mask m) { lanes_[i / width] = static_cast<unsigned char>(simd::lanes_set(m)); }
   QOR_INLINE void keep(int i, Mask m) { lanes_[i / width] &= static_cast<unsigned char>(simd::lanes_set(m)); }
+  void keep_all(const Usual& other, int n) {
+    for (int k = 0; k < n / width; ++k) lanes_[k] &= other.lanes_[k];
+  }
   QOR_INLINE bool all(int i) const { return lanes_[i / width] == simd::all_lanes<simd::Vec<T>>; }
   bool operator()(int i) const { return (lanes_[i / width] >> i % width & 1) != 0; }
 
@@ -117,7 +120,7 @@ struct Map {
     return lt(abs(re), infinity) & lt(abs(im), infinity);
   }
 
-  static void take(const T* p, int count, Numbers<Number>& z) {
+  [[gnu::noinline]] static void take(const T* p, int count, Numbers<Number>& z) {
     int i = 0;
     for (; i <= count - step; i += step) take_apart(p + 2 * i, z, i);
     if (i == count) return;

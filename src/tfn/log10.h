@@ -30,23 +30,29 @@ struct Log10 {
 
   QOR_INLINE static void fast(simd::VecD x, const double* at, simd::VecD* y, simd::VecU64& usual) {
     usual = numeric::normal_range(x);
-    y[0] = core(x, at, bias);
+    y[0] = core(x, at, simd::splat<simd::VecD>(bias));
   }
   // q, leading coefficient first: minimax for the relative error of the logarithm on |u| <= 2^-8.4, by
   // tools/fit/log10.sollya; that error is 2^-57.9.
   static constexpr double fit[] = {-0x1.287b45590c6d2p-4, 0x1.63c6f2acac4f1p-4, -0x1.bcb7b1523a935p-4,
                                    0x1.287a7636e2278p-3, -0x1.bcb7b1526e50ep-3};
-  QOR_INLINE static simd::VecD core(simd::VecD x, const double* at, double less) {
+  // With a small second part, log10(x + more), as in Ln.
+  template <class... More>
+  QOR_INLINE static simd::VecD core(simd::VecD x, const double* at, simd::VecD less, More... more) {
     using namespace simd;
-    const auto [k, u, hi, lo] = log_reduce(
+    const auto [k, u, hi, lo, c] = log_reduce(
         x, [at](int l) { return numeric::high_word(at + l) >> 4; }, &log10_table[0].hi, less);
     const VecD whole = k * log10_2_hi + hi, small = k * log10_2_lo + lo;  // the first is exact
     const VecD q = horner(u, fit[0], fit[1], fit[2], fit[3], fit[4]);
+    [[maybe_unused]] const auto part = [&](VecD extra) {
+      const VecD v = extra * Ln<A>::inverse_power(x) * c;
+      return v - v * u;
+    };
     if constexpr (A == Accuracy::low) {
-      return whole + (u * (u * q + log10_e.hi) + small);
+      return whole + (((u * (u * q + log10_e.hi)) + ... + (part(more) * log10_e.hi)) + small);
     } else {
       const VecD head = numeric::upper_half(u);
-      const VecD rest = (u - head) * log10_e_hi + u * (u * q + log10_e_lo);
+      const VecD rest = (((u - head) * log10_e_hi + u * (u * q + log10_e_lo)) + ... + (part(more) * log10_e.hi));
       const auto [s, e] = numeric::quick_two_sum(whole, head * log10_e_hi);
       return s + (e + (small + rest));
     }
@@ -98,7 +104,7 @@ struct Log10 {
     using namespace simd;
     double block[lanes<VecD>];
     store(block, splat<VecD>(x));
-    return core(splat<VecD>(x), block, bias + scaled)[0];
+    return core(splat<VecD>(x), block, splat<VecD>(bias + scaled))[0];
   }
 };
 

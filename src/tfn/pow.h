@@ -34,19 +34,26 @@ inline constexpr double pow_log_fit[] = {0x1.24932c8ac18dcp-3, -0x1.5556303972d3
 inline constexpr double pow_single_fit[] = {-0x1.7154c1ac8e137p6, 0x1.ec70e91d7405p6, -0x1.71547652b5fc3p7,
                                             0x1.71547652b7962p8};
 
-QOR_INLINE LnParts ln_parts(simd::VecD x, double bias) {
+// From the first step of the logarithm; with `more`, v = 2^-53 at most of u or of 1, ln(1 + u + v) in place of ln(1 + u).
+template <class... More>
+QOR_INLINE LnParts ln_parts(simd::VecD k, simd::VecD u, simd::VecD hi, simd::VecD lo, More... more) {
   using namespace simd;
-  const auto [k, u, hi, lo] = log_reduce(x, LowHalves<VecU64>(bits(x) >> 36), &ln_exact_table[0].hi, bias);
   const VecD head = numeric::upper_half(u), tail = u - head;
   const VecD half_square = head * (head * 0.5);
   // -(u^2 - head^2)/2 + u^3 p
   const VecD p = horner(u, pow_log_fit[0], pow_log_fit[1], pow_log_fit[2], pow_log_fit[3], pow_log_fit[4]);
-  const VecD small = (u * u) * (u * p) - (u + head) * (tail * 0.5);
+  const VecD small = (((u * u) * (u * p) - (u + head) * (tail * 0.5)) + ... + (more - more * u));
   const VecD whole = k * ln2_hi + hi;  // exact
   const VecD leading_part = numeric::upper_half((whole + u) - half_square);
   // What it leaves is exact up to the small terms.
   const VecD left = ((whole - leading_part) + u) - half_square;
   return {leading_part, left + (small + (k * ln2_lo + lo))};
+}
+QOR_INLINE LnParts ln_parts(simd::VecD x, double bias) {
+  using namespace simd;
+  const auto [k, u, hi, lo, c] =
+      log_reduce(x, LowHalves<VecU64>(bits(x) >> 36), &ln_exact_table[0].hi, splat<VecD>(bias));
+  return ln_parts(k, u, hi, lo);
 }
 
 template <Accuracy A>

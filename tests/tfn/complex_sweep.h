@@ -7,6 +7,9 @@
 #include "tfn/complex_exp.h"
 #include "tfn/complex_hyperbolic.h"
 #include "tfn/complex_inverse.h"
+#include "tfn/complex_log.h"
+#include "tfn/complex_pow.h"
+#include "tfn/complex_sqrt.h"
 #include "tfn/sweep.h"
 
 namespace qor::test {
@@ -24,6 +27,9 @@ namespace complex_oracle {
 #define QOR_ORACLE(Name, f) \
   inline QuadComplex Name(QuadComplex z, QuadComplex) { return f(z); }
 QOR_ORACLE(Exp, cexpq)
+QOR_ORACLE(Ln, clogq)
+QOR_ORACLE(Log10, clog10q)
+QOR_ORACLE(Sqrt, csqrtq)
 QOR_ORACLE(Sinh, csinhq)
 QOR_ORACLE(Cosh, ccoshq)
 QOR_ORACLE(Tanh, ctanhq)
@@ -73,6 +79,8 @@ QuadComplex turned(QuadComplex z) {
 }
 inline QuadComplex Asinh(QuadComplex z, QuadComplex) { return turned<Asin>(z); }
 inline QuadComplex Atan(QuadComplex z, QuadComplex) { return turned<Atanh>(z); }
+inline QuadComplex Pow(QuadComplex z, QuadComplex w) { return cpowq(z, w); }
+inline QuadComplex Powx(QuadComplex z, QuadComplex w) { return cpowq(z, w); }
 }  // namespace complex_oracle
 
 template <class T>

@@ -1,0 +1,213 @@
+// Logarithms of complex numbers, ln |z| + i arg z, with ln |z| = ln(x^2 + y^2)/2.
+// x^2 + y^2 is taken in two parts, so exact that its logarithm is right next to |z| = 1 as well: the squares are sums of
+// exact products, and what is left after 1 is subtracted keeps some 50 bits (on such cancellation W. Kahan, Branch cuts
+// for complex elementary functions, 1987; T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, ACM TOMS 20, 1994). Where less
+// than 2^-54 is left, and where squares would overflow or vanish, element() works with scaled parts or exact sums.
+// - double _HA: each part 0.52 ulp, but up to 2 in the real part within 2^-50 of |z| = 1.
+// - double _50: the square in one part; next to |z| = 1 as (x - 1)(x + 1) + y^2.
+// - singles: in double precision, where squares are exact.
+// Decimal logarithms have tables of their own, and the angle in two parts times log10 e.
+#pragma once
+
+#include "tfn/complex_map.h"
+#include "tfn/complex_scaled.h"
+#include "tfn/complex_trig.h"
+#include "tfn/inverse_trig.h"
+#include "tfn/ln.h"
+#include "tfn/log10.h"
+
+namespace qor::tfn::complex {
+
+// v rounded to 26 bits; what is left has 26 too.
+QOR_INLINE VecD rounded_half(VecD v) {
+  using namespace simd;
+  return as<VecD>((bits(v) + splat<VecU64>(0x4000000)) & splat<VecU64>(0xFFFFFFFFF8000000));
+}
+
+// x^2 + y^2 = hi + lo.
+struct SquareOfSize {
+  VecD hi, lo;
+};
+template <Grade G>
+QOR_INLINE SquareOfSize square_of_size(VecD x, VecD y) {
+  using namespace simd;
+  using numeric::quick_two_sum;
+  const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
+  if constexpr (G == Grade::high) {
+    const VecD a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
+    // Three exact products of each, in steps of about 2^-26.
+    const auto first = quick_two_sum(a * a, b * b);
+    const auto second = quick_two_sum((a + a) * a_rest, (b + b) * b_rest);
+    const auto third = a_rest * a_rest + b_rest * b_rest;
+    const auto sum = numeric::two_sum(first.hi, second.hi);
+    const auto rest = numeric::two_sum(first.lo, second.lo);
+    const auto whole = quick_two_sum(sum.hi, sum.lo + (rest.hi + (rest.lo + third)));
+    return {whole.hi, whole.lo};
+  } else if constexpr (G == Grade::low) {
+    const VecD s = larger * larger + smaller * smaller;
+    const VecD over = (larger - 1.0) * (larger + 1.0) + smaller * smaller, near = over + 1.0;
+    const VecU64 close = lt(abs(over), splat<VecD>(0.5));
+    return {select(close, near, s), as<VecD>(bits(over - (near - 1.0)) & close)};
+  } else {
+    const auto s = quick_two_sum(larger * larger, smaller * smaller);
+    return {s.hi, s.lo};
+  }
+}
+
+// (atan r)/r - 1, r^2 = t <= 2^-12: the series; the first term left out is 2^-75.
+QOR_INLINE VecD longer_small_atan(VecD t) {
+  return t * simd::horner(t, -1.0 / 11, 1.0 / 9, -1.0 / 7, 1.0 / 5, -1.0 / 3);
+}
+// The angle of the point (x, y), head and tail: as Atan2, with the quotient r in two parts everywhere.
+QOR_INLINE Split angle(VecD y, VecD x, VecU64& usual) {
+  using namespace simd;
+  using Core = tfn::Atan2<Accuracy::high>;
+  const VecD ax = abs(x), ay = abs(y);
+  const VecU64 negative = lt(x, VecD{}), turn = negative & sign_bit<VecD>;
+  const VecD if_flat = as<VecD>(bits(ax) & eq(ay, VecD{}));
+  usual =
+      le(splat<VecD>(Core::least<double>), max(ay, if_flat)) & le(max(ax, ay), splat<VecD>(1 / Core::least<double>));
+  const auto begun = Core::begin(y, x);
+  const auto [hi, lo, u, v] = arc_rows(atan_table<double>, begun.z).column;
+  // r = (y u - x v)/(x u + y v); u and v have 8 bits, u is 0 or 1.
+  const VecD x_head = numeric::upper_half(ax), x_tail = ax - x_head;
+  const VecD y_head = numeric::upper_half(ay), y_tail = ay - y_head;
+  const auto n = numeric::two_sum(ay * u - x_head * v, -(x_tail * v));
+  const auto sum = numeric::two_sum(ax * u, y_head * v);
+  const Split d = split(sum.hi, sum.lo + y_tail * v);
+  const VecD inverse = 1.0 / (d.head + d.tail);
+  const VecD r = numeric::upper_half(n.hi * inverse);
+  const VecD r_more = (((n.hi - r * d.head) - r * d.tail) + n.lo) * inverse;
+  const VecD whole_r = r + r_more;
+  const VecD small = r_more + whole_r * longer_small_atan(whole_r * whole_r);
+  const VecD whole = where<VecD>(negative, pi_row<double>.hi) + flip_sign(hi, turn);
+  const auto leading = numeric::quick_two_sum(whole, flip_sign(r, turn));
+  const VecD rest = where<VecD>(negative, pi_row<double>.lo) + flip_sign(lo + small, turn);
+  const Split all = split(leading.hi, leading.lo + rest);
+  return {flip_sign(all.head, sign(y)), flip_sign(all.tail, sign(y))};
+}
+
+template <class T, Accuracy A, bool Decimal>
+struct Logarithm : Bounds<T, A> {
+  using Number = double;
+  static constexpr int inputs = 1;
+  static constexpr double filler = 1.5;
+  static constexpr Grade G = grade<T, A>;
+  static constexpr Accuracy level = G == Grade::high ? Accuracy::high : Accuracy::low;
+  static constexpr double bias = 0x1p52 + 1023;
+
+  static void run(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
+    squares(z, r, usual, n);
+    logarithms(r, n);
+    angles(z, r, usual, n);
+  }
+
+  static int element(double x, double y, double* r) {
+    if (std::isnan(x) || std::isnan(y)) {
+      const double nan = x + y;
+      return special(std::isinf(x) || std::isinf(y) ? endless : nan, nan, r);
+    }
+    const Scaled angle = scaled_angle(y, x);
+    r[1] = value(Decimal ? angle * Scaled{log10_e.hi, log10_e.lo, 0} : angle);
+    if (x == 0 && y == 0) {
+      r[0] = -endless;
+      return TFN_STATUS_SING;
+    }
+    r[0] = std::isinf(x) || std::isinf(y) ? endless : size(x, y);
+    return TFN_STATUS_OK;
+  }
+
+ private:
+  // In r: hi and lo of the square. Usual: it has all its bits, of 1 less it too.
+  [[gnu::noinline]] static void squares(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
+    using namespace simd;
+    for (int i = 0; i < n; i += lanes<VecD>) {
+      const SquareOfSize s = square_of_size<G>(z.re(i), z.im(i));
+      r.re.set(i, s.hi);
+      r.im.set(i, s.lo);
+      VecU64 good = le(splat<VecD>(0x1p-900), s.hi) & le(s.hi, splat<VecD>(0x1p1000));
+      if constexpr (G != Grade::low) good &= le(splat<VecD>(0x1p-54), abs((s.hi - 1.0) + s.lo));
+      usual.set(i, good);
+    }
+  }
+  QOR_INLINE static VecD logarithm(VecD hi, const double* at, VecD less, VecD lo) {
+    if constexpr (Decimal) {
+      return tfn::Log10<level>::core(hi, at, less, lo);
+    } else {
+      return tfn::Ln<level>::core(hi, at, less, lo);
+    }
+  }
+  [[gnu::noinline]] static void logarithms(Numbers<double>& r, int n) {
+    for (int i = 0; i < n; i += simd::lanes<VecD>) {
+      r.re.set(i, logarithm(r.re(i), r.re.at + i, simd::splat<VecD>(bias), r.im(i)) * 0.5);
+    }
+  }
+  [[gnu::noinline]] static void angles(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
+    using namespace simd;
+    using Core = tfn::Atan2<level>;
+    for (int i = 0; i < n; i += lanes<VecD>) {
+      VecU64 good;
+      VecD angle;
+      if constexpr (Decimal && G == Grade::high) {
+        const Split parts = complex::angle(z.im(i), z.re(i), good);
+        angle = with_sign(product(parts, Split{splat<VecD>(log10_e_hi), splat<VecD>(log10_e_lo)}), sign(z.im(i)));
+      } else {
+        Core::finish(Core::begin(z.im(i), z.re(i)), &angle, good);
+        if constexpr (Decimal) angle = angle * log10_e.hi;
+      }
+      r.im.set(i, angle);
+      usual.keep(i, good);
+    }
+  }
+
+  // arg(x + iy) of numbers.
+  static Scaled scaled_angle(double y, double x) {
+    using namespace simd;
+    VecU64 good;
+    const Split parts = complex::angle(splat<VecD>(y), splat<VecD>(x), good);
+    if (lanes_set(good) != 0) return {parts.head[0], parts.tail[0], 0};
+    double rounded;
+    tfn::Atan2<Accuracy::high>::element(y, x, &rounded);
+    return {rounded, 0, 0};
+  }
+  // The logarithm of |x + iy|, finite and not 0.
+  QOR_INLINE static double size(double x, double y) {
+    using numeric::two_product;
+    using numeric::two_sum;
+    x = std::fabs(x);
+    y = std::fabs(y);
+    double larger = x > y ? x : y, smaller = x > y ? y : x;
+    Pair<double> s;
+    int power = 0;
+    if (larger > 0.5 && larger < 1.5) {
+      // x^2 + y^2 - 1 without error until the last sums.
+      const Pair<double> a = two_product(larger, larger), b = two_product(smaller, smaller);
+      const Pair<double> less = two_sum(a.hi, -1.0), one = two_sum(less.hi, b.hi), two = two_sum(one.hi, a.lo),
+                         three = two_sum(two.hi, b.lo);
+      const double rest = ((less.lo + one.lo) + two.lo) + three.lo, over = three.hi + rest;
+      if (std::fabs(over) < 0x1p-60) return Decimal ? over * (log10_e.hi / 2) : over / 2;
+      s = two_sum(1.0, three.hi);
+      s.lo += rest;
+    } else {
+      power = static_cast<int>(std::bit_cast<std::uint64_t>(larger) >> 52) - 1023;  // -1023 of subnormals
+      larger = times_power(larger, -power);
+      smaller = times_power(smaller, -power);
+      if (larger < 1) {
+        larger *= 0x1p54;
+        smaller *= 0x1p54;
+        power -= 54;
+      }
+      s = two_product(larger, larger) + two_product(smaller, smaller);
+    }
+    const VecD hi = simd::splat<VecD>(s.hi);
+    double copy[simd::lanes<VecD>];
+    simd::store(copy, hi);
+    return 0.5 * logarithm(hi, copy, simd::splat<VecD>(bias - 2 * power), simd::splat<VecD>(s.lo))[0];
+  }
+};
+template <class T, Accuracy A>
+struct Ln : Logarithm<T, A, false> {};
+template <class T, Accuracy A>
+struct Log10 : Logarithm<T, A, true> {};
+
+}  // namespace qor::tfn::complex
