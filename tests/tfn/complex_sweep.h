@@ -255,20 +255,29 @@ std::vector<QuadComplex> complex_exact(const ComplexMember<T>& m, const ComplexI
 }
 
 // The largest errors, and where.
-struct ComplexWorst {
-  ComplexError error;
-  int size_at = 0, part_at = 0;
+template <class T>
+struct ComplexArguments {
+  T re, im, b_re, b_im;
 };
 template <class T>
-ComplexWorst complex_worst(const ComplexMember<T>& m, const ComplexInputs<T>& in,
-                           const std::vector<QuadComplex>& exact) {
+struct ComplexWorst {
+  ComplexError error;
+  ComplexArguments<T> size_at{}, part_at{};
+  void take(const ComplexWorst& w) {
+    if (w.error.size > error.size) error.size = w.error.size, size_at = w.size_at;
+    if (w.error.part > error.part) error.part = w.error.part, part_at = w.part_at;
+  }
+};
+template <class T>
+ComplexWorst<T> complex_worst(const ComplexMember<T>& m, const ComplexInputs<T>& in,
+                              const std::vector<QuadComplex>& exact) {
   std::vector<T> y(in.a.size());
   m.run(in.size(), in.a.data(), in.second(), y.data());
-  ComplexWorst w;
+  ComplexWorst<T> w;
   for (int i = 0; i < in.size(); ++i) {
-    const ComplexError e = complex_error(&y[static_cast<std::size_t>(2 * i)], exact[static_cast<std::size_t>(i)]);
-    if (e.size > w.error.size) w.error.size = e.size, w.size_at = i;
-    if (e.part > w.error.part) w.error.part = e.part, w.part_at = i;
+    const T *const a = in.a.data() + 2 * i, *const b = in.second() + 2 * i;
+    const ComplexArguments<T> at = {a[0], a[1], b[0], b[1]};
+    w.take({complex_error(&y[static_cast<std::size_t>(2 * i)], exact[static_cast<std::size_t>(i)]), at, at});
   }
   return w;
 }
