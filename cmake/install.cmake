@@ -22,7 +22,7 @@ file(RELATIVE_PATH QOR_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qor.pc.in ${CMAKE_BINARY_DIR}/qor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/qor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(FILES README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN output EXCLUDE)
 
 # ---- packages: cpack -G "DEB;TGZ" in the build folder -----------------------------------------------------------------

@@ -73,6 +73,26 @@ TEST_F(Program, DrawsTheNumbersThatTheLibraryDraws) {
   EXPECT_EQ(std::vector<float>(written.begin(), written.end()), singles);
 }
 
+// The recorded variates are those of this major version; last bits belong to the processor's square root.
+TEST_F(Program, DrawsTheRecordedVariates) {
+  std::ifstream file(QOR_TEST_DATA "/variates.kat");
+  int rows = 0;
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with('#')) continue;
+    ++rows;
+    std::istringstream fields(line);
+    std::string distribution;
+    fields >> distribution;
+    const std::vector<double> recorded{std::istream_iterator<double>(fields), {}};
+    const std::vector<double> drawn = numbers_of("qor random --seed 1871 -n 5 --dist " + distribution);
+    ASSERT_EQ(recorded.size(), 5u) << line;
+    ASSERT_EQ(drawn.size(), 5u) << line;
+    for (std::size_t i = 0; i < 5; ++i)
+      EXPECT_NEAR(drawn[i], recorded[i], 1e-14 * (1 + std::fabs(recorded[i]))) << line;
+  }
+  EXPECT_GE(rows, 25);
+}
+
 TEST_F(Program, WritesEverySortOfDistribution) {
   const std::string help = output_of("qor random --help");
   const std::regex row("\n  ([a-z]+)(:[^ ]*)? - ");

@@ -22,7 +22,11 @@ TEST(Examples, PrintWhatTheySay) {
   const Row rows[] = {
       {"quickstart", "ln: 0 1 -inf, status 2\n"},
       {"functions", "element 2: ln 0, status 2\nelement 3: ln -1, status 1\n0 1 -1000\n0 1 -inf\n"},
-      {"convolve", "0.75 1 2 4 5 4 2 0.75 \n"},
+      {"convolve", "0.75 1 2 4 5 4 2 0.75 \n0.750 1.000 2.000 4.000 5.000 4.000 2.000 0.750 \n"},
+      {"level1", "2 5, 14 25 36, -2+1i -4+3i\n"},
+      {"descriptor",
+       "  0.0  0.0  0.0  0.0\n  0.0  0.0 12.0  0.0\n  0.0  0.0  0.0  0.0\n  0.0  0.0  0.0  0.0\n"
+       "there and back: the same\n"},
       {"memory", "1000 blocks, a few allocations\n"},
       {"philox", "three known answers: right\nskip-ahead: right\nmean of 20000 Gaussian variates: 100.03\n"},
       {"variates", "gaussian     mean  99.9413  theory 100.0000\n"},

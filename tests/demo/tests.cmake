@@ -14,5 +14,5 @@ if(QOR_BUILD_EXAMPLES)
   endif()
   target_compile_definitions(examples_test PRIVATE QOR_EXAMPLE_PROGRAMS="$<TARGET_FILE_DIR:quickstart>"
     QOR_RUN_RANKS="${ranks}" QOR_RANKED="${ranked}")
-  add_dependencies(examples_test quickstart streams functions convolve memory philox variates spectrum integral)
+  add_dependencies(examples_test quickstart streams functions convolve descriptor level1 memory philox variates spectrum integral)
 endif()

@@ -9,3 +9,7 @@ if(NOT QOR_SANITIZE AND QOR_BUILD_EXAMPLES)
   set_tests_properties(install.prefix PROPERTIES FIXTURES_SETUP qor_installed)
   set_tests_properties(install.pkg-config install.cmake install.processor PROPERTIES FIXTURES_REQUIRED qor_installed)
 endif()
+
+# The manual: every page and header without a warning.
+add_test(NAME docs.manual COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/install/check manual ${PROJECT_SOURCE_DIR} ${CMAKE_BINARY_DIR}/manual)
+set_tests_properties(docs.manual PROPERTIES SKIP_RETURN_CODE 77)
