@@ -1,8 +1,6 @@
 // Blurs and sharpens a picture with two-dimensional tasks: directly, through transforms, and directly with the blur's
 // factors one after the other, since it is separable. Reads and writes PGM (netpbm's grey pictures); ./run picture
 // converts from and to other formats. Uses the public header and the shared object alone.
-#include <qor/conv.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -13,6 +11,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <qor/qor.hpp>
 #include <string>
 #include <vector>
 
@@ -89,20 +88,17 @@ Picture continued(const Picture& picture, int margin) {
 }
 
 // The convolution where all of the kernel lies within the picture: the result is smaller by the kernel's size less 1.
-Picture convolved(const Picture& kernel, const Picture& picture, int mode, double& milliseconds) {
+Picture convolved(const Picture& kernel, const Picture& picture, qor::Mode mode, double& milliseconds) {
   Picture out(picture.width - kernel.width + 1, picture.height - kernel.height + 1);
   const int shape[] = {kernel.width, kernel.height}, whole[] = {picture.width, picture.height};
   const int part[] = {out.width, out.height}, start[] = {kernel.width - 1, kernel.height - 1};
-  qor_conv_task* task = nullptr;
-  int status =
-      __wxrNewTask(&task, QOR_CONV_KIND_CONVOLUTION, 0, mode, 0, QOR_CONV_PRECISION_SINGLE, 2, shape, whole, part);
-  if (status == 0) status = __wxrEditTask(task, QOR_CONV_EDIT_START, start);
+  qor::returning::Task<float> task(qor::Kind::convolution, shape, whole, part, mode);
+  qor::Status status = task.status();
+  if (status.ok()) status = task.set_start(start);
   const auto begin = std::chrono::steady_clock::now();
-  if (status == 0)
-    status = __wxrExec(task, kernel.values.data(), nullptr, picture.values.data(), nullptr, out.values.data(), nullptr);
+  if (status.ok()) status = task.execute(kernel.values, picture.values, out.values);
   milliseconds += std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
-  __wxrDeleteTask(&task);
-  if (status != 0) fail("the task ended with status " + std::to_string(status));
+  if (!status.ok()) fail(std::string("the task ended with: ") + status.text());
   return out;
 }
 
@@ -134,6 +130,7 @@ double number(const char* text, double low, double high, const std::string& what
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!qor_cpu_supported()) fail("this processor lacks SSE2 or SSSE3");
   if (argc < 3 || argc > 5)
     fail("usage: picture IN.pgm OUT [SIGMA [AMOUNT]]\nwrites OUT-blurred.pgm and OUT-sharpened.pgm");
   const double sigma = argc > 3 ? number(argv[3], 0.1, 50, "SIGMA, the blur in pixels,") : 4;
@@ -154,12 +151,12 @@ int main(int argc, char** argv) {
   sharpen.at(radius, radius) += static_cast<float>(1 + amount);
 
   double direct = 0, through = 0, factors = 0, sharp_direct = 0, sharp_through = 0;
-  const Picture blurred = convolved(blur, wide, QOR_CONV_MODE_DIRECT, direct);
-  const Picture again = convolved(blur, wide, QOR_CONV_MODE_FFT, through);
-  const Picture half = convolved(row, wide, QOR_CONV_MODE_DIRECT, factors);
-  const Picture separately = convolved(column, half, QOR_CONV_MODE_DIRECT, factors);
-  const Picture sharp = convolved(sharpen, wide, QOR_CONV_MODE_DIRECT, sharp_direct);
-  const Picture sharp_again = convolved(sharpen, wide, QOR_CONV_MODE_FFT, sharp_through);
+  const Picture blurred = convolved(blur, wide, qor::Mode::direct, direct);
+  const Picture again = convolved(blur, wide, qor::Mode::fourier, through);
+  const Picture half = convolved(row, wide, qor::Mode::direct, factors);
+  const Picture separately = convolved(column, half, qor::Mode::direct, factors);
+  const Picture sharp = convolved(sharpen, wide, qor::Mode::direct, sharp_direct);
+  const Picture sharp_again = convolved(sharpen, wide, qor::Mode::fourier, sharp_through);
   std::printf("%s: %d * %d, kernels of %d * %d, values from 0 to 255\n", argv[1], picture.width, picture.height, size,
               size);
   std::printf("  blur, directly            %9.2f ms\n", direct);

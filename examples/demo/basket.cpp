@@ -67,19 +67,18 @@ int show_basket(const Options& options) {
   Average geometric, arithmetic, difference;
   double seconds = 0;
   {
-    const Stream stream;
-    int status = stream.status();
+    qor::Stream stream(QOR_BRNG_MT19937, seed);
     Progress progress("basket");
     constexpr int block = 1000;
     std::vector<double> growth(static_cast<std::size_t>(block) * assets);
     double next = 100;
-    for (long done = 0; status == QOR_RNG_OK && done < options.paths;) {
+    for (long done = 0; done < options.paths;) {
       const int n =
           static_cast<int>(std::min<long>(std::min<long>(block, static_cast<long>(next) - done), options.paths - done));
       const Stopwatch watch;
-      status = _wxrdRngGaussianMV(QOR_RNG_GAUSSIAN_BOXMULLER2, stream, n, growth.data(), assets, QOR_RNG_STORAGE_PACKED,
-                                  basket.mean, basket.factor);
-      if (status == QOR_RNG_OK) _tfndExp_HA(n * assets, growth.data(), growth.data());
+      const std::span now(growth.data(), static_cast<std::size_t>(n * assets));
+      stream.gaussian_mv(now, qor::Storage::packed, basket.mean, basket.factor);
+      qor::math::exp(now);
       seconds += watch.seconds();
       for (int j = 0; j < n; ++j) {
         double sum = 0, product = 1;
@@ -98,7 +97,6 @@ int show_basket(const Options& options) {
       }
       progress.at(static_cast<double>(done) / static_cast<double>(options.paths));
     }
-    if (status != QOR_RNG_OK) return fail("the generator returned status " + std::to_string(status));
   }
   std::printf("\nOption on a basket of %d correlated assets: %ld paths, %.3g vectors per second\n", assets,
               options.paths, static_cast<double>(options.paths) / seconds);

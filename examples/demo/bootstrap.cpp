@@ -12,17 +12,17 @@ double mean_of(const double* x, long n) {
   return sum / static_cast<double>(n);
 }
 
-// Adds `sign` times the mean of a resample of x to each of `rounds` results; `indices` has room for rounds * n.
-int add_resampled_means(qor_stream* stream, const double* x, int n, int rounds, double sign, int* indices,
-                        double* out) {
-  const int status = _wxriRngUniform(0, stream, rounds * n, indices, 0, n);
-  if (status != QOR_RNG_OK) return status;
-  for (int r = 0; r < rounds; ++r, indices += n) {
+// Adds `sign` times the mean of a resample of x to each of the results; `indices` has room for all that they need.
+void add_resampled_means(qor::Stream& stream, std::span<const double> x, double sign, std::span<int> indices,
+                         std::span<double> out) {
+  indices = indices.first(out.size() * x.size());
+  stream.uniform(indices, 0, static_cast<int>(x.size()));
+  for (double& result : out) {
     double sum = 0;
-    for (int i = 0; i < n; ++i) sum += x[indices[i]];
-    out[r] += sign * sum / n;
+    for (const int index : indices.first(x.size())) sum += x[static_cast<std::size_t>(index)];
+    result += sign * sum / static_cast<double>(x.size());
+    indices = indices.subspan(x.size());
   }
-  return QOR_RNG_OK;
 }
 
 }  // namespace
@@ -41,17 +41,16 @@ int show_bootstrap(const Options& options, const Series& series) {
 
   const Stopwatch watch;
   {
-    const Stream stream;
-    int status = stream.status();
+    qor::Stream stream(QOR_BRNG_MT19937, seed);
+    const std::span<const double> whole(series.values), before = whole.first(static_cast<std::size_t>(n1));
     Progress progress("bootstrap");
-    for (long done = 0; status == QOR_RNG_OK && done < resamples; done += rounds) {
-      const int now = static_cast<int>(std::min<long>(rounds, resamples - done));
-      double* const out = changes.data() + done;
-      status = add_resampled_means(stream, x, n1, now, -1, indices.data(), out);
-      if (status == QOR_RNG_OK) status = add_resampled_means(stream, x + n1, n2, now, 1, indices.data(), out);
+    for (long done = 0; done < resamples; done += rounds) {
+      const auto now = static_cast<std::size_t>(std::min<long>(rounds, resamples - done));
+      const std::span out(changes.data() + done, now);
+      add_resampled_means(stream, before, -1, indices, out);
+      add_resampled_means(stream, whole.subspan(before.size()), 1, indices, out);
       progress.at(static_cast<double>(done) / static_cast<double>(resamples));
     }
-    if (status != QOR_RNG_OK) return fail("the generator returned status " + std::to_string(status));
   }
   double squares = 0;
   for (const double c : changes) squares += (c - change) * (c - change);

@@ -1,12 +1,12 @@
 // What the parts of the demo share: options, watches, streams, tables and pictures.
 #pragma once
 
-#include <qor/qor.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <qor/qor.hpp>
 #include <string>
 #include <vector>
 
@@ -51,23 +51,6 @@ class Stopwatch {
 
  private:
   std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
-};
-
-// An MT19937 stream that deletes itself.
-class Stream {
- public:
-  Stream() : status_(__wxrNewStreamEx(&stream_, QOR_BRNG_MT19937, 1, &seed)) {}
-  ~Stream() {
-    if (stream_ != nullptr) __wxrDeleteStream(&stream_);
-  }
-  Stream(const Stream&) = delete;
-  Stream& operator=(const Stream&) = delete;
-  operator qor_stream*() const { return stream_; }
-  int status() const { return status_; }
-
- private:
-  qor_stream* stream_ = nullptr;
-  int status_;
 };
 
 struct Histogram {

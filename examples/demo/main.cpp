@@ -57,6 +57,7 @@ int parse(int argc, char** argv, Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!qor_cpu_supported()) return fail("this processor lacks SSE2 or SSSE3");
   Options options;
   if (const int status = parse(argc, argv, options); status >= 0) return status;
 
@@ -78,7 +79,11 @@ int main(int argc, char** argv) {
   if (error) return fail("cannot make the folder " + options.output + ": " + error.message());
 
   std::signal(SIGPIPE, SIG_IGN);  // a gnuplot that ends early is noticed by its status
-  const int parts[] = {show_gaussians(options), show_bootstrap(options, series), show_basket(options),
-                       show_sound(options)};
-  return *std::max_element(std::begin(parts), std::end(parts));
+  try {
+    const int parts[] = {show_gaussians(options), show_bootstrap(options, series), show_basket(options),
+                         show_sound(options)};
+    return *std::max_element(std::begin(parts), std::end(parts));
+  } catch (const qor::Error& wrong) {
+    return fail(wrong.what());
+  }
 }

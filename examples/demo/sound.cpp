@@ -11,7 +11,8 @@ namespace {
 using Samples = std::vector<double>;
 constexpr double pi = 3.14159265358979323846;
 constexpr int tap_count = 511, thinning = 4, segment = 4096, longest_seconds = 60;
-constexpr int direct = QOR_CONV_MODE_DIRECT, by_transforms = QOR_CONV_MODE_FFT;
+using enum qor::Kind;
+using enum qor::Mode;
 
 int length(const Samples& s) { return static_cast<int>(s.size()); }
 Samples zeros(int n) { return Samples(static_cast<std::size_t>(n)); }
@@ -31,22 +32,20 @@ double difference(const Samples& a, const Samples& b, int step = 1) {
 
 // A convolution or correlation; z is as long as wanted already. xstride 0 repeats the first element nx times.
 struct Sums {
-  int kind, mode, start = 0, decimation = 1;
+  qor::Kind kind;
+  qor::Mode mode;
+  int start = 0, decimation = 1;
   int nx = 0, xstride = 1;
   double milliseconds = 0;
 
-  int run(const Samples& x, const Samples& y, Samples& z) {
+  void run(const Samples& x, const Samples& y, Samples& z) {
     if (nx == 0) nx = length(x);
-    const int ny = length(y), nz = length(z);
-    qor_conv_task* task = nullptr;
-    int status = __wxrNewTask(&task, kind, 0, mode, 0, QOR_CONV_PRECISION_DOUBLE, 1, &nx, &ny, &nz);
-    if (status == 0) status = __wxrEditTask(task, QOR_CONV_EDIT_START, &start);
-    if (status == 0) status = __wxrEditTask(task, QOR_CONV_EDIT_DECIMATION, &decimation);
+    qor::Task<double> task(kind, nx, length(y), mode, length(z));
+    task.set_start(start);
+    task.set_decimation(decimation);
     const Stopwatch watch;
-    if (status == 0) status = __wxrExec(task, x.data(), &xstride, y.data(), nullptr, z.data(), nullptr);
+    task.execute(x.data(), std::span(&xstride, 1), y.data(), {}, z.data(), {});
     milliseconds = 1000 * watch.seconds();
-    __wxrDeleteTask(&task);
-    return status;
   }
 };
 
@@ -70,25 +69,22 @@ Samples low_pass_taps(double cutoff) {
 // The window's transition band ends at half the rate that is left after thinning out.
 constexpr double cutoff = 0.5 / thinning - 2.75 / tap_count;
 
-int filter(const Recording& sound, Samples& filtered, Samples& thinned) {
+void filter(const Recording& sound, Samples& filtered, Samples& thinned) {
   const Samples taps = low_pass_taps(cutoff);
   const int n = length(sound.samples);
   filtered = zeros(n);
   thinned = zeros((n - 1) / thinning + 1);
   Samples directly = zeros(n);
-  Sums one{QOR_CONV_KIND_CONVOLUTION, direct, tap_count / 2},
-      other{QOR_CONV_KIND_CONVOLUTION, by_transforms, tap_count / 2},
-      fewer{QOR_CONV_KIND_CONVOLUTION, direct, tap_count / 2, thinning};
-  int status = one.run(taps, sound.samples, directly);
-  if (status == 0) status = other.run(taps, sound.samples, filtered);
-  if (status == 0) status = fewer.run(taps, sound.samples, thinned);
-  if (status != 0) return fail("filtering ended with status " + std::to_string(status));
+  Sums one{convolution, direct, tap_count / 2}, other{convolution, fourier, tap_count / 2},
+      fewer{convolution, direct, tap_count / 2, thinning};
+  one.run(taps, sound.samples, directly);
+  other.run(taps, sound.samples, filtered);
+  fewer.run(taps, sound.samples, thinned);
   std::printf(
       "  low-passed at %.2f kHz, %d taps     %8.2f ms directly, %.2f ms through transforms; they differ by %.0e\n",
       cutoff * sound.rate / 1000, tap_count, one.milliseconds, other.milliseconds, difference(directly, filtered));
   std::printf("  the same, every %dth sample        %9.2f ms directly; differ by %.0e from the above\n", thinning,
               fewer.milliseconds, difference(filtered, thinned, thinning));
-  return 0;
 }
 
 // ---- search ---------------------------------------------------------------------------------------------------------
@@ -99,23 +95,19 @@ struct Search {
 };
 
 // The loudest quarter of a second, with as much noise added, is looked for in the recording.
-int search(const Recording& sound, Search& out) {
+void search(const Recording& sound, Search& out) {
   const Samples& y = sound.samples;
   const int n = length(y), m = std::max(1, std::min(sound.rate, n) / 4);
   Samples squares = y, energy = zeros(n - m + 1), fragment = zeros(m);
   for (double& s : squares) s *= s;
   // The energy from each sample on: correlation with a constant 1.
-  Sums moving{QOR_CONV_KIND_CORRELATION, by_transforms, 0, 1, m, 0};
-  if (const int s = moving.run({1.0}, squares, energy); s != 0) return fail("status " + std::to_string(s));
+  Sums moving{correlation, fourier, 0, 1, m, 0};
+  moving.run({1.0}, squares, energy);
   const auto loudest = std::max_element(energy.begin(), energy.end());
   out.at = static_cast<int>(loudest - energy.begin());
 
-  const Stream stream;
-  int status = stream.status();
-  if (status == QOR_RNG_OK) {
-    status = _wxrdRngGaussian(QOR_RNG_GAUSSIAN_BOXMULLER2, stream, m, fragment.data(), 0, std::sqrt(*loudest / m));
-  }
-  if (status != QOR_RNG_OK) return fail("the generator returned status " + std::to_string(status));
+  qor::Stream stream(QOR_BRNG_MT19937, seed);
+  stream.gaussian(fragment, 0, std::sqrt(*loudest / m));
   double size = 0;
   for (int i = 0; i < m; ++i) {
     double& v = fragment[static_cast<std::size_t>(i)];
@@ -125,11 +117,10 @@ int search(const Recording& sound, Search& out) {
 
   Samples directly = zeros(n - m + 1);
   out.score = zeros(n - m + 1);
-  Sums one{QOR_CONV_KIND_CORRELATION, direct}, other{QOR_CONV_KIND_CORRELATION, by_transforms};
-  status = other.run(fragment, y, out.score);
+  Sums one{correlation, direct}, other{correlation, fourier};
+  other.run(fragment, y, out.score);
   const bool compare = static_cast<double>(n) * m < 3e9;  // some seconds
-  if (status == 0 && compare) status = one.run(fragment, y, directly);
-  if (status != 0) return fail("correlation ended with status " + std::to_string(status));
+  if (compare) one.run(fragment, y, directly);
   std::printf("  correlated with a quarter second    %8.2f ms through transforms", other.milliseconds);
   if (compare)
     std::printf(", %.2f ms directly; they differ by %.0e", one.milliseconds, difference(directly, out.score));
@@ -139,42 +130,37 @@ int search(const Recording& sound, Search& out) {
   std::printf("\n  taken from %.4f s, with as much noise added; found at %.4f s, correlation %.2f\n",
               out.at / static_cast<double>(sound.rate), out.found / static_cast<double>(sound.rate),
               out.score[static_cast<std::size_t>(out.found)]);
-  return 0;
 }
 
 // ---- spectra and pictures -------------------------------------------------------------------------------------------
 
-// The power at each multiple of rate / n: the mean over half-overlapping segments under a Hann window. n = 2^order.
-int power_spectrum(const Samples& samples, int order, Samples& power) {
-  const int n = 1 << order;
+// The power at each multiple of rate / n: the mean over half-overlapping segments under a Hann window.
+Samples power_spectrum(const Samples& samples, int n) {
   Samples part = zeros(n + 2);
-  power = zeros(n / 2 + 1);
-  qfpsFFTSpec_R_64f* spec = nullptr;
-  int status = qfpsFFTInitAlloc_R_64f(&spec, order, QFPS_NO_SCALING, 0), count = 0;
-  for (int at = 0; status == QFPS_OK && (at == 0 || at + n <= length(samples)); at += n / 2, ++count) {
+  Samples power = zeros(n / 2 + 1);
+  const qor::RealTransform<double> transform(n, qor::Scaling::none);
+  std::vector<unsigned char> buffer(transform.buffer_size());
+  int count = 0;
+  for (int at = 0; at == 0 || at + n <= length(samples); at += n / 2, ++count) {
     for (int i = 0; i < n; ++i) {
       const double s = at + i < length(samples) ? samples[static_cast<std::size_t>(at + i)] : 0;
       part[static_cast<std::size_t>(i)] = s * (0.5 - 0.5 * std::cos(2 * pi * i / n));
     }
-    status = qfpsFFTFwd_RToCCS_64f(part.data(), part.data(), spec, nullptr);
+    transform.forward(std::span(part).first(static_cast<std::size_t>(n)), part, qor::Packing::ccs, buffer);
     for (std::size_t k = 0; k < power.size(); ++k) {
       power[k] += part[2 * k] * part[2 * k] + part[2 * k + 1] * part[2 * k + 1];
     }
   }
-  if (spec != nullptr) qfpsFFTFree_R_64f(spec);
   for (double& p : power) p /= static_cast<double>(count) * n * n;
-  return status;
+  return power;
 }
 
 int draw_sound(const Options& options, const Recording& sound, const Samples& filtered, const Samples& thinned,
                const Search& hit) {
-  constexpr int order = 12;
-  Samples before, after, fewer;
-  int status = power_spectrum(sound.samples, order, before);
-  if (status == QFPS_OK) status = power_spectrum(filtered, order, after);
-  if (status == QFPS_OK) status = power_spectrum(thinned, order - 2, fewer);  // a quarter of the rate, the same steps
-  if (status != QFPS_OK) return fail("a transform ended with status " + std::to_string(status));
-  const double top = std::max(largest(before), 1e-300), step = sound.rate / 1000.0 / (1 << order);
+  constexpr int n_spectrum = 4096;
+  const Samples before = power_spectrum(sound.samples, n_spectrum), after = power_spectrum(filtered, n_spectrum);
+  const Samples fewer = power_spectrum(thinned, n_spectrum / thinning);  // the same steps
+  const double top = std::max(largest(before), 1e-300), step = sound.rate / 1000.0 / n_spectrum;
   const auto part_above = [](const Samples& power) {
     double all = 0, above = 0;
     for (std::size_t k = 0; k < power.size(); ++k) {
@@ -247,7 +233,7 @@ int show_sound(const Options& options) {
               length(sound.samples) / static_cast<double>(sound.rate), sound.rate);
   Samples filtered, thinned;
   Search hit;
-  if (const int status = filter(sound, filtered, thinned); status != 0) return status;
-  if (const int status = search(sound, hit); status != 0) return status;
+  filter(sound, filtered, thinned);
+  search(sound, hit);
   return draw_sound(options, sound, filtered, thinned, hit);
 }

@@ -208,7 +208,7 @@ class BasicStream {
   }
   BasicStream(int brng, std::initializer_list<unsigned> seeds)
       : BasicStream(brng, std::span(seeds.begin(), seeds.size())) {}
-  explicit BasicStream(int brng, unsigned seed = 1) : BasicStream(brng, std::span<const unsigned>(&seed, 1)) {}
+  explicit BasicStream(int brng, unsigned word = 1) : BasicStream(brng, std::span<const unsigned>(&word, 1)) {}
   // Takes over a stream of the C interface, or an abstract one.
   static BasicStream adopt(qor_stream* stream) noexcept {
     BasicStream s;
