@@ -10,8 +10,8 @@ namespace qor::fft {
 namespace {
 
 // Passes of small transforms of orders 5 on, each digit the order of a radix. Found by measuring all.
-constexpr const char* small_passes[] = {"32",   "42",    "322",   "332",   "3222", "3232",
-                                        "3323", "32223", "32332", "33233", "33333"};
+constexpr const char* small_passes[] = {"32",    "42",    "322",    "332",    "3222",   "3232",
+                                        "32222", "32232", "322222", "322232", "3222222"};
 constexpr int least_small = 5, most_small = least_small + static_cast<int>(std::size(small_passes)) - 1;
 
 template <int R, class T>

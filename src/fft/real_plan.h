@@ -182,8 +182,8 @@ struct Halves {
   int points, group, together;  // the order of the points
 };
 // Of orders 16 to 22. Found by measuring.
-inline constexpr Halves halves_of[] = {{8, 32, 16}, {8, 64, 16},  {8, 64, 16}, {9, 64, 16},
-                                       {9, 64, 16}, {10, 64, 16}, {10, 64, 16}};
+inline constexpr Halves halves_of[] = {{8, 32, 16}, {8, 64, 16}, {8, 64, 16}, {9, 64, 16},
+                                       {9, 64, 32}, {9, 64, 32}, {10, 64, 32}};
 inline constexpr int least_halved = 16;
 // Passes of an order as digits, threes and one or two twos, if need be.
 struct Orders {
