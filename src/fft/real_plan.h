@@ -49,12 +49,18 @@ inline void run_pass(const RealPass& p, V* narrow, int pitch, V* wide, int wide_
   }
 }
 
-// The factors of one register: of the frequencies k, k + step, ...
+// The factors of r = 1 .. radix - 1 for one register, whose lanes have the frequencies k, k + step, ...: the roots
+// r k turns.
 template <class V, class T>
 T* put_real_factors(T* out, const Roots& roots, int turns, int radix, int k, int step) {
   for (int r = 1; r < radix; ++r, out += 2 * lanes<V>) {
     for (int l = 0; l < lanes<V>; ++l) {
-      roots.get(static_cast<std::uint32_t>(r * (k + l * step) * turns), out[l], out[lanes<V> + l]);
+      if (l == 0 || step != 0) {
+        roots.get(static_cast<std::uint32_t>(r * (k + l * step) * turns), out[l], out[lanes<V> + l]);
+      } else {
+        out[l] = out[0];
+        out[lanes<V> + l] = out[lanes<V>];
+      }
     }
   }
   return out;
@@ -73,7 +79,8 @@ class RealPasses {
     for (const char* o = orders; *o != 0; ++o) {
       const int order = *o - '0', radix = 1 << order;
       pass_[count_++] = {order, m, n / (m * radix), total};
-      total += static_cast<std::size_t>(m / 2 + 1) * static_cast<std::size_t>(2 * L * (radix - 1));
+      total +=
+          static_cast<std::size_t>(o[1] != 0 ? m / 2 : m / 2 / L + 1) * static_cast<std::size_t>(2 * L * (radix - 1));
       m *= radix;
     }
     const Roots roots(static_cast<std::uint32_t>(n));
@@ -152,7 +159,6 @@ class SmallReal {
     apart_ = n >> order_;
     if (passes_.make(n, 1 << order_, orders + 1) != 0) return no_memory;
     const int next = passes_.first_radix();
-    // Before the last pass a row is a vector of the order; otherwise as in order_for().
     const Order o = order_for<V>(apart_, next, orders[2] == 0);
     rows_ = {o.next, o.vectors * L, 1, 0, o.vectors};
     return 0;
@@ -186,9 +192,9 @@ inline constexpr Halves halves_of[] = {{8, 32, 16}, {8, 64, 16}, {8, 64, 16}, {9
                                        {9, 64, 32}, {9, 64, 32}, {10, 64, 32}};
 inline constexpr int least_halved = 16;
 // Passes of an order as digits, threes and one or two twos, if need be.
-struct Orders {
+struct Digits {
   char text[12] = {};
-  constexpr Orders(int order, bool twos_first) {
+  constexpr Digits(int order, bool twos_first) {
     const int twos = (3 - order % 3) % 3, threes = (order - 2 * twos) / 3;
     for (int i = 0; i < twos + threes; ++i) text[i] = (twos_first ? i < twos : i >= threes) ? '2' : '3';
   }
@@ -205,7 +211,7 @@ class LargeReal {
     constexpr int known = least_halved + static_cast<int>(std::size(halves_of)) - 1;
     const Halves& halves = halves_of[std::min(order, known) - least_halved];
     const int points = order <= known ? halves.points : order / 2;
-    return make(n, Orders(points, false).text, Orders(order - points, true).text, halves.group, halves.together);
+    return make(n, Digits(points, false).text, Digits(order - points, true).text, halves.group, halves.together);
   }
   // Orders of the passes over columns and over frequencies; sizes of groups.
   int make(int n, const char* column_orders, const char* frequency_orders, int group, int together) {
