@@ -1,7 +1,7 @@
 // The passes of transforms of 2^o real values that never leave the reals (decimation in time, self-sorting). Between
-// passes an array holds the spectra of n/m sets of m values in m planes of n/m rows each: plane 2k has the real parts at
-// frequency k of all sets, plane 2k + 1 the imaginary parts, planes 0 and 1 the frequencies 0 and m/2. A pass of radix R
-// takes the sets j, j + rows, j + 2 rows, ... to one of R m values:
+// passes an array holds the spectra of n/m sets of m values, frequency by frequency: for each vector of sets, the rows
+// of the pass, its real parts and its imaginary parts. Frequency 0 has frequency m/2 as its imaginary part. A pass of
+// radix R takes the sets j, j + rows, j + 2 rows, ... to one of R m values:
 //   X[k + u m] = sum_r (x_r[k] w^(r k)) exp(-2 pi i r u / R),  w = exp(-2 pi i / (R m)),  k = 0 .. m/2,
 // where the results beyond R m / 2 are conjugates of those at R m less the frequency. The inverse runs the same steps
 // backwards. Vectors lie along the rows; the last pass, with one row left, has them along the frequencies.
@@ -11,13 +11,6 @@
 #include "fft/passes.h"
 
 namespace qor::fft {
-
-// A value in a register: the compiler would rather load it twice.
-template <class V>
-QOR_INLINE V held(V v) {
-  asm("" : "+x"(v));
-  return v;
-}
 
 // A vector of one value.
 template <class V>
@@ -69,7 +62,7 @@ template <int R, class V>
       lane_t<V>* p = out + i * rows.pitch + r * rows.next_pitch;
       const V* from = in + 2 * r;
       for (int j = 0; j < rows.width; ++j, p += lanes<V>, from += 2 * rows.next) {
-        Real<V, R>::inverse([&](int q) { return held(from[q / 2 * pitch + q % 2]); },
+        Real<V, R>::inverse([&](int q) { return simd::held(from[q / 2 * pitch + q % 2]); },
                             [&](int k, V x) { simd::store<V>(p + k * apart, x * factor); });
       }
     }
@@ -133,7 +126,7 @@ template <int R, bool Inverse, bool Spread, class V>
         if constexpr (Inverse) {
           from_upper_conjugate<V, R>(
               [&](int u) {
-                return C{held(at(u)[0]), held(at(u)[1])};
+                return C{simd::held(at(u)[0]), simd::held(at(u)[1])};
               },
               [&](int r, C y) {
                 if (r != 0) y = y * factor(r);
@@ -143,7 +136,7 @@ template <int R, bool Inverse, bool Spread, class V>
         } else {
           UpperConjugate<V, R>::run(
               [&](int r) {
-                const C y{held(p[r * row_apart]), held(p[r * row_apart + 1])};
+                const C y{simd::held(p[r * row_apart]), simd::held(p[r * row_apart + 1])};
                 return r == 0 ? y : y * factor(r);
               },
               [&](int u, C y) {
@@ -168,7 +161,7 @@ template <int R, class V>
 QOR_INLINE void load_lanes(const lane_t<V>* p, V* t) {
   constexpr int L = lanes<V>;
   unrolled<R / L>([&](auto g) {
-    unrolled<L>([&](auto l) { t[g * L + l] = held(as_vectors<V>(p)[(2 * R * l + 2 * L * g) / L]); });
+    unrolled<L>([&](auto l) { t[g * L + l] = simd::held(as_vectors<V>(p)[(2 * R * l + 2 * L * g) / L]); });
     simd::transpose(t + g * L);
   });
 }
@@ -190,7 +183,8 @@ constexpr int lone_row(int r) {
 template <bool Down, class V>
 QOR_INLINE Complex<V> load_frequencies(const lane_t<V>* p) {
   constexpr int L = lanes<V>;
-  const V a = held(simd::load<V>(Down ? p - L + 2 : p)), b = held(simd::load<V>(Down ? p - 2 * L + 2 : p + L));
+  const V a = simd::held(simd::load<V>(Down ? p - L + 2 : p)),
+          b = simd::held(simd::load<V>(Down ? p - 2 * L + 2 : p + L));
   if constexpr (Down && L == 4) {
     return {__builtin_shufflevector(a, b, 2, 0, 6, 4), __builtin_shufflevector(a, b, 3, 1, 7, 5)};
   } else {
