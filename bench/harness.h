@@ -39,6 +39,7 @@ struct Work {
   std::vector<Contender> contenders;
   std::vector<Claim> claims;
   double flops = 0;                              // nominal, an element; for tables in MFLOPS
+  int most_rounds = 1 << 30;                     // of work that takes long
   std::function<std::string()> check = nullptr;  // run once before the timing; a complaint makes the row void
 };
 

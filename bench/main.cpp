@@ -312,7 +312,7 @@ int main(int argc, char** argv) {
   for (const Work& work : chosen) {
     if (terminal) std::fprintf(stderr, "\r%-40s", work.name.c_str());
     const std::string complaint = work.check && !o.only_opponents ? work.check() : "";
-    Measured m{work, complaint, measure(work.contenders, work.elements, o.rounds), {}, {}};
+    Measured m{work, complaint, measure(work.contenders, work.elements, std::min(o.rounds, work.most_rounds)), {}, {}};
     if (o.full) {
       std::vector<Contender> ours;
       for (const Contender& c : work.contenders) {

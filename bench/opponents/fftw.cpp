@@ -1,10 +1,11 @@
 // FFTW, planned with FFTW_MEASURE. "FFTW SSE2" is the static library, told that there is no AVX: the function that asks
-// the processor is ours. "FFTW" is the shared library as it comes. A plan takes 6 seconds at most, which is enough for
-// all but the largest.
+// the processor is ours. "FFTW" is the shared library as it comes. What is learnt planning one transform serves the next
+// ones; a plan may take some seconds, which is enough for all but the largest.
 #include <dlfcn.h>
 #include <fftw3.h>
 
 #include <cstdio>
+#include <memory>
 
 #include "harness.h"
 
@@ -27,6 +28,7 @@ struct Calls;
     decltype(&X##_plan_dft_r2c_1d) forward = X##_plan_dft_r2c_1d; \
     decltype(&X##_plan_dft_c2r_1d) inverse = X##_plan_dft_c2r_1d; \
     decltype(&X##_execute) execute = X##_execute;                 \
+    decltype(&X##_destroy_plan) destroy = X##_destroy_plan;       \
     decltype(&X##_set_timelimit) limit = X##_set_timelimit;       \
   };
 FFTW_CALLS(double, fftw, fftw3, "libfftw3.so.3")
@@ -34,19 +36,20 @@ FFTW_CALLS(float, fftwf, fftw3f, "libfftw3f.so.3")
 #undef FFTW_CALLS
 
 template <class T>
-std::function<void()> planned(const Calls<T>& calls, FftKind kind, int n, T* in, T* out) {
+std::function<void()> planned(const Calls<T>& calls, double seconds, FftKind kind, int n, T* in, T* out) {
   using Number = typename Calls<T>::Number;
   const auto pairs = [](T* p) { return reinterpret_cast<Number*>(p); };
-  calls.limit(6);
+  calls.limit(seconds);
   typename Calls<T>::Plan plan = nullptr;
   if (kind == FftKind::complex_forward) plan = calls.complex(n, pairs(in), pairs(out), FFTW_FORWARD, FFTW_MEASURE);
   if (kind == FftKind::real_forward) plan = calls.forward(n, in, pairs(out), FFTW_MEASURE);
   if (kind == FftKind::real_inverse) plan = calls.inverse(n, pairs(in), out, FFTW_MEASURE | FFTW_DESTROY_INPUT);
-  return [execute = calls.execute, plan] { execute(plan); };
+  const std::shared_ptr<void> keep(plan, [plan, destroy = calls.destroy](void*) { destroy(plan); });
+  return [execute = calls.execute, plan, keep] { execute(plan); };
 }
 template <class T>
 std::function<void()> restricted(FftKind kind, int n, T* in, T* out) {
-  return planned(Calls<T>(), kind, n, in, out);
+  return planned(Calls<T>(), n < 1 << 17 ? 2 : 5, kind, n, in, out);
 }
 template <class T>
 std::function<void()> unrestricted(FftKind kind, int n, T* in, T* out) {
@@ -61,8 +64,9 @@ std::function<void()> unrestricted(FftKind kind, int n, T* in, T* out) {
   find(calls.forward, "_plan_dft_r2c_1d");
   find(calls.inverse, "_plan_dft_c2r_1d");
   find(calls.execute, "_execute");
+  find(calls.destroy, "_destroy_plan");
   find(calls.limit, "_set_timelimit");
-  return planned(calls, kind, n, in, out);
+  return planned(calls, 1, kind, n, in, out);
 }
 
 const Add here{

@@ -7,6 +7,7 @@
 
 #include "fft/create.h"
 #include "fft/packing.h"
+#include "fft/pairs.h"
 #include "fft/real.h"
 #include "numeric/mxcsr.h"
 
