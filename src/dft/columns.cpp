@@ -158,9 +158,9 @@ QOR_INLINE void with_radix(int radix, F f) {
   });
 }
 
-// Radices of powers of two, by the power, each digit the order of one.
-constexpr const char* binary_passes[] = {"",   "1",   "2",   "3",   "4",   "23",   "33",  "34",
-                                         "44", "333", "343", "344", "444", "3343", "3443"};
+// Radices of powers of two, by the power, each digit the order of one. Found by measuring.
+constexpr const char* binary_passes[] = {"",    "1",   "2",    "3",    "4",    "32",    "33",   "322",
+                                         "332", "333", "3322", "3332", "3333", "33322", "33332"};
 constexpr int most_at_once = 14;
 
 }  // namespace
