@@ -88,6 +88,17 @@ std::vector<FftPeer<T>>& fft_peers() {
   static std::vector<FftPeer<T>> list;
   return list;
 }
+// The same of several dimensions, on a number of threads.
+template <class T>
+struct DftPeer {
+  const char* name;
+  std::function<void()> (*plan)(FftKind kind, const std::vector<int>& n, int threads, T* in, T* out);
+};
+template <class T>
+std::vector<DftPeer<T>>& dft_peers() {
+  static std::vector<DftPeer<T>> list;
+  return list;
+}
 // The full convolution of rank 2 (rank 1: nx1 = ny1 = 1), dimension 0 first; x is the shorter operand.
 template <class T>
 struct ConvPeer {
@@ -127,6 +138,10 @@ struct Add {
   template <class T>
   static void add(const FftPeer<T>& p) {
     fft_peers<T>().push_back(p);
+  }
+  template <class T>
+  static void add(const DftPeer<T>& p) {
+    dft_peers<T>().push_back(p);
   }
   template <class T>
   static void add(const DrawPeer<T>& p) {
@@ -184,6 +199,7 @@ void add_task_rows(std::vector<Work>& works);
 void add_level1_rows(std::vector<Work>& works);
 void add_limit_rows(std::vector<Work>& works);
 void add_fft_rows(std::vector<Work>& works);
+void add_dft_rows(std::vector<Work>& works);
 
 // The largest error of every peer of the items whose names contain filter, measured; written as the rows of
 // peer_errors.inc, from which peer_error() reads.

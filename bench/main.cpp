@@ -279,6 +279,7 @@ int main(int argc, char** argv) {
   add_level1_rows(works);
   add_limit_rows(works);
   add_fft_rows(works);
+  add_dft_rows(works);
   const std::regex filter = compiled(o.filter);
   for (Work& work : works) {
     if (!std::regex_search(work.group, filter) && !std::regex_search(work.name, filter)) continue;

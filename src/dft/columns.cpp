@@ -18,10 +18,12 @@ QOR_INLINE V held(V v) {
 }
 
 // R rows of the caller's array, `step` reals apart: pairs of real and imaginary parts. The inverse exchanges the parts.
+// Here the columns are side by side.
 template <class V, bool Inverse>
-struct Outside {
+struct Beside {
   lane_t<V>* p;
   std::ptrdiff_t step;
+  QOR_INLINE void next() { p += 2 * simd::lanes<V>; }
   QOR_INLINE Complex<V> load(int r) const {
     const lane_t<V>* const q = p + r * step;
     const V a = held(simd::load<V>(q)), b = held(simd::load<V>(q + simd::lanes<V>));
@@ -35,11 +37,34 @@ struct Outside {
     simd::store<V>(q + simd::lanes<V>, simd::zip_high(a, b));
   }
 };
+// Here they are `across` reals apart, and values are scaled when they are loaded.
+template <class V, bool Inverse>
+struct Apart {
+  static constexpr int half = simd::lanes<V> / 2;
+  lane_t<V>* p;
+  std::ptrdiff_t step, across;
+  lane_t<V> scale;
+  QOR_INLINE void next() { p += 2 * half * across; }
+  QOR_INLINE Complex<V> load(int r) const {
+    const lane_t<V>* const q = p + r * step;
+    const V a = held(simd::load_pairs<V>(q, q + across));
+    const V b = held(simd::load_pairs<V>(q + half * across, q + (half + 1) * across));
+    const V even = simd::evens(a, b) * simd::splat<V>(scale), odd = simd::odds(a, b) * simd::splat<V>(scale);
+    return Inverse ? Complex<V>{odd, even} : Complex<V>{even, odd};
+  }
+  QOR_INLINE void store(int r, Complex<V> x) const {
+    lane_t<V>* const q = p + r * step;
+    const V a = Inverse ? x.im : x.re, b = Inverse ? x.re : x.im;
+    simd::store_pairs(q, q + across, simd::zip_low(a, b));
+    simd::store_pairs(q + half * across, q + (half + 1) * across, simd::zip_high(a, b));
+  }
+};
 // R rows of the buffer: registers of real and of imaginary parts in turns.
 template <class V>
 struct Inside {
   lane_t<V>* p;
   std::ptrdiff_t step;
+  QOR_INLINE void next() { p += 2 * simd::lanes<V>; }
   QOR_INLINE V* row(int r) const { return reinterpret_cast<V*>(p + r * step); }
   QOR_INLINE Complex<V> load(int r) const { return {held(row(r)[0]), held(row(r)[1])}; }
   QOR_INLINE void store(int r, Complex<V> x) const {
@@ -53,7 +78,7 @@ template <int R, bool Turned, class V, class In, class Out>
 QOR_INLINE void butterflies(In in, Out out, const lane_t<V>* factors, int registers) {
   using C = Complex<V>;
   const V* const f = reinterpret_cast<const V*>(factors);
-  for (int w = 0; w < registers; ++w, in.p += 2 * simd::lanes<V>, out.p += 2 * simd::lanes<V>) {
+  for (int w = 0; w < registers; ++w, in.next(), out.next()) {
     fft::transform<C, R>(
         [&](int r) {
           const C x = in.load(r);
@@ -83,22 +108,20 @@ QOR_INLINE void fetch_rows(const T* p, std::ptrdiff_t step, int registers) {
   });
 }
 
-template <int R, bool Inverse, class T>
-[[gnu::noinline]] void only_pass(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch,
-                                 int registers) {
-  using V = simd::Vec<T>;
-  butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in), in_pitch}, Outside<V, Inverse>{out, out_pitch},
-                           nullptr, registers);
+// Passes that read or write the caller's array, whose rows are `step` apart in `in` and `out` as they are passed.
+template <int R, class V, class In, class Out>
+[[gnu::noinline]] void only_pass(In in, Out out, int registers) {
+  butterflies<R, false, V>(in, out, nullptr, registers);
 }
-template <int R, bool Inverse, class T>
-[[gnu::noinline]] void first_pass(const T* in, std::ptrdiff_t in_pitch, int rows, T* buffer, const int* place,
-                                  Pitch pitch, int registers, bool far) {
-  using V = simd::Vec<T>;
+template <int R, class V, class In>
+[[gnu::noinline]] void first_pass(In in, int rows, lane_t<V>* buffer, const int* place, Pitch pitch, int registers,
+                                  bool far) {
   constexpr int ahead = (rows_ahead + R - 1) / R;
-  for (int j = 0; j < rows; ++j) {
-    if (far && j + ahead < rows) fetch_rows<R>(in + (j + ahead) * in_pitch, rows * in_pitch, registers);
-    butterflies<R, false, V>(Outside<V, Inverse>{const_cast<T*>(in) + j * in_pitch, rows * in_pitch},
-                             Inside<V>{buffer + pitch(place[j] * R), pitch.row}, nullptr, registers);
+  const std::ptrdiff_t down = in.step;
+  in.step *= rows;
+  for (int j = 0; j < rows; ++j, in.p += down) {
+    if (far && j + ahead < rows) fetch_rows<R>(in.p + ahead * down, in.step, registers);
+    butterflies<R, false, V>(in, Inside<V>{buffer + pitch(place[j] * R), pitch.row}, nullptr, registers);
   }
 }
 template <int R, class T>
@@ -113,16 +136,17 @@ template <int R, class T>
     }
   }
 }
-template <int R, bool Inverse, class T>
-[[gnu::noinline]] void last_pass(T* buffer, int m, const T* twiddles, Pitch pitch, T* out, std::ptrdiff_t out_pitch,
+template <int R, class V, class Out>
+[[gnu::noinline]] void last_pass(lane_t<V>* buffer, int m, const lane_t<V>* twiddles, Pitch pitch, Out out,
                                  int registers, bool far) {
-  using V = simd::Vec<T>;
   constexpr int ahead = (rows_ahead + R - 1) / R;
   const int step = pitch(m);
-  for (int k = 0; k < m; ++k) {
-    if (far && k + ahead < m) fetch_rows<R>(out + (k + ahead) * out_pitch, m * out_pitch, registers);
-    butterflies<R, true, V>(Inside<V>{buffer + pitch(k), step}, Outside<V, Inverse>{out + k * out_pitch, m * out_pitch},
-                            twiddles + k * (R - 1) * 2 * simd::lanes<V>, registers);
+  const std::ptrdiff_t down = out.step;
+  out.step *= m;
+  for (int k = 0; k < m; ++k, out.p += down) {
+    if (far && k + ahead < m) fetch_rows<R>(out.p + ahead * down, out.step, registers);
+    butterflies<R, true, V>(Inside<V>{buffer + pitch(k), step}, out, twiddles + k * (R - 1) * 2 * simd::lanes<V>,
+                            registers);
   }
 }
 
@@ -134,9 +158,9 @@ QOR_INLINE void with_radix(int radix, F f) {
   });
 }
 
-// Radices of powers of two, by the power, each digit the order of one.
-constexpr const char* binary_passes[] = {"",   "1",   "2",   "3",   "4",   "23",   "33",  "34",
-                                         "44", "333", "343", "344", "444", "3343", "3443"};
+// Radices of powers of two, by the power, each digit the order of one. Found by measuring.
+constexpr const char* binary_passes[] = {"",    "1",   "2",    "3",    "4",    "32",    "33",   "322",
+                                         "332", "333", "3322", "3332", "3333", "33322", "33332"};
 constexpr int most_at_once = 14;
 
 }  // namespace
@@ -218,51 +242,63 @@ int Columns<T>::make(int n) {
 
 template <class T>
 template <bool Inverse>
-void Columns<T>::run_lines(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns,
-                           T* work) const {
+void Columns<T>::run_lines(Grid<const T> in, Grid<T> out, int columns, T scale, T* work) const {
   T* const rest = work + 2 * static_cast<std::size_t>(n_) * static_cast<std::size_t>(at_once());
   for (int j = 0; j < n_; ++j) {
-    for (int c = 0; c < columns; ++c) std::copy_n(in + j * in_pitch + 2 * c, 2, work + 2 * (c * n_ + j));
+    for (int c = 0; c < columns; ++c) std::copy_n(in.p + j * in.down + c * in.across, 2, work + 2 * (c * n_ + j));
   }
   for (int c = 0; c < columns; ++c) {
     T* const line = work + 2 * c * n_;
-    lines_->template run<Inverse>(line, line, 1, rest);
+    lines_->template run<Inverse>(line, line, scale, rest);
   }
   for (int j = 0; j < n_; ++j) {
-    for (int c = 0; c < columns; ++c) std::copy_n(work + 2 * (c * n_ + j), 2, out + j * out_pitch + 2 * c);
+    for (int c = 0; c < columns; ++c) std::copy_n(work + 2 * (c * n_ + j), 2, out.p + j * out.down + c * out.across);
   }
 }
 
 template <class T>
 template <bool Inverse>
-void Columns<T>::run(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns,
-                     T* work) const {
-  if (lines_ != nullptr) return run_lines<Inverse>(in, in_pitch, out, out_pitch, columns, work);
+void Columns<T>::run(Grid<const T> in, Grid<T> out, int columns, T scale, T* work) const {
+  if (lines_ != nullptr) return run_lines<Inverse>(in, out, columns, scale, work);
+  using Near = Beside<V, Inverse>;
+  using Far = Apart<V, Inverse>;
   const int registers = columns / lanes;
+  const Near near_in{const_cast<T*>(in.p), in.down}, near_out{out.p, out.down};
+  const Far far_in{const_cast<T*>(in.p), in.down, in.across, scale}, far_out{out.p, out.down, out.across, 1};
+  const bool in_near = in.across == 2 && scale == 1, out_near = out.across == 2;
   if (count_ < 2) {
-    with_radix(n_, [&](auto R) { only_pass<R, Inverse>(in, in_pitch, out, out_pitch, registers); });
+    with_radix(n_, [&](auto R) {
+      in_near&& out_near ? only_pass<R, V>(near_in, near_out, registers) : only_pass<R, V>(far_in, far_out, registers);
+    });
     return;
   }
-  const bool far = static_cast<std::size_t>(n_) * sizeof(T) * static_cast<std::size_t>(std::abs(in_pitch)) > far_bytes;
+  const auto reaches_far = [&](std::ptrdiff_t down) {
+    return static_cast<std::size_t>(n_) * sizeof(T) * static_cast<std::size_t>(std::abs(down)) > far_bytes;
+  };
   const Pitch pitch{2 * columns, pass_[0].radix, gap};
-  with_radix(pass_[0].radix,
-             [&](auto R) { first_pass<R, Inverse>(in, in_pitch, n_ / R, work, place_.get(), pitch, registers, far); });
+  with_radix(pass_[0].radix, [&](auto R) {
+    const int rows = n_ / R;
+    in_near ? first_pass<R, V>(near_in, rows, work, place_.get(), pitch, registers, reaches_far(in.down))
+            : first_pass<R, V>(far_in, rows, work, place_.get(), pitch, registers, false);
+  });
   for (int i = 1; i < count_; ++i) {
     const int radix = pass_[i].radix, m = pass_[i].m;
     const T* const twiddles = twiddles_.get() + pass_[i].twiddles;
-    if (i + 1 < count_) {
-      with_radix(radix, [&](auto R) { inner_pass<R>(work, n_ / (R * m), m, twiddles, pitch, registers); });
-    } else {
-      with_radix(radix,
-                 [&](auto R) { last_pass<R, Inverse>(work, m, twiddles, pitch, out, out_pitch, registers, far); });
-    }
+    with_radix(radix, [&](auto R) {
+      if (i + 1 < count_) {
+        inner_pass<R>(work, n_ / (R * m), m, twiddles, pitch, registers);
+      } else if (out_near) {
+        last_pass<R, V>(work, m, twiddles, pitch, near_out, registers, reaches_far(out.down));
+      } else {
+        last_pass<R, V>(work, m, twiddles, pitch, far_out, registers, false);
+      }
+    });
   }
 }
 
 template class Columns<float>;
 template class Columns<double>;
-#define QOR_DFT_RUN(T, inverse) \
-  template void Columns<T>::run<inverse>(const T*, std::ptrdiff_t, T*, std::ptrdiff_t, int, T*) const;
+#define QOR_DFT_RUN(T, inverse) template void Columns<T>::run<inverse>(Grid<const T>, Grid<T>, int, T, T*) const;
 QOR_DFT_RUN(float, false)
 QOR_DFT_RUN(float, true)
 QOR_DFT_RUN(double, false)

@@ -10,6 +10,13 @@
 
 namespace qor::dft {
 
+// Complex numbers in the caller's array: a column goes `down`, the next one is `across`, both in reals.
+template <class T>
+struct Grid {
+  T* p;
+  std::ptrdiff_t down, across;
+};
+
 template <class T>
 class Columns {
  public:
@@ -31,10 +38,13 @@ class Columns {
   // Reals that run() needs.
   std::size_t work_size() const { return work_; }
 
-  // Up to at_once() columns, a multiple of `lanes`, that begin at `in`; rows are a pitch of so many reals apart. out
-  // may be in.
+  // Are rows done best as columns, several at once, and how many of them?
+  bool serves_rows() const { return lines_ == nullptr && n_ <= (sizeof(T) == 8 ? 128 : 512); }
+  int rows_at_once() const { return n_ <= 64 ? most_columns : most_columns / 2; }
+
+  // Transforms up to at_once() columns, a multiple of `lanes`, times scale. The arrays are the same or apart.
   template <bool Inverse>
-  void run(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns, T* work) const;
+  void run(Grid<const T> in, Grid<T> out, int columns, T scale, T* work) const;
 
  private:
   struct Pass {
@@ -46,7 +56,7 @@ class Columns {
   void choose_passes(int n);
   bool make_tables();
   template <bool Inverse>
-  void run_lines(const T* in, std::ptrdiff_t in_pitch, T* out, std::ptrdiff_t out_pitch, int columns, T* work) const;
+  void run_lines(Grid<const T> in, Grid<T> out, int columns, T scale, T* work) const;
 
   int n_ = 0, count_ = 0;
   Pass pass_[most_passes];

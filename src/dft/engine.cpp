@@ -101,13 +101,18 @@ Step Engine<T>::make_step(const Direction& d, int axis, const int* others, int c
   if (!real && first) {
     s.scales = true;
     const auto beside = [&](const Loop& l) { return l.count > 1 && l.stride[from] == 2 && l.stride[work] == 2; };
-    const bool together = s.along.count > 1 && (s.along.stride[from] != 2 || s.along.stride[work] != 2) &&
-                          std::any_of(nest.loop, nest.loop + nest.depth, beside);
+    const bool dense = s.along.stride[from] == 2 && s.along.stride[work] == 2;
+    const bool together =
+        s.along.count > 1 && (dense ? columns_of_[axis]->serves_rows() && nest.count() >= Columns<T>::lanes
+                                    : std::any_of(nest.loop, nest.loop + nest.depth, beside));
     if (!together) s.kind = Step::complex_rows;
   }
   arrange(nest, s.source, s.target, !s.patched);
   s.across = nest.depth > 0 ? nest.loop[--nest.depth] : Loop{1, {0, 0, 0}};
-  s.at_once = s.kind == Step::columns ? columns_of_[axis]->at_once() : std::clamp(2048 / s.along.count, 1, 16);
+  s.at_once = s.kind != Step::columns ? std::clamp(2048 / s.along.count, 1, 16) : columns_of_[axis]->at_once();
+  if (s.scales && s.kind == Step::columns && s.across.stride[s.target] != 2) {
+    s.at_once = std::min(s.at_once, columns_of_[axis]->rows_at_once());
+  }
   s.runs = (s.across.count + s.at_once - 1) / s.at_once;
   return s;
 }
@@ -287,8 +292,8 @@ void Engine<T>::columns(const Step& s, Place<T> at, int count, bool patched, T s
   T* const out = at.at[s.target];
   const std::ptrdiff_t in_down = s.along.stride[s.source], out_down = s.along.stride[s.target],
                        in_across = s.across.stride[s.source], out_across = s.across.stride[s.target];
-  if (in_across == 2 && out_across == 2 && count % L == 0 && !patched && scale == 1) {
-    plan.template run<Inverse>(in, in_down, out, out_down, count, work_space);
+  if (count % L == 0 && !patched) {
+    plan.template run<Inverse>({in, in_down, in_across}, {out, out_down, out_across}, count, scale, work_space);
     return;
   }
   const int wide = (count + L - 1) / L * L;
@@ -301,7 +306,8 @@ void Engine<T>::columns(const Step& s, Place<T> at, int count, bool patched, T s
     for (int c = 0; c < 2 * count; ++c) line[c] *= scale;
     std::fill(line + 2 * count, line + 2 * wide, T(0));
   }
-  plan.template run<Inverse>(block, 2 * wide, block, 2 * wide, wide, rest);
+  const std::ptrdiff_t down = 2 * wide;
+  plan.template run<Inverse>({block, down, 2}, {block, down, 2}, wide, 1, rest);
   for (int j = 0; j < n; ++j) copy_line(block + 2 * j * wide, 2, out + j * out_down, out_across, count);
 }
 
