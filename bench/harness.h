@@ -179,6 +179,7 @@ void add_math_rows(std::vector<Work>& works);
 void add_complex_rows(std::vector<Work>& works);
 void add_distribution_rows(std::vector<Work>& works);
 void add_conv_rows(std::vector<Work>& works);
+void add_task_rows(std::vector<Work>& works);
 void add_level1_rows(std::vector<Work>& works);
 void add_limit_rows(std::vector<Work>& works);
 void add_fft_rows(std::vector<Work>& works);
