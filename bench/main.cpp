@@ -23,8 +23,6 @@ constexpr char help[] =
 
 Measures the library and its peers on the same work, in turns of about 0.3 ms, for N rounds (default 61).
 FILTER is a regular expression that the work's group or name contains: streams, math, complex, distributions, convolution,
-level1, limits, 'Sin'.
-FILTER is a regular expression that the work's group or name contains: streams, math, distributions, convolution,
 level1, limits, tasks, 'Sin'.
 
   ratio min     the opponent's fastest round / our fastest round; above 1 the library is faster

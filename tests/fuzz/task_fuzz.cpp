@@ -16,7 +16,7 @@ using qor::test::Reader;
 using qor::test::require;
 using Ints = std::vector<int>;
 
-constexpr int most_tasks = 3, most_elements = 4096, most_products = 1 << 18;
+constexpr int most_tasks = 3, most_elements = 4096, most_products = 1 << 17;
 
 // Private data of the caller's: how many there are, and whether the functions succeed.
 int live_data;
@@ -41,32 +41,42 @@ struct Model {
   std::unique_ptr<char[]> x;  // of a task with a fixed operand
 };
 
+int small(Reader& bytes, int n) { return bytes.take<std::uint8_t>() % n; }
+
 // As many entries as there may be dimensions, although the rank may say otherwise.
-Ints entries(Reader& bytes, int low, int high) {
-  Ints v(9);
-  const bool wild = bytes.below(40) == 0;
-  for (int& n : v) n = wild ? bytes.take<int>() : low + bytes.below(high - low + 1);
+Ints entries(Reader& bytes, int rank, int low, int high) {
+  Ints v(9, std::max(low, 1));
+  const bool wild = small(bytes, 64) == 63;
+  const int range = high - low + 1;
+  for (int k = 0; k < std::clamp(rank, 1, 9); ++k) {
+    v[k] = wild ? bytes.take<int>() : low + (range > 256 ? bytes.below(range) : small(bytes, range));
+  }
   return v;
 }
-std::optional<Ints> strides(Reader& bytes, bool may_be_zero) {
-  if (bytes.below(2) == 0) return {};
-  Ints v = entries(bytes, -4, 40);
+std::optional<Ints> strides(Reader& bytes, int rank, bool may_be_zero) {
+  if (small(bytes, 2) == 0) return {};
+  Ints v = entries(bytes, rank, -4, 40);
   for (int& s : v) s = s == 0 && !may_be_zero ? 1 : s;
   return v;
 }
 
 Model make(Reader& bytes) {
   Model m;
-  m.kind = bytes.below(8) == 0 ? bytes.take<int>() : 1 + bytes.below(2);
-  m.mode = bytes.below(4) - 1;
-  m.precision = 1 + bytes.below(2);
+  const int kind = small(bytes, 32);
+  m.kind = kind == 31 ? bytes.take<int>() : 1 + kind % 2;
+  m.mode = small(bytes, 4) - 1;
+  m.precision = 1 + small(bytes, 2);
   m.internal = m.precision;
-  m.rank = bytes.below(20) == 0 ? bytes.take<std::int8_t>() : 1 + bytes.below(7);
+  const int rank = small(bytes, 64);
+  m.rank = rank == 63 ? bytes.take<std::int8_t>() : 1 + rank % 7;
   const int longest[] = {9, 700, 12, 6, 4, 3, 3, 2};
-  const int low = bytes.below(12) == 0 ? -1 : 1, high = longest[m.rank < 1 || m.rank > 7 ? 0 : m.rank];
-  m.nx = entries(bytes, low, high);
-  m.ny = entries(bytes, low, high);
-  m.nz = entries(bytes, low, m.rank == 1 ? 2 * high : high);
+  const int low = small(bytes, 16) == 15 ? -1 : 1, high = longest[m.rank < 1 || m.rank > 7 ? 0 : m.rank];
+  m.nx = entries(bytes, m.rank, low, high);
+  m.ny = entries(bytes, m.rank, low, high);
+  m.nz = entries(bytes, m.rank, low, m.rank == 1 ? 2 * high : high);
+  if (small(bytes, 8) != 7) {  // no more than there is
+    for (int k = 0; k < 9; ++k) m.nz[k] = int(std::min<long long>(m.nz[k], m.nx[k] + 0LL + m.ny[k] - 1));
+  }
   return m;
 }
 
@@ -181,9 +191,9 @@ bool outputs_meet(const Model& m, const Ints& stride, std::size_t span) {
 
 template <class D>
 void execute(Reader& bytes, Model& m, bool fixed) {
-  const std::optional<Ints> sx = fixed ? m.xstride : strides(bytes, true), sy = strides(bytes, true),
-                            sz = strides(bytes, bytes.below(16) == 0);
-  const int absent = bytes.below(24);  // an operand, rarely
+  const std::optional<Ints> sx = fixed ? m.xstride : strides(bytes, m.rank, true), sy = strides(bytes, m.rank, true),
+                            sz = strides(bytes, m.rank, small(bytes, 16) == 15);
+  const int absent = small(bytes, 32);  // an operand, rarely
   Call c{absent != 1,
          absent != 2,
          absent != 3,
@@ -230,11 +240,12 @@ void execute(Reader& bytes, Model& m, bool fixed) {
 }
 
 void edit(Reader& bytes, Model& m) {
-  const int parameter = bytes.below(4) == 0 ? bytes.below(24) - 2 : (const int[]){3, 4, 5, 6, 9}[bytes.below(5)];
-  const Ints v = parameter == 5   ? entries(bytes, -3, 6)
-                 : parameter == 6 ? entries(bytes, bytes.below(8) == 0 ? 0 : 1, 4)
-                                  : entries(bytes, 0, 2);
-  const bool null = bytes.below(32) == 0;
+  const int free_ones[] = {3, 4, 5, 6, 9};
+  const int parameter = small(bytes, 16) == 15 ? small(bytes, 24) - 2 : free_ones[small(bytes, 5)];
+  const Ints v = parameter == 5   ? entries(bytes, m.rank, -3, 6)
+                 : parameter == 6 ? entries(bytes, m.rank, small(bytes, 16) == 15 ? 0 : 1, 4)
+                                  : entries(bytes, 1, 0, 2);
+  const bool null = small(bytes, 64) == 63;
   const int status = __wxrEditTask(m.task, parameter, null ? nullptr : v.data());
   if (m.status == 0) {
     const bool free = (parameter >= 3 && parameter <= 6) || parameter == 9;
@@ -286,13 +297,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t n) {
   Model tasks[most_tasks];
   live_data = 0;
   while (!bytes.empty()) {
-    Model& m = tasks[bytes.below(most_tasks)];
-    const int what = bytes.below(16);
-    functions_fail = bytes.below(8) == 0;
+    Model& m = tasks[small(bytes, most_tasks)];
+    const int what = small(bytes, 16);
+    functions_fail = small(bytes, 8) == 7;
     if (m.task == nullptr) {
       const bool fixed = what % 2 == 0;
       m = make(bytes);
-      if (fixed) m.xstride = strides(bytes, true);
+      if (fixed) m.xstride = strides(bytes, m.rank, true);
       if (fixed) m.x.reset(new char[1]);
       const int status =
           fixed
@@ -301,7 +312,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t n) {
               : __wxrNewTask(&m.task, m.kind, 2, m.mode, 4, m.precision, m.rank, m.nx.data(), m.ny.data(), m.nz.data());
       require(status == 0 && m.task->rank == m.rank && m.task->word4 == 4, "a task is made");
     } else if (what < 8) {
-      const bool fixed = bytes.below(2) == 0;
+      const bool fixed = small(bytes, 2) == 0 && (m.x != nullptr || small(bytes, 8) == 7);
       if (m.precision == 1) {
         execute<float>(bytes, m, fixed);
       } else {
@@ -312,18 +323,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t n) {
     } else if (what == 11) {
       require(__wxrCommitTask(m.task) == m.status, "a commitment returns the status");
     } else if (what == 12) {
-      Model& to = tasks[bytes.below(most_tasks)];
+      Model& to = tasks[small(bytes, most_tasks)];
       if (&to != &m) copy(m, to);
     } else if (what == 13) {
       require(__wxrccSetStatus(m.task, 0) == m.status, "the former status comes back");
       m.status = 0;
     } else if (what == 14) {
-      attach(m, bytes.below(8) != 0, bytes.below(8) != 0);
+      attach(m, small(bytes, 8) != 7, small(bytes, 8) != 7);
     } else {
       remove(m);
       m = Model();
     }
     if (m.task != nullptr) require(__wxrccGetStatus(m.task) == m.status, "the status is kept");
+    if (m.status != 0 && small(bytes, 2) == 0) __wxrccSetStatus(m.task, m.status = 0);
   }
   functions_fail = false;
   for (Model& m : tasks) {
