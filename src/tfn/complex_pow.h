@@ -17,42 +17,48 @@
 
 namespace qor::tfn::complex {
 
-// ln |x + iy|, the head of 26 bits, for squares that neither overflow nor vanish; the part 2^added was taken out of x
-// and y before.
-QOR_INLINE Split log_of_size(VecD x, VecD y, double added) {
+// |x + iy|^2 = s, or 1 + t where it is close to that.
+struct SizeParts {
+  Pair<VecD> s, t;
+};
+QOR_INLINE SizeParts size_parts(VecD x, VecD y) {
   using namespace simd;
   using numeric::quick_two_sum;
   const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
   const VecD a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
-  const VecD b_more = (b + smaller) * b_rest;  // smaller^2 - b^2
-  const auto squares = quick_two_sum(a * a, b * b);
-  const auto s = quick_two_sum(squares.hi, squares.lo + ((a + larger) * a_rest + b_more));
+  const VecD b_square = b * b, b_more = (b + smaller) * b_rest;  // smaller^2
+  const auto squares = quick_two_sum(a * a, b_square);
   // With d = larger - 1: 2 d + d^2 + smaller^2.
   const VecD d = larger - 1.0, e = rounded_half(d);
-  const auto first = numeric::two_sum(d + d, b * b), second = numeric::two_sum(first.hi, e * e);
-  const auto t = quick_two_sum(second.hi, (first.lo + second.lo) + ((e + d) * (d - e) + b_more));
-  const VecU64 close = lt(abs(t.hi), splat<VecD>(0x1p-9)) & eq(splat<VecD>(added), VecD{});
+  const auto first = numeric::two_sum(d + d, b_square), second = numeric::two_sum(first.hi, e * e);
+  return {quick_two_sum(squares.hi, squares.lo + ((a + larger) * a_rest + b_more)),
+          quick_two_sum(second.hi, (first.lo + second.lo) + ((e + d) * (d - e) + b_more))};
+}
+// ln |x + iy|, the head of 26 bits; 2^added was taken out of x and y before.
+QOR_INLINE Split log_of_size(const SizeParts& p, double added) {
+  using namespace simd;
+  const VecU64 close = lt(abs(p.t.hi), splat<VecD>(0x1p-9)) & eq(splat<VecD>(added), VecD{});
   const auto far = [&](VecD v) { return as<VecD>(bits(v) & ~close); };
-
-  const auto [k, u, hi, lo, c] = log_reduce(s.hi, LowHalves<VecU64>(bits(s.hi) >> 36), &ln_exact_table[0].hi,
+  const auto [k, u, hi, lo, c] = log_reduce(p.s.hi, LowHalves<VecU64>(bits(p.s.hi) >> 36), &ln_exact_table[0].hi,
                                             splat<VecD>(0x1p52 + 1023 - 2 * added));
-  const VecD v = s.lo * tfn::Ln<Accuracy::high>::inverse_power(s.hi) * c;
-  const LnParts parts = ln_parts(far(k), select(close, t.hi, u), far(hi), far(lo), select(close, t.lo, v));
+  const VecD v = p.s.lo * tfn::Ln<Accuracy::high>::inverse_power(p.s.hi) * c;
+  const LnParts parts = ln_parts(far(k), select(close, p.t.hi, u), far(hi), far(lo), select(close, p.t.lo, v));
   return {parts.hi * 0.5, parts.lo * 0.5};
 }
 
 template <class T, Accuracy A>
-struct Pow : Bounds<T, A> {
+struct Pow {
   using Number = double;
   static constexpr int inputs = 2;
   static constexpr double filler = 1.5;
   static constexpr Grade G = grade<T, A>;
+  static constexpr double size_bound = Bounds<T, A>::size_bound, part_bound = endless;
 
   static void run(const Numbers<double>& z, const Numbers<double>& w, Numbers<double>& r, Usual<double>& usual, int n) {
     if constexpr (G == Grade::single) {
       Numbers<double> log;
       Usual<double> log_usual;
-      Ln<T, A>::run(z, log, log_usual, n);
+      Ln<T, Accuracy::high>::run(z, log, log_usual, n);
       multiply(w, log, n);
       Exp<T, A>::run(log, r, usual, n);
       usual.keep_all(log_usual, n);
@@ -97,8 +103,16 @@ struct Pow : Bounds<T, A> {
   };
   [[gnu::noinline]] static void logarithms(const Numbers<double>& z, Logarithms& log, Usual<double>& usual, int n) {
     using namespace simd;
+    Numbers<double> square, beyond;
     for (int i = 0; i < n; i += lanes<VecD>) {
-      const Split size = log_of_size(z.re(i), z.im(i), 0);
+      const SizeParts p = size_parts(z.re(i), z.im(i));
+      square.re.set(i, p.s.hi);
+      square.im.set(i, p.s.lo);
+      beyond.re.set(i, p.t.hi);
+      beyond.im.set(i, p.t.lo);
+    }
+    for (int i = 0; i < n; i += lanes<VecD>) {
+      const Split size = log_of_size({{square.re(i), square.im(i)}, {beyond.re(i), beyond.im(i)}}, 0);
       log.size.head.set(i, size.head);
       log.size.tail.set(i, size.tail);
     }
@@ -121,7 +135,11 @@ struct Pow : Bounds<T, A> {
       const Split size = load(log.size, i), arc = load(log.angle, i);
       const auto value = [](VecD first, VecD second, VecD rest) {
         const auto both = numeric::two_sum(first, second);
-        return numeric::quick_two_sum(both.hi, both.lo + rest);
+        if constexpr (G == Grade::low) {
+          return Pair<VecD>{both.hi, both.lo + rest};
+        } else {
+          return numeric::quick_two_sum(both.hi, both.lo + rest);
+        }
       };
       const auto re = value(wx_head * size.head, -(wy_head * arc.head),
                             (wx_tail * size.head + wx * size.tail) - (wy_tail * arc.head + wy * arc.tail));
@@ -204,7 +222,7 @@ struct Pow : Bounds<T, A> {
       log.power -= 1;
       return;
     }
-    const Split s = log_of_size(splat<VecD>(a), splat<VecD>(b), power);
+    const Split s = log_of_size(size_parts(splat<VecD>(a), splat<VecD>(b)), power);
     log = {s.head[0], s.tail[0], 0};
   }
   // e^(p + iq).

@@ -66,7 +66,7 @@ inline void scaled_sincos(double x, ScaledWave& y) {
   using namespace simd;
   if (std::fabs(x) < 0x1p-30) {  // x^2/6 is below 2^-62
     y = {{x * 0x1p600, 0, -600}, {1, 0, 0}};
-    if (std::fabs(x) > 0x1p-600) y.sine = {x, 0, 0};
+    if (std::fabs(x) > 0x1p-300) y.sine = {x, 0, 0};
     return;
   }
   std::uint64_t k;

@@ -85,7 +85,6 @@ inline const std::vector<ComplexSpecials>& complex_specials() {
         {-1, 0, 0, M_PI},
         {0, 1, 0, M_PI_2},
         {-0.0, -1, 0, -M_PI_2},
-        {1, 0x1p-149, 0, 0x1p-149},
         {1.5, inf, inf, M_PI_2},
         {-inf, 3, inf, M_PI},
         {-inf, 0, inf, M_PI},
