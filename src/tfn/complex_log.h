@@ -75,12 +75,13 @@ QOR_INLINE Split angle(VecD y, VecD x, VecU64& usual) {
   // r = (y u - x v)/(x u + y v); u and v have 8 bits, u is 0 or 1.
   const VecD x_head = numeric::upper_half(ax), x_tail = ax - x_head;
   const VecD y_head = numeric::upper_half(ay), y_tail = ay - y_head;
-  const auto n = numeric::two_sum(ay * u - x_head * v, -(x_tail * v));
+  // Exact: multiples of 2^-59 of y below 2^-7 of it.
+  const VecD n = (ay * u - x_head * v) - x_tail * v;
   const auto sum = numeric::two_sum(ax * u, y_head * v);
   const Split d = split(sum.hi, sum.lo + y_tail * v);
   const VecD inverse = 1.0 / (d.head + d.tail);
-  const VecD r = numeric::upper_half(n.hi * inverse);
-  const VecD r_more = (((n.hi - r * d.head) - r * d.tail) + n.lo) * inverse;
+  const VecD r = numeric::upper_half(n * inverse);
+  const VecD r_more = ((n - r * d.head) - r * d.tail) * inverse;
   const VecD whole_r = r + r_more;
   const VecD small = r_more + whole_r * longer_small_atan(whole_r * whole_r);
   const VecD whole = where<VecD>(negative, pi_row<double>.hi) + flip_sign(hi, turn);
@@ -90,8 +91,7 @@ QOR_INLINE Split angle(VecD y, VecD x, VecU64& usual) {
   return {flip_sign(all.head, sign(y)), flip_sign(all.tail, sign(y))};
 }
 
-// For results that become singles. ln(hi + lo), as Ln with a shorter polynomial and without second parts but that of the
-// argument: 2^-38.
+// For results that become singles. ln(hi + lo), as Ln with a shorter polynomial: 2^-38 of itself.
 QOR_INLINE VecD single_logarithm(VecD hi, const double* at, VecD lo) {
   using namespace simd;
   const VecU64 b = bits(hi);
@@ -101,7 +101,7 @@ QOR_INLINE VecD single_logarithm(VecD hi, const double* at, VecD lo) {
   const VecD m = as<VecD>((b & splat<VecU64>(0x000FFFFFFFFFFFFF)) | splat<VecU64>(0x3FF0000000000000));
   const VecD power = tfn::Ln<Accuracy::low>::inverse_power(hi);
   const VecD u = ((m - tfn::Ln<Accuracy::low>::to_row(m)) + lo * power) * c;
-  return (k * ln2_hi + log) + (u + u * u * horner(u, -1.0 / 4, 1.0 / 3, -1.0 / 2));
+  return (k * ln2_hi + log) + (u + (u * u * horner(u, -1.0 / 4, 1.0 / 3, -1.0 / 2) + (k * ln2_lo + log_lo)));
 }
 // The angle of the point (x, y), four of them: as Atan2, with rows by a quotient of singles. 2^-38.
 struct FourAngles {

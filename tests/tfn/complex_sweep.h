@@ -163,8 +163,9 @@ ComplexError complex_error(const T* got, QuadComplex exact) {
     const Quad most = static_cast<Quad>(L::max()) * (1 - static_cast<Quad>(L::epsilon()) * 4);
     if (isnanq(part[k]) || std::isnan(got[k])) return {HUGE_VAL, HUGE_VAL};
     if (fabsq(part[k]) > most && std::fabs(got[k]) > most) {
-      if ((part[k] < 0) != std::signbit(got[k])) e.part = HUGE_VAL;
-      if (e.part == HUGE_VAL && fabsq(part[k]) > fabsq(part[1 - k]) * 0x1p-20Q) e.size = HUGE_VAL;
+      const bool wrong = (part[k] < 0) != std::signbit(got[k]);
+      if (wrong) e.part = HUGE_VAL;
+      if (wrong && fabsq(part[k]) > fabsq(part[1 - k]) * 0x1p-20Q) e.size = HUGE_VAL;
       ++beyond;
     } else if (std::isinf(got[k]) || fabsq(part[k]) > L::max()) {
       e.part = HUGE_VAL;
