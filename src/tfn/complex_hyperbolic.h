@@ -107,7 +107,7 @@ struct ScaledHyperbolic {
 inline void scaled_hyperbolic(double a, ScaledHyperbolic& y) {
   const double size = std::fabs(a);
   if (size < 0x1p-30) {  // a^2/6 and a^2/2 are below 2^-60
-    y = {size > 0x1p-600 ? Scaled{a, 0, 0} : Scaled{a * 0x1p600, 0, -600}, {1, 0, 0}};
+    y = {size > 0x1p-300 ? Scaled{a, 0, 0} : Scaled{a * 0x1p600, 0, -600}, {1, 0, 0}};
     return;
   }
   if (size < 40) {

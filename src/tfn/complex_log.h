@@ -5,7 +5,8 @@
 // than 2^-54 is left, and where squares would overflow or vanish, element() works with scaled parts or exact sums.
 // - double _HA: each part 0.52 ulp, but up to 2 in the real part within 2^-50 of |z| = 1.
 // - double _50: the square in one part; next to |z| = 1 as (x - 1)(x + 1) + y^2.
-// - singles: in double precision, where squares are exact.
+// - single _HA: in double precision, where squares are exact, with short polynomials.
+// - single _21: as double _50, in single precision.
 // Decimal logarithms have tables of their own, and the angle in two parts times log10 e.
 #pragma once
 
@@ -25,16 +26,18 @@ QOR_INLINE VecD rounded_half(VecD v) {
 }
 
 // x^2 + y^2 = hi + lo.
+template <class V>
 struct SquareOfSize {
-  VecD hi, lo;
+  V hi, lo;
 };
-template <Grade G>
-QOR_INLINE SquareOfSize square_of_size(VecD x, VecD y) {
+template <Grade G, class V>
+QOR_INLINE SquareOfSize<V> square_of_size(V x, V y) {
   using namespace simd;
   using numeric::quick_two_sum;
-  const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
+  using T = lane_t<V>;
+  const V larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
   if constexpr (G == Grade::high) {
-    const VecD a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
+    const V a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
     // Three exact products of each, in steps of about 2^-26.
     const auto first = quick_two_sum(a * a, b * b);
     const auto second = quick_two_sum((a + a) * a_rest, (b + b) * b_rest);
@@ -44,10 +47,10 @@ QOR_INLINE SquareOfSize square_of_size(VecD x, VecD y) {
     const auto whole = quick_two_sum(sum.hi, sum.lo + (rest.hi + (rest.lo + third)));
     return {whole.hi, whole.lo};
   } else if constexpr (G == Grade::low) {
-    const VecD s = larger * larger + smaller * smaller;
-    const VecD over = (larger - 1.0) * (larger + 1.0) + smaller * smaller, near = over + 1.0;
-    const VecU64 close = lt(abs(over), splat<VecD>(0.5));
-    return {select(close, near, s), as<VecD>(bits(over - (near - 1.0)) & close)};
+    const V square = smaller * smaller, s = larger * larger + square;
+    const V over = (larger - T(1)) * (larger + T(1)) + square, near = over + T(1);
+    const Bits<V> close = lt(abs(over), splat<V>(T(0.5)));
+    return {select(close, near, s), as<V>(bits(over - (near - T(1))) & close)};
   } else {
     const auto s = quick_two_sum(larger * larger, smaller * smaller);
     return {s.hi, s.lo};
@@ -72,12 +75,13 @@ QOR_INLINE Split angle(VecD y, VecD x, VecU64& usual) {
   // r = (y u - x v)/(x u + y v); u and v have 8 bits, u is 0 or 1.
   const VecD x_head = numeric::upper_half(ax), x_tail = ax - x_head;
   const VecD y_head = numeric::upper_half(ay), y_tail = ay - y_head;
-  const auto n = numeric::two_sum(ay * u - x_head * v, -(x_tail * v));
+  // Exact: multiples of 2^-59 of y below 2^-7 of it.
+  const VecD n = (ay * u - x_head * v) - x_tail * v;
   const auto sum = numeric::two_sum(ax * u, y_head * v);
   const Split d = split(sum.hi, sum.lo + y_tail * v);
   const VecD inverse = 1.0 / (d.head + d.tail);
-  const VecD r = numeric::upper_half(n.hi * inverse);
-  const VecD r_more = (((n.hi - r * d.head) - r * d.tail) + n.lo) * inverse;
+  const VecD r = numeric::upper_half(n * inverse);
+  const VecD r_more = ((n - r * d.head) - r * d.tail) * inverse;
   const VecD whole_r = r + r_more;
   const VecD small = r_more + whole_r * longer_small_atan(whole_r * whole_r);
   const VecD whole = where<VecD>(negative, pi_row<double>.hi) + flip_sign(hi, turn);
@@ -87,19 +91,63 @@ QOR_INLINE Split angle(VecD y, VecD x, VecU64& usual) {
   return {flip_sign(all.head, sign(y)), flip_sign(all.tail, sign(y))};
 }
 
+// For results that become singles. ln(hi + lo), as Ln with a shorter polynomial: 2^-38 of itself.
+QOR_INLINE VecD single_logarithm(VecD hi, const double* at, VecD lo) {
+  using namespace simd;
+  const VecU64 b = bits(hi);
+  const auto row = [at](int l) { return (((numeric::high_word(at + l) >> 7) & 0x1FF0) + 16) & 0x3FE0; };
+  const auto [log, log_lo, c] = gather_rows<3>(&ln_table[0].hi, row).column;
+  const VecD k = as<VecD>((b >> 52) | splat<VecU64>(0x4330000000000000)) - (0x1p52 + 1023);
+  const VecD m = as<VecD>((b & splat<VecU64>(0x000FFFFFFFFFFFFF)) | splat<VecU64>(0x3FF0000000000000));
+  const VecD power = tfn::Ln<Accuracy::low>::inverse_power(hi);
+  const VecD u = ((m - tfn::Ln<Accuracy::low>::to_row(m)) + lo * power) * c;
+  return (k * ln2_hi + log) + (u + (u * u * horner(u, -1.0 / 4, 1.0 / 3, -1.0 / 2) + (k * ln2_lo + log_lo)));
+}
+// The angle of the point (x, y), four of them: as Atan2, with rows by a quotient of singles. 2^-38.
+struct FourAngles {
+  VecD low, high;
+};
+QOR_INLINE FourAngles single_angles(VecD y_low, VecD y_high, VecD x_low, VecD x_high) {
+  using namespace simd;
+  const VecF quotient = abs(narrow(y_low, y_high)) / abs(narrow(x_low, x_high));
+  const VecF z = min(max(quotient, splat<VecF>(float(arc_lowest<double>))), splat<VecF>(64));
+  const InMemory<VecF> copy(z);
+  constexpr int log2_row = 5, shift = 23 - ArcTraits<double>::log2_parts - log2_row;
+  constexpr std::uint32_t row_bytes = 1 << log2_row;
+  constexpr std::uint32_t row_0 = ((127 + arc_first_octave) << ArcTraits<double>::log2_parts) - 1;
+  const auto half = [&](VecD y, VecD x, int first) {
+    const auto [hi, lo, u, v] =
+        gather_rows<4>(&atan_table<double>[0].hi, [&](int lane) {
+          return (numeric::high_word(copy + (first + lane)) >> shift & ~(row_bytes - 1)) - row_0 * row_bytes;
+        }).column;
+    const VecD ax = abs(x), ay = abs(y);
+    const VecU64 negative = lt(x, VecD{}), turn = negative & sign_bit<VecD>;
+    const VecD r = (ay * u - ax * v) / (ax * u + ay * v), r2 = r * r;
+    const VecD arc = hi + (r + r * r2 * horner(r2, 1.0 / 5, -1.0 / 3));
+    return flip_sign(where<VecD>(negative, pi.hi) + flip_sign(arc, turn), sign(y));
+  };
+  return {half(y_low, x_low, 0), half(y_high, x_high, 2)};
+}
+
 template <class T, Accuracy A, bool Decimal>
 struct Logarithm : Bounds<T, A> {
-  using Number = double;
+  static constexpr bool native = sizeof(T) == 4 && A == Accuracy::low;  // in single precision
+  using Number = std::conditional_t<native, float, double>;
   static constexpr int inputs = 1;
   static constexpr double filler = 1.5;
   static constexpr Grade G = grade<T, A>;
   static constexpr Accuracy level = G == Grade::high ? Accuracy::high : Accuracy::low;
   static constexpr double bias = 0x1p52 + 1023;
 
-  static void run(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
-    squares(z, r, usual, n);
-    logarithms(r, n);
-    angles(z, r, usual, n);
+  static void run(const Numbers<Number>& z, Numbers<Number>& r, Usual<Number>& usual, int n) {
+    if constexpr (native) {
+      in_singles(z, r, usual, n);
+      rest_in_doubles<Logarithm<T, Accuracy::high, Decimal>>(z, r, usual, n);
+    } else {
+      squares(z, r, usual, n);
+      logarithms(r, n);
+      angles(z, r, usual, n);
+    }
   }
 
   static int element(double x, double y, double* r) {
@@ -118,11 +166,25 @@ struct Logarithm : Bounds<T, A> {
   }
 
  private:
+  [[gnu::noinline]] static void in_singles(const Numbers<float>& z, Numbers<float>& r, Usual<float>& usual, int n) {
+    using namespace simd;
+    constexpr float factor = Decimal ? float(log10_e.hi) : 1.0f;
+    for (int i = 0; i < n; i += lanes<VecF>) {
+      const VecF x = z.re(i), y = z.im(i);
+      const SquareOfSize<VecF> s = square_of_size<Grade::low>(x, y);
+      VecF angle;
+      VecU32 good;
+      tfn::Atan2<Accuracy::low>::fast(y, x, nullptr, &angle, good);
+      r.re.set(i, tfn::Ln<Accuracy::low>::low_single(s.hi, s.lo) * (factor / 2));
+      r.im.set(i, Decimal ? angle * factor : angle);
+      usual.set(i, good & le(splat<VecF>(0x1p-90f), s.hi) & le(s.hi, splat<VecF>(0x1p120f)));
+    }
+  }
   // In r: hi and lo of the square. Usual: it has all its bits, of 1 less it too.
   [[gnu::noinline]] static void squares(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
     using namespace simd;
     for (int i = 0; i < n; i += lanes<VecD>) {
-      const SquareOfSize s = square_of_size<G>(z.re(i), z.im(i));
+      const SquareOfSize<VecD> s = square_of_size<G>(z.re(i), z.im(i));
       r.re.set(i, s.hi);
       r.im.set(i, s.lo);
       VecU64 good = le(splat<VecD>(0x1p-900), s.hi) & le(s.hi, splat<VecD>(0x1p1000));
@@ -139,24 +201,36 @@ struct Logarithm : Bounds<T, A> {
   }
   [[gnu::noinline]] static void logarithms(Numbers<double>& r, int n) {
     for (int i = 0; i < n; i += simd::lanes<VecD>) {
-      r.re.set(i, logarithm(r.re(i), r.re.at + i, simd::splat<VecD>(bias), r.im(i)) * 0.5);
+      if constexpr (G == Grade::single) {
+        r.re.set(i, single_logarithm(r.re(i), r.re.at + i, r.im(i)) * (Decimal ? log10_e.hi / 2 : 0.5));
+      } else {
+        r.re.set(i, logarithm(r.re(i), r.re.at + i, simd::splat<VecD>(bias), r.im(i)) * 0.5);
+      }
     }
   }
   [[gnu::noinline]] static void angles(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
     using namespace simd;
-    using Core = tfn::Atan2<level>;
-    for (int i = 0; i < n; i += lanes<VecD>) {
-      VecU64 good;
-      VecD angle;
-      if constexpr (Decimal && G == Grade::high) {
-        const Split parts = complex::angle(z.im(i), z.re(i), good);
-        angle = with_sign(product(parts, Split{splat<VecD>(log10_e_hi), splat<VecD>(log10_e_lo)}), sign(z.im(i)));
-      } else {
-        Core::finish(Core::begin(z.im(i), z.re(i)), &angle, good);
-        if constexpr (Decimal) angle = angle * log10_e.hi;
+    if constexpr (G == Grade::single) {
+      for (int i = 0; i < n; i += 4) {
+        const auto [low, high] = single_angles(z.im(i), z.im(i + 2), z.re(i), z.re(i + 2));
+        r.im.set(i, Decimal ? low * log10_e.hi : low);
+        r.im.set(i + 2, Decimal ? high * log10_e.hi : high);
       }
-      r.im.set(i, angle);
-      usual.keep(i, good);
+    } else {
+      using Core = tfn::Atan2<level>;
+      for (int i = 0; i < n; i += lanes<VecD>) {
+        VecU64 good;
+        VecD angle;
+        if constexpr (Decimal && G == Grade::high) {
+          const Split parts = complex::angle(z.im(i), z.re(i), good);
+          angle = with_sign(product(parts, Split{splat<VecD>(log10_e_hi), splat<VecD>(log10_e_lo)}), sign(z.im(i)));
+        } else {
+          Core::finish(Core::begin(z.im(i), z.re(i)), &angle, good);
+          if constexpr (Decimal) angle = angle * log10_e.hi;
+        }
+        r.im.set(i, angle);
+        usual.keep(i, good);
+      }
     }
   }
 

@@ -51,6 +51,7 @@ class Usual {
     for (int k = 0; k < n / width; ++k) lanes_[k] &= other.lanes_[k];
   }
   QOR_INLINE bool all(int i) const { return lanes_[i / width] == simd::all_lanes<simd::Vec<T>>; }
+  void add(int i) { lanes_[i / width] |= static_cast<unsigned char>(1 << i % width); }
   bool operator()(int i) const { return (lanes_[i / width] >> i % width & 1) != 0; }
 
  private:
@@ -206,6 +207,31 @@ struct Bounds {
   static constexpr double size_bound = A == Accuracy::high ? 1.0 : 4.0;
   static constexpr double part_bound = A == Accuracy::high ? 4.0 : std::numeric_limits<double>::infinity();
 };
+
+// The numbers of a kernel in single precision that aren't usual, once more by Wide, which works in double precision.
+template <class Wide>
+QOR_COLD void again_in_doubles(const Numbers<float>& z, Numbers<float>& r, Usual<float>& usual, int n) {
+  Numbers<double> x, y;
+  Usual<double> good;
+  for (int i = 0; i < n; ++i) {
+    x.re.at[i] = z.re.at[i];
+    x.im.at[i] = z.im.at[i];
+  }
+  Wide::run(x, y, good, n);
+  for (int i = 0; i < n; ++i) {
+    if (usual(i) || !good(i)) continue;
+    r.re.at[i] = static_cast<float>(y.re.at[i]);
+    r.im.at[i] = static_cast<float>(y.im.at[i]);
+    usual.add(i);
+  }
+}
+template <class Wide>
+QOR_INLINE void rest_in_doubles(const Numbers<float>& z, Numbers<float>& r, Usual<float>& usual, int n) {
+  bool all = true;
+  for (int i = 0; i < n; i += simd::lanes<simd::VecF>) all = all && usual.all(i);
+  if (!all) [[unlikely]]
+    again_in_doubles<Wide>(z, r, usual, n);
+}
 
 template <class K, class T>
 QOR_INLINE void map(const char* name, int n, const T* a, T* r) {

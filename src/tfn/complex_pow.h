@@ -17,42 +17,57 @@
 
 namespace qor::tfn::complex {
 
-// ln |x + iy|, the head of 26 bits, for squares that neither overflow nor vanish; the part 2^added was taken out of x
-// and y before.
-QOR_INLINE Split log_of_size(VecD x, VecD y, double added) {
+// x^2 + y^2, 2^-79 of it.
+QOR_INLINE Pair<VecD> square_in_parts(VecD x, VecD y) {
   using namespace simd;
-  using numeric::quick_two_sum;
   const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
-  const VecD a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
-  const VecD b_more = (b + smaller) * b_rest;  // smaller^2 - b^2
-  const auto squares = quick_two_sum(a * a, b * b);
-  const auto s = quick_two_sum(squares.hi, squares.lo + ((a + larger) * a_rest + b_more));
-  // With d = larger - 1: 2 d + d^2 + smaller^2.
-  const VecD d = larger - 1.0, e = rounded_half(d);
+  const VecD a = numeric::upper_half(larger), b = numeric::upper_half(smaller);
+  const auto squares = numeric::quick_two_sum(a * a, b * b);
+  const VecD rest = (a + larger) * (larger - a) + (b + smaller) * (smaller - b);
+  return numeric::quick_two_sum(squares.hi, squares.lo + rest);
+}
+// x^2 + y^2 - 1, 2^-79 of the larger of |d| and y^2: with d = larger - 1, 2 d + d^2 + smaller^2.
+[[gnu::noinline]] inline Pair<VecD> square_less_1(VecD x, VecD y) {
+  using namespace simd;
+  const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y)), d = larger - 1.0;
+  const VecD b = numeric::upper_half(smaller), e = numeric::upper_half(d);
   const auto first = numeric::two_sum(d + d, b * b), second = numeric::two_sum(first.hi, e * e);
-  const auto t = quick_two_sum(second.hi, (first.lo + second.lo) + ((e + d) * (d - e) + b_more));
-  const VecU64 close = lt(abs(t.hi), splat<VecD>(0x1p-9)) & eq(splat<VecD>(added), VecD{});
-  const auto far = [&](VecD v) { return as<VecD>(bits(v) & ~close); };
-
-  const auto [k, u, hi, lo, c] = log_reduce(s.hi, LowHalves<VecU64>(bits(s.hi) >> 36), &ln_exact_table[0].hi,
-                                            splat<VecD>(0x1p52 + 1023 - 2 * added));
-  const VecD v = s.lo * tfn::Ln<Accuracy::high>::inverse_power(s.hi) * c;
-  const LnParts parts = ln_parts(far(k), select(close, t.hi, u), far(hi), far(lo), select(close, t.lo, v));
+  const VecD rest = (e + d) * (d - e) + (b + smaller) * (smaller - b);
+  return numeric::quick_two_sum(second.hi, (first.lo + second.lo) + rest);
+}
+// ln |x + iy| from its square s, the head of 26 bits; 2^added was taken out of x and y before.
+QOR_INLINE Split log_of_size(Pair<VecD> s, VecD x, VecD y, double added) {
+  using namespace simd;
+  auto [k, u, hi, lo, c] = log_reduce(s.hi, LowHalves<VecU64>(bits(s.hi) >> 36), &ln_exact_table[0].hi,
+                                      splat<VecD>(0x1p52 + 1023 - 2 * added));
+  VecD v = s.lo * tfn::Ln<Accuracy::high>::inverse_power(s.hi) * c;
+  const VecU64 close = lt(abs(s.hi - 1.0), splat<VecD>(0x1p-9));
+  if (added == 0 && lanes_set(close) != 0) [[unlikely]] {
+    const Pair<VecD> t = square_less_1(x, y);
+    const auto far = [&](VecD w) { return as<VecD>(bits(w) & ~close); };
+    k = far(k);
+    hi = far(hi);
+    lo = far(lo);
+    u = select(close, t.hi, u);
+    v = select(close, t.lo, v);
+  }
+  const LnParts parts = ln_parts(k, u, hi, lo, v);
   return {parts.hi * 0.5, parts.lo * 0.5};
 }
 
 template <class T, Accuracy A>
-struct Pow : Bounds<T, A> {
+struct Pow {
   using Number = double;
   static constexpr int inputs = 2;
   static constexpr double filler = 1.5;
   static constexpr Grade G = grade<T, A>;
+  static constexpr double size_bound = Bounds<T, A>::size_bound, part_bound = endless;
 
   static void run(const Numbers<double>& z, const Numbers<double>& w, Numbers<double>& r, Usual<double>& usual, int n) {
     if constexpr (G == Grade::single) {
       Numbers<double> log;
       Usual<double> log_usual;
-      Ln<T, A>::run(z, log, log_usual, n);
+      Ln<T, Accuracy::high>::run(z, log, log_usual, n);
       multiply(w, log, n);
       Exp<T, A>::run(log, r, usual, n);
       usual.keep_all(log_usual, n);
@@ -98,7 +113,8 @@ struct Pow : Bounds<T, A> {
   [[gnu::noinline]] static void logarithms(const Numbers<double>& z, Logarithms& log, Usual<double>& usual, int n) {
     using namespace simd;
     for (int i = 0; i < n; i += lanes<VecD>) {
-      const Split size = log_of_size(z.re(i), z.im(i), 0);
+      const VecD x = z.re(i), y = z.im(i);
+      const Split size = log_of_size(square_in_parts(x, y), x, y, 0);
       log.size.head.set(i, size.head);
       log.size.tail.set(i, size.tail);
     }
@@ -121,7 +137,11 @@ struct Pow : Bounds<T, A> {
       const Split size = load(log.size, i), arc = load(log.angle, i);
       const auto value = [](VecD first, VecD second, VecD rest) {
         const auto both = numeric::two_sum(first, second);
-        return numeric::quick_two_sum(both.hi, both.lo + rest);
+        if constexpr (G == Grade::low) {
+          return Pair<VecD>{both.hi, both.lo + rest};
+        } else {
+          return numeric::quick_two_sum(both.hi, both.lo + rest);
+        }
       };
       const auto re = value(wx_head * size.head, -(wy_head * arc.head),
                             (wx_tail * size.head + wx * size.tail) - (wy_tail * arc.head + wy * arc.tail));
@@ -204,7 +224,7 @@ struct Pow : Bounds<T, A> {
       log.power -= 1;
       return;
     }
-    const Split s = log_of_size(splat<VecD>(a), splat<VecD>(b), power);
+    const Split s = log_of_size(square_in_parts(splat<VecD>(a), splat<VecD>(b)), splat<VecD>(a), splat<VecD>(b), power);
     log = {s.head[0], s.tail[0], 0};
   }
   // e^(p + iq).

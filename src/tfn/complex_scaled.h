@@ -51,7 +51,9 @@ QOR_INLINE Scaled scaled_exp(double x) {
   // 1024 ln 2 less, which is exact in the first part: the reduction holds for |x| < 2^10.
   const double far = x > 900 ? 1024 : x < -900 ? -1024 : 0;
   ExpReduced at = exp_reduce(simd::splat<VecD>(x - far * ln2_hi), simd::splat<VecD>(-far * ln2_lo));
-  const double rows = at.shifted[0] - exp_shift, octaves = std::floor(rows / exp_rows);
+  // Whole numbers of rows, a little less than half an octave off and rounded: whole octaves below.
+  const double rows = at.shifted[0] - exp_shift;
+  const double octaves = (rows / exp_rows - 255.0 / 512 + exp_shift) - exp_shift;
   at.shifted -= octaves * exp_rows;
   const ExpParts e = exp_parts<Accuracy::high>(at);
   const Pair<double> sum = numeric::quick_two_sum(e.value[0], e.value[0] * e.rest[0]);
@@ -66,7 +68,7 @@ inline void scaled_sincos(double x, ScaledWave& y) {
   using namespace simd;
   if (std::fabs(x) < 0x1p-30) {  // x^2/6 is below 2^-62
     y = {{x * 0x1p600, 0, -600}, {1, 0, 0}};
-    if (std::fabs(x) > 0x1p-600) y.sine = {x, 0, 0};
+    if (std::fabs(x) > 0x1p-300) y.sine = {x, 0, 0};
     return;
   }
   std::uint64_t k;

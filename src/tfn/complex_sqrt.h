@@ -3,7 +3,8 @@
 // functions, 1987).
 // - double _HA: |z|, t and the quotient in two parts: 0.51 ulp each part.
 // - double _50: each rounded.
-// - singles: in double precision.
+// - single _HA: in double precision.
+// - single _21: as double _50, in single precision.
 // Numbers whose squares would overflow or lose bits are scaled by powers of four (T. E. Hull, T. F. Fairgrieve, P. T. P.
 // Tang, ACM TOMS 20, 1994).
 #pragma once
@@ -16,14 +17,16 @@
 namespace qor::tfn::complex {
 
 // The larger and the smaller part, and the square of |z|.
+template <class V>
 struct ComplexRoot {
-  VecD larger, smaller, square;
+  V larger, smaller, square;
 };
-template <Grade G>
-QOR_INLINE ComplexRoot complex_root(VecD x, VecD y) {
+template <Grade G, class V>
+QOR_INLINE ComplexRoot<V> complex_root(V x, V y) {
   using namespace simd;
-  const VecD ax = abs(x), ay = abs(y);
-  VecD square;
+  using T = lane_t<V>;
+  const V ax = abs(x), ay = abs(y);
+  V square;
   if constexpr (G == Grade::high) {
     const auto size = Hypot<Accuracy::high>::core(x, y, square);
     // 2 t^2 = |z| + |x|, then t, and what is left of it.
@@ -37,30 +40,35 @@ QOR_INLINE ComplexRoot complex_root(VecD x, VecD y) {
     return {t + tail, first + left * inverse, square};
   } else {
     square = x * x + y * y;
-    const VecD t = sqrt((sqrt(square) + ax) * 0.5);
+    const V t = sqrt((sqrt(square) + ax) * T(0.5));
     return {t, ay / (t + t), square};
   }
 }
 
 template <class T, Accuracy A>
 struct Sqrt : Bounds<T, A> {
-  using Number = double;
+  static constexpr bool native = sizeof(T) == 4 && A == Accuracy::low;  // in single precision
+  using Number = std::conditional_t<native, float, double>;
   static constexpr int inputs = 1;
   static constexpr double filler = 1;
   static constexpr Grade G = grade<T, A>;
 
-  static void run(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
+  static void run(const Numbers<Number>& z, Numbers<Number>& r, Usual<Number>& usual, int n) {
     using namespace simd;
-    for (int i = 0; i < n; i += lanes<VecD>) {
-      const VecD x = z.re(i), y = z.im(i);
-      const ComplexRoot v = complex_root<G>(x, y);
-      const VecU64 right = ~lt(x, VecD{});
+    using V = Vec<Number>;
+    constexpr Number least = native ? Number(0x1p-90) : Number(0x1p-900),
+                     most = native ? Number(0x1p120) : Number(0x1p1000);
+    for (int i = 0; i < n; i += lanes<V>) {
+      const V x = z.re(i), y = z.im(i);
+      const ComplexRoot<V> v = complex_root<G>(x, y);
+      const Bits<V> right = ~lt(x, V{});
       r.re.set(i, select(right, v.larger, v.smaller));
       r.im.set(i, with_sign(select(right, v.smaller, v.larger), sign(y)));
-      VecU64 good = le(splat<VecD>(0x1p-900), v.square) & le(v.square, splat<VecD>(0x1p1000));
-      if constexpr (G == Grade::high) good &= le(splat<VecD>(0x1p-960), v.smaller) | eq(y, VecD{});
+      Bits<V> good = le(splat<V>(least), v.square) & le(v.square, splat<V>(most));
+      if constexpr (G == Grade::high) good &= le(splat<V>(0x1p-960), v.smaller) | eq(y, V{});
       usual.set(i, good);
     }
+    if constexpr (native) rest_in_doubles<Sqrt<T, Accuracy::high>>(z, r, usual, n);
   }
 
   static int element(double x, double y, double* r) {
@@ -77,8 +85,8 @@ struct Sqrt : Bounds<T, A> {
     if (power == -1023) power -= 52;
     power -= power & 1;
     const double ay = std::fabs(y);
-    const ComplexRoot v = complex_root<Grade::high>(simd::splat<VecD>(times_power(x, -power)),
-                                                    simd::splat<VecD>(times_power(ay, -power)));
+    const ComplexRoot<VecD> v = complex_root<Grade::high>(simd::splat<VecD>(times_power(x, -power)),
+                                                          simd::splat<VecD>(times_power(ay, -power)));
     const double t = v.larger[0];
     double smaller = times_power(v.smaller[0], power / 2);
     // A small y may have vanished from the scaled number, or the quotient lost bits.

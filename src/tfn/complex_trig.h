@@ -44,7 +44,10 @@ QOR_INLINE VecD product(VecD a, VecD b) { return a * b; }
 QOR_INLINE VecD head(Split a) { return a.head; }
 QOR_INLINE VecD head(VecD a) { return a; }
 // v with the sign bits s instead of its own.
-QOR_INLINE VecD with_sign(VecD v, VecU64 s) { return simd::as<VecD>(simd::bits(simd::abs(v)) | s); }
+template <class V>
+QOR_INLINE V with_sign(V v, simd::Bits<V> s) {
+  return simd::as<V>(simd::bits(simd::abs(v)) | s);
+}
 
 template <Grade G>
 struct Waves {

@@ -143,7 +143,7 @@ std::vector<ComplexMember<T>> complex_members() {
 }
 
 // Errors of one result, in units in the last place of the exact one's size, and of its parts, the worse of the two.
-// Where a part of the exact result can't be represented, an infinity of its sign is no error.
+// Where a part of the exact result can't be represented, an infinity of its sign is no error, and the size has none.
 struct ComplexError {
   double size = 0, part = 0;
 };
@@ -158,22 +158,25 @@ ComplexError complex_error(const T* got, QuadComplex exact) {
   const Quad part[2] = {crealq(exact), cimagq(exact)};
   Quad square = 0, size = 0;
   ComplexError e;
-  bool beyond = false;
+  int beyond = 0;
   for (int k = 0; k < 2; ++k) {
     const Quad most = static_cast<Quad>(L::max()) * (1 - static_cast<Quad>(L::epsilon()) * 4);
     if (isnanq(part[k]) || std::isnan(got[k])) return {HUGE_VAL, HUGE_VAL};
-    if (std::isinf(got[k]) || fabsq(part[k]) > L::max()) {
-      const bool right = (part[k] < 0) == std::signbit(got[k]) && fabsq(part[k]) > most && std::fabs(got[k]) > most;
-      if (!right) return {HUGE_VAL, HUGE_VAL};
-      beyond = true;
-      continue;
+    if (fabsq(part[k]) > most && std::fabs(got[k]) > most) {
+      const bool wrong = (part[k] < 0) != std::signbit(got[k]);
+      if (wrong) e.part = HUGE_VAL;
+      if (wrong && fabsq(part[k]) > fabsq(part[1 - k]) * 0x1p-20Q) e.size = HUGE_VAL;
+      ++beyond;
+    } else if (std::isinf(got[k]) || fabsq(part[k]) > L::max()) {
+      e.part = HUGE_VAL;
+    } else {
+      const Quad off = fabsq(got[k] - part[k]);
+      square += off / L::max() * (off / L::max());
+      size = hypotq(size, part[k]);
+      e.part = std::max(e.part, static_cast<double>(off / unit(part[k])));
     }
-    const Quad off = fabsq(got[k] - part[k]);
-    square += off / L::max() * (off / L::max());
-    size = hypotq(size, part[k]);
-    e.part = std::max(e.part, static_cast<double>(off / unit(part[k])));
   }
-  e.size = beyond ? 0 : static_cast<double>(sqrtq(square) * L::max() / unit(size));
+  if (beyond == 0) e.size = e.part < HUGE_VAL ? static_cast<double>(sqrtq(square) * L::max() / unit(size)) : HUGE_VAL;
   return e;
 }
 

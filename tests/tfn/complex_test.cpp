@@ -224,6 +224,34 @@ TYPED_TEST(ComplexKernels, KeepTheirSymmetriesInEveryBit) {
   }
 }
 
+// Finite numbers have results, infinite ones where they are too large, or are reported: powers with exponents beyond all
+// accuracy too.
+TYPED_TEST(ComplexKernels, GiveNumbersForNumbersOrReport) {
+  using T = TypeParam;
+  for (const auto& m : complex_members<T>()) {
+    Draw<T> draw(9);
+    constexpr int n = 3000;
+    std::vector<T> a, b, y(2 * n);
+    for (int i = 0; i < 2 * n; ++i) {
+      a.push_back(finite_pattern(draw));
+      b.push_back(m.scalar ? T(-2.5) : finite_pattern(draw));
+    }
+    reported.clear();
+    m.run(n, a.data(), b.data(), y.data());
+    std::size_t next = 0;
+    for (int i = 0; i < n; ++i) {
+      const bool bad = next < reported.size() && reported[next].index == i;
+      if (bad) ++next;
+      for (const auto k : {static_cast<std::size_t>(2 * i), static_cast<std::size_t>(2 * i + 1)}) {
+        EXPECT_TRUE(!std::isnan(y[k]) && (bad || std::isfinite(y[k])))
+            << m.name << std::hexfloat << ' ' << a[k / 2 * 2] << ' ' << a[k / 2 * 2 + 1] << ", " << b[k / 2 * 2] << ' '
+            << b[k / 2 * 2 + 1] << ": " << y[k];
+      }
+    }
+    EXPECT_EQ(next, reported.size());
+  }
+}
+
 // Powx has the bits of Pow.
 TYPED_TEST(ComplexKernels, GivePowxTheBitsOfPow) {
   using T = TypeParam;
