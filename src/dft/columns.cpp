@@ -10,13 +10,6 @@ using fft::Complex;
 using fft::lane_t;
 using fft::Split;
 
-// A value that stays in its register: used twice, the compiler would rather load it twice, and loads are what is scarce.
-template <class V>
-QOR_INLINE V held(V v) {
-  asm("" : "+x"(v));
-  return v;
-}
-
 // R rows of the caller's array, `step` reals apart: pairs of real and imaginary parts. The inverse exchanges the parts.
 // Here the columns are side by side.
 template <class V, bool Inverse>
@@ -26,7 +19,7 @@ struct Beside {
   QOR_INLINE void next() { p += 2 * simd::lanes<V>; }
   QOR_INLINE Complex<V> load(int r) const {
     const lane_t<V>* const q = p + r * step;
-    const V a = held(simd::load<V>(q)), b = held(simd::load<V>(q + simd::lanes<V>));
+    const V a = simd::held(simd::load<V>(q)), b = simd::held(simd::load<V>(q + simd::lanes<V>));
     const V even = simd::evens(a, b), odd = simd::odds(a, b);
     return Inverse ? Complex<V>{odd, even} : Complex<V>{even, odd};
   }
@@ -47,8 +40,8 @@ struct Apart {
   QOR_INLINE void next() { p += 2 * half * across; }
   QOR_INLINE Complex<V> load(int r) const {
     const lane_t<V>* const q = p + r * step;
-    const V a = held(simd::load_pairs<V>(q, q + across));
-    const V b = held(simd::load_pairs<V>(q + half * across, q + (half + 1) * across));
+    const V a = simd::held(simd::load_pairs<V>(q, q + across));
+    const V b = simd::held(simd::load_pairs<V>(q + half * across, q + (half + 1) * across));
     const V even = simd::evens(a, b) * simd::splat<V>(scale), odd = simd::odds(a, b) * simd::splat<V>(scale);
     return Inverse ? Complex<V>{odd, even} : Complex<V>{even, odd};
   }
@@ -66,7 +59,7 @@ struct Inside {
   std::ptrdiff_t step;
   QOR_INLINE void next() { p += 2 * simd::lanes<V>; }
   QOR_INLINE V* row(int r) const { return reinterpret_cast<V*>(p + r * step); }
-  QOR_INLINE Complex<V> load(int r) const { return {held(row(r)[0]), held(row(r)[1])}; }
+  QOR_INLINE Complex<V> load(int r) const { return {simd::held(row(r)[0]), simd::held(row(r)[1])}; }
   QOR_INLINE void store(int r, Complex<V> x) const {
     row(r)[0] = x.re;
     row(r)[1] = x.im;

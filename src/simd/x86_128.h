@@ -248,12 +248,6 @@ QOR_INLINE Bits<V> alternating_signs(int odd) {
   for (int i = odd; i < lanes<V>; i += 2) s[i] = sign_bit<V>;
   return s;
 }
-// v in a register. The compiler takes a value that is used twice from memory twice, and loads are scarcer than moves.
-template <class V>
-QOR_INLINE V held(V v) {
-  asm("" : "+x"(v));
-  return v;
-}
 // lanes vectors as the rows of a matrix, transposed in place.
 QOR_INLINE void transpose(VecD* v) {
   const VecD a = v[0], b = v[1];
