@@ -141,6 +141,16 @@ QOR_INLINE Complex<V> turned(Complex<V> a) {
     return {a.re * c + a.im * s, a.im * c - a.re * s};
   }
 }
+// c + i s as the product with Packed takes it.
+template <class V>
+QOR_INLINE Complex<V> constant_factor(lane_t<V> c, lane_t<V> s) {
+  Complex<V> w;
+  for (int i = 0; i < lanes<V>; ++i) {
+    w.re[i] = c;
+    w.im[i] = i % 2 == 0 ? -s : s;
+  }
+  return w;
+}
 template <int K, int N, class V, bool I>
 QOR_INLINE Packed<V, I> turned(Packed<V, I> a) {
   using T = lane_t<V>;
@@ -149,12 +159,8 @@ QOR_INLINE Packed<V, I> turned(Packed<V, I> a) {
     return a;
   } else if constexpr (4 * k == N) {
     return quarter(a);
-  } else if constexpr (8 * k == N) {
-    return (a + quarter(a)) * splat<V>(cos_of<T, 1, 8>);
-  } else if constexpr (8 * k == 3 * N) {
-    return (quarter(a) - a) * splat<V>(cos_of<T, 1, 8>);
   } else {
-    return a * splat<V>(cos_of<T, k, N>) + quarter(a) * splat<V>(sin_of<T, k, N>);
+    return a * constant_factor<V>(cos_of<T, k, N>, -sin_of<T, k, N>);
   }
 }
 

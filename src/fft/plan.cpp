@@ -36,10 +36,13 @@ constexpr const char* split_passes[] = {nullptr, nullptr, "2",   "3",   "22",   
                                         "323",   "324",   "244", "344", "2442", "3442", "3344", "3444"};
 constexpr int most_at_once = 15;
 
-template <int R, bool Inverse, class T>
+template <int R, bool Inverse, bool Scaled, class T>
 void single_butterfly(const T* src, T* dst, const T& scale) {
   using V = simd::Vec<T>;
-  first_rows<R, V, Inverse>(Turns<V, Inverse>{const_cast<T*>(src)}, scale, Turns<V, Inverse>{dst}, 1);
+  using C = Packed<V, Inverse>;
+  const Turns<V, Inverse, true> in{const_cast<T*>(src)}, out{dst};
+  const auto load = [&](int i) { return Scaled ? in.load(i) * splat<V>(scale) : in.load(i); };
+  transform<C, R>(load, [&](int u, C y) { out.store(u, y); });
 }
 
 }  // namespace
@@ -48,6 +51,7 @@ template <class T>
 Plan<T>::~Plan() {
   destroy(convolution_);
   destroy(blocked_);
+  destroy(power_);
 }
 
 template <class T>
@@ -103,6 +107,19 @@ int Plan<T>::make(int n) {
     work_ = blocked_->work_size();
     return 0;
   }
+  if ((n & (n - 1)) == 0 && n >= 8) {
+    int order = 0;
+    while (n >> order > 1) ++order;
+    if (const auto* all = Power<T>::whole(order)) {
+      for (const int d : {0, 1}) {
+        for (const int s : {0, 1}) single_[d][s] = (*all)[d][s];
+      }
+    } else {
+      power_ = create<Power<T>>();
+      if (power_ == nullptr || power_->make(order) != 0) return no_memory;
+      work_ = power_->work_size();
+    }
+  }
   int rough = rough_part(n, largest_prime);
   if (rough > 1) {
     if (!is_prime(rough)) rough = n;
@@ -113,9 +130,13 @@ int Plan<T>::make(int n) {
   if (n > 1 && n <= largest_radix && convolution_ == nullptr) {
     unrolled<largest_radix - 1>([&](auto i) {
       constexpr int R = i + 2;
-      if (n != R) return;
-      single_[0] = single_butterfly<R, false, T>;
-      single_[1] = single_butterfly<R, true, T>;
+      if constexpr (R != 8 && R != 16) {
+        if (n != R) return;
+        single_[0][0] = single_butterfly<R, false, false, T>;
+        single_[0][1] = single_butterfly<R, false, true, T>;
+        single_[1][0] = single_butterfly<R, true, false, T>;
+        single_[1][1] = single_butterfly<R, true, true, T>;
+      }
     });
     return 0;
   }
@@ -140,7 +161,7 @@ int Plan<T>::make(int n) {
     }
   }
   const std::size_t arrays = count_ > 2 ? 2 : count_ == 2 ? 1 : 0;
-  work_ = arrays * array_size() + (convolution_ != nullptr ? convolution_->work_size() : 0);
+  work_ = std::max(work_, arrays * array_size() + (convolution_ != nullptr ? convolution_->work_size() : 0));
   return 0;
 }
 
