@@ -9,13 +9,6 @@
 
 namespace qor::fft {
 
-// x, of which the compiler knows nothing: it neither computes multiples ahead nor keeps what x points to in registers.
-template <class X>
-QOR_INLINE X opaque(X x) {
-  asm("" : "+r"(x));
-  return x;
-}
-
 // The sign bits that multiply by -i and by i after an exchange of parts, and sqrt(1/2); then the factors between the two
 // steps, as products take them, for frequency u of the first step and column b of the second. With Spread the values of
 // a register are for u, u + 1, ..., otherwise they have the same u.
@@ -120,20 +113,6 @@ struct Small<K, 8> {
     d[3] = kit.three_eighths(d[3]);
     d[2] = kit.quarter(d[2]);
     Small<K, 4>::run(kit, [&](int b) { return d[b]; }, [&](int v, auto x) { put(2 * v + 1, x); });
-  }
-};
-
-// R pointers or, for the compiler, few registers: p, p + s, p + 2 s, p + 3 s and the same four steps on.
-template <class T>
-struct Line {
-  T* p;
-  int s, s3;  // in bytes
-  QOR_INLINE Line(T* start, int stride) : p(start), s(opaque(stride)), s3(opaque(3 * stride)) {}
-  QOR_INLINE T* at(int i) const {
-    char* q = reinterpret_cast<char*>(const_cast<std::remove_const_t<T>*>(p));
-    if (i >= 4) q = opaque(q + 4 * s);
-    i %= 4;
-    return reinterpret_cast<T*>(i == 3 ? q + s3 : q + i * s);
   }
 };
 

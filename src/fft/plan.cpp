@@ -7,9 +7,24 @@
 namespace qor::fft {
 namespace {
 
-// Calls f with the radix as a constant.
-template <class F>
+// Calls f with the radix, one of a first pass or of a later one, as a constant.
+template <bool First, class F>
 QOR_INLINE void with_radix(int radix, F f) {
+  if constexpr (First) {
+    switch (radix) {
+#define QOR_FFT_RADIX(R)                        \
+  case R:                                       \
+    return f(std::integral_constant<int, R>{});
+      QOR_FFT_RADIX(6)
+      QOR_FFT_RADIX(10)
+      QOR_FFT_RADIX(12)
+      QOR_FFT_RADIX(14)
+      QOR_FFT_RADIX(15)
+#undef QOR_FFT_RADIX
+      default:
+        break;
+    }
+  }
   switch (radix) {
 #define QOR_FFT_RADIX(R)                 \
   case R:                                \
@@ -34,7 +49,14 @@ QOR_INLINE void with_radix(int radix, F f) {
 // Passes of a power of two in the split layout, each digit the order of a radix. Found by measuring all.
 constexpr const char* split_passes[] = {nullptr, nullptr, "2",   "3",   "22",   "32",   "33",   "34",
                                         "323",   "324",   "244", "344", "2442", "3442", "3344", "3444"};
-constexpr int most_at_once = 15;
+
+// Radices of the passes after the first for n without large prime factors.
+template <class Add>
+void add_small(int n, Add add) {
+  for (const int r : {16, 8, 4, 2, 13, 11, 9, 7, 5, 3}) {
+    for (; n % r == 0; n /= r) add(r);
+  }
+}
 
 template <int R, bool Inverse, bool Scaled, class T>
 void single_butterfly(const T* src, T* dst, const T& scale) {
@@ -62,28 +84,28 @@ void Plan<T>::choose_passes(int n) {
     m *= radix;
   };
   const int rough = convolution_ == nullptr ? 1 : convolution_->length();
-  int rest = n / rough, twos = 0;
-  for (; rest % 2 == 0; rest /= 2) ++twos;
-  if (rough > 1) add(rough);
-  split_ = rough == 1 && twos >= 2 && n > largest_radix;
-  const auto add_odd = [&] {
-    for (const int r : {13, 11, 9, 7, 5, 3}) {
-      for (; rest % r == 0; rest /= r) add(r);
-    }
-  };
+  split_ = (n & (n - 1)) == 0 && n > largest_radix;
   if (split_) {
-    for (; twos > most_at_once; twos -= 4) {  // further radices 16 go last
-    }
-    const char* digits = split_passes[twos];
-    add(1 << (*digits++ - '0'));
-    add_odd();
-    for (; *digits != 0; ++digits) add(1 << (*digits - '0'));
-    while (m < n) add(16);
+    int twos = 0;
+    while (n >> twos > 1) ++twos;
+    for (const char* digits = split_passes[twos]; *digits != 0; ++digits) add(1 << (*digits - '0'));
+  } else if (rough > 1) {
+    add(rough);
+    add_small(n / rough, add);
   } else {
-    for (const int order : {4, 3, 2, 1}) {
-      for (; twos >= order; twos -= order) add(1 << order);
+    // The first radix may be any, and is the one that leaves the fewest passes.
+    int best = 1, fewest = max_passes;
+    for (int first = 2; first <= largest_radix; ++first) {
+      if (n % first != 0) continue;
+      int count = 1;
+      add_small(n / first, [&](int) { ++count; });
+      if (count <= fewest) {
+        fewest = count;
+        best = first;
+      }
     }
-    add_odd();
+    if (n > 1) add(best);
+    add_small(n / best, add);
   }
   // The caches' lines are few when rows lie a power of two apart.
   gap_ = split_ && (n & (n - 1)) == 0 && static_cast<std::size_t>(n) * sizeof(T) >= 16384 ? 8 : 0;
@@ -169,17 +191,21 @@ template <class T>
 template <bool Inverse, class In, class Last>
 void Plan<T>::run_split_passes(In in, Last last, const T& scale, T* work) const {
   Split<V> x{work}, y{work + array_size()};
-  with_radix(pass_[0].radix, [&](auto R) {
+  with_radix<true>(pass_[0].radix, [&](auto R) {
     if constexpr (R == 4 || R == 8) first_pass<R, V, Inverse>(in, scale, x, pass_[0].rows);
   });
   for (int i = 1; i < count_; ++i) {
     const Pass& p = pass_[i];
     const Split<V> twiddles{twiddles_.get() + p.twiddles};
     if (i + 1 < count_) {
-      with_radix(p.radix, [&](auto R) { pass<R>(x, p.in_gap, y, twiddles, p.m, p.rows); });
+      with_radix<false>(p.radix, [&](auto R) {
+        if constexpr ((R & (R - 1)) == 0) pass<R>(x, p.in_gap, y, twiddles, p.m, p.rows);
+      });
       std::swap(x, y);
     } else {
-      with_radix(p.radix, [&](auto R) { pass<R>(x, p.in_gap, last, twiddles, p.m, p.rows); });
+      with_radix<false>(p.radix, [&](auto R) {
+        if constexpr ((R & (R - 1)) == 0) pass<R>(x, p.in_gap, last, twiddles, p.m, p.rows);
+      });
     }
   }
 }
@@ -197,13 +223,13 @@ void Plan<T>::run_packed_passes(const T* src, T* dst, const T& scale, T* work) c
       convolution_->template run<Inverse>(src + 2 * j, first.rows.count, out(0).p + 2 * j * first.radix, scale, rest);
     }
   } else {
-    with_radix(first.radix,
+    with_radix<true>(first.radix,
                [&](auto R) { first_rows<R, V, Inverse>(A{const_cast<T*>(src)}, scale, out(0), first.rows.count); });
   }
   for (int i = 1; i < count_; ++i) {
     const Pass& p = pass_[i];
     const Split<V> twiddles{twiddles_.get() + p.twiddles};
-    with_radix(p.radix, [&](auto R) { pass<R>(out(i - 1), 0, out(i), twiddles, p.m, p.rows); });
+    with_radix<false>(p.radix, [&](auto R) { pass<R>(out(i - 1), 0, out(i), twiddles, p.m, p.rows); });
   }
 }
 

@@ -32,7 +32,7 @@ class Power {
     First first[2][2];
     Later later[2];
   };
-  static constexpr int most_passes = 6;
+  static constexpr int most_passes = 4;
   static const Kernels& kernels(int radix_order);
   std::size_t array_size() const { return padded(2 * static_cast<std::size_t>((1 << order_) + 32 * gap_)); }
 
