@@ -49,7 +49,7 @@ struct Kit {
     return {opaque(constants<V, A, B, Spread>.sign[0])};
   }
   QOR_INLINE static V multiply(V x, V re, V im) {
-    const V a = x * re, b = simd::swap_pairs(x) * im;
+    const V a = x * re, b = swapped(x) * im;
     return Inverse ? a - b : a + b;
   }
   QOR_INLINE static V times(V x, const T* w) {
@@ -57,7 +57,7 @@ struct Kit {
   }
   // -i x, exp(-i pi/4) x and exp(-3 i pi/4) x (conjugates in the inverse).
   QOR_INLINE V quarter(V x) const {
-    return simd::flip_sign(simd::swap_pairs(x), simd::bits(simd::load_aligned<V>(p + Inverse * L)));
+    return simd::flip_sign(swapped(x), simd::bits(simd::load_aligned<V>(p + Inverse * L)));
   }
   QOR_INLINE V eighth(V x) const { return (x + quarter(x)) * simd::load_aligned<V>(p + 2 * L); }
   QOR_INLINE V three_eighths(V x) const { return (quarter(x) - x) * simd::load_aligned<V>(p + 2 * L); }

@@ -102,15 +102,13 @@ QOR_INLINE V flip_sign(V v, Bits<V> s) {
   return as<V>(bits(v) ^ s);
 }
 
-// Lanes 2k and 2k + 1 exchanged: the parts of complex numbers. Shuffles of words need no copy of their operand before.
+// Lanes 2k and 2k + 1 exchanged: the parts of complex numbers.
 template <class V>
 QOR_INLINE V swap_pairs(V v) {
   if constexpr (lanes<V> == 2) {
-    const VecU32 w = as<VecU32>(v);
-    return as<V>(__builtin_shufflevector(w, w, 2, 3, 0, 1));
+    return __builtin_shufflevector(v, v, 1, 0);
   } else if constexpr (lanes<V> == 4) {
-    const VecU32 w = as<VecU32>(v);
-    return as<V>(__builtin_shufflevector(w, w, 1, 0, 3, 2));
+    return __builtin_shufflevector(v, v, 1, 0, 3, 2);
   } else {
     static_assert(lanes<V> == 8);
     return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);
