@@ -49,7 +49,7 @@ struct Kit {
     return {opaque(constants<V, A, B, Spread>.sign[0])};
   }
   QOR_INLINE static V multiply(V x, V re, V im) {
-    const V a = x * re, b = simd::swap_pairs(x) * im;
+    const V a = x * re, b = swapped(x) * im;
     return Inverse ? a - b : a + b;
   }
   QOR_INLINE static V times(V x, const T* w) {
@@ -57,7 +57,7 @@ struct Kit {
   }
   // -i x, exp(-i pi/4) x and exp(-3 i pi/4) x (conjugates in the inverse).
   QOR_INLINE V quarter(V x) const {
-    return simd::flip_sign(simd::swap_pairs(x), simd::bits(simd::load_aligned<V>(p + Inverse * L)));
+    return simd::flip_sign(swapped(x), simd::bits(simd::load_aligned<V>(p + Inverse * L)));
   }
   QOR_INLINE V eighth(V x) const { return (x + quarter(x)) * simd::load_aligned<V>(p + 2 * L); }
   QOR_INLINE V three_eighths(V x) const { return (quarter(x) - x) * simd::load_aligned<V>(p + 2 * L); }
@@ -108,11 +108,13 @@ struct Small<K, 8> {
       s[b] = x + y;
       d[b] = x - y;
     });
-    Small<K, 4>::run(kit, [&](int b) { return s[b]; }, [&](int v, auto x) { put(2 * v, x); });
+    Small<K, 4>::run(
+        kit, [&](int b) { return s[b]; }, [&](int v, auto x) { put(2 * v, x); });
     d[1] = kit.eighth(d[1]);
     d[3] = kit.three_eighths(d[3]);
     d[2] = kit.quarter(d[2]);
-    Small<K, 4>::run(kit, [&](int b) { return d[b]; }, [&](int v, auto x) { put(2 * v + 1, x); });
+    Small<K, 4>::run(
+        kit, [&](int b) { return d[b]; }, [&](int v, auto x) { put(2 * v + 1, x); });
   }
 };
 
@@ -142,7 +144,8 @@ QOR_INLINE void two_steps(K kit, In in, Out out) {
   decltype(in(0)(0)) t[A][B];
   unrolled<B>([&](auto b) { Small<K, A>::run(kit, in(b), [&](int u, auto x) { t[u][b] = x; }); });
   unrolled<A>([&](auto u) {
-    Small<K, B>::run(kit, [&](int b) { return kit.template turned<A, B, false>(u, b, t[u][b]); }, out(u));
+    Small<K, B>::run(
+        kit, [&](int b) { return kit.template turned<A, B, false>(u, b, t[u][b]); }, out(u));
   });
 }
 // Two steps of `values` rows that become one each: out(h, u) is for the frequencies u, u + 1 .. of row h.
@@ -153,7 +156,8 @@ QOR_INLINE void two_steps_of_rows(K kit, In in, Out out) {
   unrolled<K::values>([&](auto h) {
     unrolled<A / K::values>([&](auto g) {
       constexpr int u = g * K::values;
-      Small<K, B>::run(kit, [&](int b) { return kit.template turned<A, B, true>(u, b, t[h][u][b]); }, out(h, u));
+      Small<K, B>::run(
+          kit, [&](int b) { return kit.template turned<A, B, true>(u, b, t[h][u][b]); }, out(h, u));
     });
   });
 }
@@ -166,7 +170,8 @@ QOR_INLINE void two_steps_of_one(K kit, In in, Out out) {
       [&](auto b) { transposed<A>(kit, in(b * values), [&](int u, int h, auto x) { t[u][b * values + h] = x; }); });
   unrolled<A / values>([&](auto g) {
     constexpr int u = g * values;
-    Small<K, B>::run(kit, [&](int b) { return kit.template turned<A, B, true>(u, b, t[u][b]); }, out(u));
+    Small<K, B>::run(
+        kit, [&](int b) { return kit.template turned<A, B, true>(u, b, t[u][b]); }, out(u));
   });
 }
 
@@ -211,7 +216,7 @@ void first_of_two_steps(const lane_t<V>* src, lane_t<V>* out, const lane_t<V>& s
     for (int j = first; j < first + rows.block; j += K::values) {
       Line<const T> line(src + 2 * j, rows.count * B * pair);
       const auto in = [&](int b) {
-        if (b > 0) line.p = opaque(line.p + 2 * rows.count);
+        if (b > 0) line.move(rows.count * pair);
         return [=](int a) { return scaled<Scaled>(simd::load<V>(line.at(a)), factor); };
       };
       T* const to = out + 2 * (j * R + skipped);
@@ -223,7 +228,7 @@ void first_of_two_steps(const lane_t<V>* src, lane_t<V>* out, const lane_t<V>& s
   }
 }
 
-// Later passes of radix A * B; B = 1: in one step.
+// Later passes of radix A * B.
 template <int A, int B, class V, bool Inverse>
 void later_pass(const lane_t<V>* from, lane_t<V>* to, const Step<lane_t<V>>& step) {
   using T = lane_t<V>;
@@ -240,25 +245,17 @@ void later_pass(const lane_t<V>* from, lane_t<V>* to, const Step<lane_t<V>>& ste
       const T* w = step.twiddles;
       for (const T* const end = in + 2 * m; in != end; in += L, out += L, w += 2 * L * (R - 1)) {
         const auto product = [=](V x, int i) { return i == 0 ? x : K::times(x, w + (i - 1) * 2 * L); };
-        if constexpr (B == 1) {
-          const Line<const T> line(in, in_apart);
-          const Line<T> lines(out, out_apart);
-          Small<K, A>::run(
-              kit, [=](int a) { return product(simd::load_aligned<V>(line.at(a)), a); },
-              [=](int u, V x) { simd::store<V>(lines.at(u), x); });
-        } else {
-          Line<const T> line(in, B * in_apart);
-          Line<T> lines(out, A * out_apart);
-          const auto load = [&](int b) {
-            if (b > 0) line.p = opaque(reinterpret_cast<const T*>(reinterpret_cast<const char*>(line.p) + in_apart));
-            return [=](int a) { return product(simd::load_aligned<V>(line.at(a)), b * A + a); };
-          };
-          const auto store = [&](int u) {
-            if (u > 0) lines.p = opaque(reinterpret_cast<T*>(reinterpret_cast<char*>(lines.p) + out_apart));
-            return [=](int v, V x) { simd::store<V>(lines.at(v), x); };
-          };
-          two_steps<A, B>(kit, load, store);
-        }
+        Line<const T> line(in, B * in_apart);
+        Line<T> lines(out, A * out_apart);
+        const auto load = [&](int b) {
+          if (b > 0) line.move(in_apart);
+          return [=](int a) { return product(simd::load_aligned<V>(line.at(a)), b * A + a); };
+        };
+        const auto store = [&](int u) {
+          if (u > 0) lines.move(out_apart);
+          return [=](int v, V x) { simd::store<V>(lines.at(v), x); };
+        };
+        two_steps<A, B>(kit, load, store);
       }
     }
   }

@@ -77,9 +77,16 @@ struct Line {
   int s, s3;  // in bytes
   QOR_INLINE Line(T* start, int stride) : p(start), s(opaque(stride)), s3(opaque(3 * stride)) {}
   QOR_INLINE T* at(int i) const {
-    char* q = reinterpret_cast<char*>(const_cast<std::remove_const_t<T>*>(p));
-    for (; i >= 4; i -= 4) q = opaque(q + 4 * s);
-    return reinterpret_cast<T*>(i == 3 ? q + s3 : q + i * s);
+    T* q = p;
+    for (; i >= 4; i -= 4) q = opaque(beyond(q, 4 * s));
+    return beyond(q, i == 3 ? s3 : i * s);
+  }
+  QOR_INLINE void move(int bytes) { p = opaque(beyond(p, bytes)); }
+
+ private:
+  QOR_INLINE static T* beyond(T* q, int bytes) {
+    using Bytes = std::conditional_t<std::is_const_v<T>, const char, char>;
+    return reinterpret_cast<T*>(reinterpret_cast<Bytes*>(q) + bytes);
   }
 };
 

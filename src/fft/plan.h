@@ -1,8 +1,8 @@
 // What is fixed about complex transforms of one length: the passes, their twiddle factors, the work space.
 //
-// Lengths whose prime factors are at most 13 run in passes (passes.h): multiples of 4 beyond the largest radix in the
-// split layout, others packed. A prime factor above 13 is the first pass, a convolution for each of its rows (prime.h).
-// Powers of two from 2^15 are split into blocks that fit the caches (blocked.h).
+// Powers of two have kernels of their own to 2^14 (power.h); larger ones are split into blocks that fit the caches
+// (blocked.h). Other lengths whose prime factors are at most 13 run in packed passes (passes.h). A prime factor above 13
+// is the first pass, a convolution for each of its rows (convolution.h).
 #pragma once
 
 #include "fft/power.h"
@@ -27,8 +27,8 @@ class Plan {
   Plan(const Plan&) = delete;
   Plan& operator=(const Plan&) = delete;
 
-  // 0 or no_memory.
-  int make(int n);
+  // 0 or no_memory. With `split`, n a power of two from 2^9 on, for run_split() instead of run().
+  int make(int n, bool split = false);
   int length() const { return n_; }
   // Elements of work space that run() needs, aligned to a vector.
   std::size_t work_size() const { return work_; }
@@ -41,7 +41,7 @@ class Plan {
     run_passes<Inverse>(src, dst, scale, work);
   }
   // The same in the split layout (and the inverse with real and imaginary parts exchanged), reading every stride-th
-  // value. For lengths that are split.
+  // value.
   template <bool Inverse>
   void run_split(const T* src, int stride, Split<V> dst, const T& scale, T* work) const;
 
@@ -59,8 +59,6 @@ class Plan {
   std::size_t array_size() const { return padded(2 * static_cast<std::size_t>(n_ + largest_radix * gap_) + 64); }
   template <bool Inverse>
   void run_passes(const T* src, T* dst, const T& scale, T* work) const;
-  template <bool Inverse, class In, class Last>
-  void run_split_passes(In in, Last last, const T& scale, T* work) const;
   template <bool Inverse>
   void run_packed_passes(const T* src, T* dst, const T& scale, T* work) const;
 

@@ -15,24 +15,22 @@ constexpr int least_order = 7;
 
 template <class T>
 const typename Power<T>::Kernels& Power<T>::kernels(int radix_order) {
-#define QOR_FFT_KERNELS(A, B, C, D)                                                              \
-  {                                                                                              \
-    {{first_of_two_steps<A, B, V, false, false>, first_of_two_steps<A, B, V, false, true>},      \
-     {first_of_two_steps<A, B, V, true, false>, first_of_two_steps<A, B, V, true, true>}},       \
-        {later_pass<C, D, V, false>, later_pass<C, D, V, true>},                                 \
+#define QOR_FFT_KERNELS(A, B)                                                               \
+  {                                                                                         \
+    {{first_of_two_steps<A, B, V, false, false>, first_of_two_steps<A, B, V, false, true>}, \
+     {first_of_two_steps<A, B, V, true, false>, first_of_two_steps<A, B, V, true, true>}},  \
+        {later_pass<A, B, V, false>, later_pass<A, B, V, true>},                            \
   }
-  static constexpr Kernels all[] = {{{}, {later_pass<4, 1, V, false>, later_pass<4, 1, V, true>}},
-                                    QOR_FFT_KERNELS(2, 4, 2, 4), QOR_FFT_KERNELS(4, 4, 4, 4),
-                                    QOR_FFT_KERNELS(8, 4, 4, 8)};
+  static constexpr Kernels all[] = {QOR_FFT_KERNELS(2, 4), QOR_FFT_KERNELS(4, 4), QOR_FFT_KERNELS(4, 8)};
 #undef QOR_FFT_KERNELS
-  return all[radix_order - 2];
+  return all[radix_order - 3];
 }
 
 template <class T>
 const typename Power<T>::Wholes* Power<T>::whole(int order) {
-#define QOR_FFT_WHOLE(A, B)                                                    \
-  {                                                                            \
-    {whole_transform<A, B, V, false, false>, whole_transform<A, B, V, false, true>}, \
+#define QOR_FFT_WHOLE(A, B)                                                            \
+  {                                                                                    \
+    {whole_transform<A, B, V, false, false>, whole_transform<A, B, V, false, true>},   \
         {whole_transform<A, B, V, true, false>, whole_transform<A, B, V, true, true>}, \
   }
   static constexpr Wholes all[] = {QOR_FFT_WHOLE(4, 2), QOR_FFT_WHOLE(4, 4), QOR_FFT_WHOLE(8, 4), QOR_FFT_WHOLE(8, 8)};
@@ -51,14 +49,8 @@ int Power<T>::make(int order) {
   for (count_ = 0; digits[count_] != 0; ++count_) radix[count_] = digits[count_] - '0';
   std::size_t total = 0, at[most_passes] = {};
   for (int i = 0; i < count_; ++i) {
-    const Kernels& k = kernels(radix[i]);
-    for (const int d : {0, 1}) {
-      for (const int s : {0, 1}) {
-        if (i == 0) first_[d][s] = k.first[d][s];
-      }
-      later_[i][d] = k.later[d];
-    }
     const int r = 1 << radix[i], rows = n / (m * r);
+    kernel_[i] = &kernels(radix[i]);
     Step<T>& p = step_[i];
     p.m = m;
     p.in_gap = i > 0 ? gap_ : 0;
@@ -71,8 +63,8 @@ int Power<T>::make(int order) {
   twiddles_ = Array<T>(total);
   if (!twiddles_) return no_memory;
   for (int i = 1; i < count_; ++i) {
-    const int b = radix[i] == 5 ? 8 : radix[i] == 2 ? 1 : 4;
-    if (!fill_twiddles<Packed<V>>(twiddles_.get() + at[i], 1 << radix[i], step_[i].m, b)) return no_memory;
+    const int columns = radix[i] == 5 ? 8 : 4;  // of the first step
+    if (!fill_twiddles<Packed<V>>(twiddles_.get() + at[i], 1 << radix[i], step_[i].m, columns)) return no_memory;
     step_[i].twiddles = twiddles_.get() + at[i];
   }
   work_ = static_cast<std::size_t>(count_ > 2 ? 2 : 1) * array_size();
@@ -83,13 +75,13 @@ template <class T>
 template <bool Inverse>
 void Power<T>::run(const T* src, T* dst, const T& scale, T* work) const {
   T *x = work, *y = work + array_size();
-  first_[Inverse][scale != 1](src, x, scale, step_[0]);
+  kernel_[0]->first[Inverse][scale != 1](src, x, scale, step_[0]);
   int i = 1;
   for (; i + 1 < count_; ++i) {
-    later_[i][Inverse](x, y, step_[i]);
+    kernel_[i]->later[Inverse](x, y, step_[i]);
     std::swap(x, y);
   }
-  later_[i][Inverse](x, dst, step_[i]);
+  kernel_[i]->later[Inverse](x, dst, step_[i]);
 }
 
 template class Power<float>;

@@ -1,4 +1,4 @@
-// Transforms of 2^o points, o up to 14: all at once to 2^5 or 2^6, then in passes on packed values (codelets.h).
+// Transforms of 2^o points, o from 3 to 14: all at once to 2^6, then in passes on packed values (codelets.h).
 #pragma once
 
 #include <cstddef>
@@ -8,24 +8,23 @@
 
 namespace qor::fft {
 
-inline constexpr int largest_power_order = 14;
-
 template <class T>
 class Power {
  public:
   using V = simd::Vec<T>;
   using Whole = void (*)(const T*, T*, const T&);
 
-  // 0 or no_memory.
+  // For orders that are done in passes: 0 or no_memory.
   int make(int order);
   std::size_t work_size() const { return work_; }
-  // The whole transform by direction and whether there is a scale, null when there are passes.
+  // The whole transform by direction and whether there is a scale; null from order 7 on.
   using Wholes = Whole[2][2];
   static const Wholes* whole(int order);
   template <bool Inverse>
   void run(const T* src, T* dst, const T& scale, T* work) const;
 
  private:
+  // By direction, the first also by whether there is a scale.
   using First = void (*)(const T*, T*, const T&, const Step<T>&);
   using Later = void (*)(const T*, T*, const Step<T>&);
   struct Kernels {
@@ -38,8 +37,7 @@ class Power {
 
   int order_ = 0, count_ = 0, gap_ = 0;
   std::size_t work_ = 0;
-  First first_[2][2];
-  Later later_[most_passes][2];
+  const Kernels* kernel_[most_passes];
   Step<T> step_[most_passes];
   Array<T> twiddles_;
 };

@@ -128,7 +128,8 @@ QOR_INLINE int transform_with(const R* spec, std::int32_t tag, bool scaled, cons
 }
 
 template <class T, bool Inverse>
-QOR_INLINE int complex_transform(const T* src, T* dst, const ComplexRecord<T>* spec, std::int32_t tag, std::uint8_t* buffer) {
+QOR_INLINE int complex_transform(const T* src, T* dst, const ComplexRecord<T>* spec, std::int32_t tag,
+                                 std::uint8_t* buffer) {
   return transform_with<T>(spec, tag, spec != nullptr && (Inverse ? spec->scales_inverse : spec->scales_forward) != 0,
                            src, dst, buffer,
                            [&](const T& scale, T* work) { spec->plan.template run<Inverse>(src, dst, scale, work); });
