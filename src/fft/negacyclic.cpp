@@ -10,26 +10,31 @@ namespace {
 constexpr int largest_part = 4096;
 
 // The roots of a block: w2^2 = w1, w2^3 = w3.
-template <class V>
-struct Roots3 {
-  Complex<V> w1, w2, w3;
-};
+// The roots of a block, w1, w2 and w3 with w2^2 = w1, w2^3 = w3, are asked for as w(0), w(1), w(2), each where it is used.
 template <class V>
 const lane_t<V>* place_of(const lane_t<V>* roots, int level, int block) {
   return roots + roots_start<V>(level) + block / lanes<V> * 6 * lanes<V> + block % lanes<V>;
 }
-// Those of one block in all lanes, and those of `lanes` blocks.
+// Those of one block in all lanes, in registers or memory, or loaded when asked for; and those of `lanes` blocks.
 template <class V>
-QOR_INLINE Roots3<V> roots_of_one(const lane_t<V>* at) {
-  const auto w = [&](int i) {
+struct RootsOfOne {
+  Complex<V> w[3];
+  QOR_INLINE Complex<V> operator()(int i) const { return w[i]; }
+};
+template <class V>
+QOR_INLINE auto lazy_roots_of_one(const lane_t<V>* at) {
+  return [at](int i) {
     return Complex<V>{simd::broadcast<V>(at + 2 * i * lanes<V>), simd::broadcast<V>(at + (2 * i + 1) * lanes<V>)};
   };
-  return {w(0), w(1), w(2)};
 }
 template <class V>
-QOR_INLINE Roots3<V> roots_of_each(const lane_t<V>* at) {
-  const Split<V> w{const_cast<lane_t<V>*>(at)};
-  return {w.load(0), w.load(lanes<V>), w.load(2 * lanes<V>)};
+QOR_INLINE RootsOfOne<V> roots_of_one(const lane_t<V>* at) {
+  const auto w = lazy_roots_of_one<V>(at);
+  return {{w(0), w(1), w(2)}};
+}
+template <class V>
+QOR_INLINE auto roots_of_each(const lane_t<V>* at) {
+  return [at](int i) { return Split<V>{const_cast<lane_t<V>*>(at)}.load(i * lanes<V>); };
 }
 
 template <class V>
@@ -37,55 +42,66 @@ QOR_INLINE Complex<V> conj_times(Complex<V> w, Complex<V> x) {
   return {x.re * w.re + x.im * w.im, x.im * w.re - x.re * w.im};
 }
 // Two levels forwards and backwards (but for a factor of 4); get(r) is asked for and put(r, x) called once each.
-template <class V, class Get, class Put>
-QOR_INLINE void split4(const Roots3<V>& w, Get get, Put put) {
-  const Complex<V> p2 = get(2) * w.w1, x0 = get(0), s0 = x0 + p2, s1 = x0 - p2;
-  const Complex<V> p1 = get(1) * w.w2, p3 = get(3) * w.w3, d0 = p1 + p3, d1 = p1 - p3;
+template <class V, class W, class Get, class Put>
+QOR_INLINE void split4(W w, Get get, Put put) {
+  const Complex<V> p2 = get(2) * w(0), x0 = get(0), s0 = x0 + p2, s1 = x0 - p2;
+  const Complex<V> p1 = get(1) * w(1), p3 = get(3) * w(2), d0 = p1 + p3, d1 = p1 - p3;
   put(0, s0 + d0);
   put(1, s0 - d0);
   put(2, plus_i(s1, d1));
   put(3, minus_i(s1, d1));
 }
-template <class V, class Get, class Put>
-QOR_INLINE void join4(const Roots3<V>& w, Get get, Put put) {
+template <class V, class W, class Get, class Put>
+QOR_INLINE void join4(W w, Get get, Put put) {
   const Complex<V> y0 = get(0), y1 = get(1), s0 = y0 + y1, d0 = y0 - y1;
   const Complex<V> y2 = get(2), y3 = get(3), s1 = y2 + y3, d1 = y2 - y3;
   put(0, s0 + s1);
-  put(2, conj_times(w.w1, s0 - s1));
-  put(1, conj_times(w.w2, minus_i(d0, d1)));
-  put(3, conj_times(w.w3, plus_i(d0, d1)));
+  put(2, conj_times(w(0), s0 - s1));
+  put(1, conj_times(w(1), minus_i(d0, d1)));
+  put(3, conj_times(w(2), plus_i(d0, d1)));
 }
 
+// A pass of two levels on a block, and of one.
+template <bool Back, class V, class W>
+QOR_INLINE void pass4(V* v, std::ptrdiff_t quarter, W w) {
+  V* v3 = v + 3 * quarter;
+  for (V* const end = v + quarter; v != end; v += 2, v3 += 2) {
+    const auto at = [&](int r) { return r == 3 ? v3 : v + r * quarter; };
+    const auto get = [&](int r) { return Complex<V>{simd::held(at(r)[0]), simd::held(at(r)[1])}; };
+    const auto put = [&](int r, Complex<V> x) { at(r)[0] = x.re, at(r)[1] = x.im; };
+    Back ? join4<V>(w, get, put) : split4<V>(w, get, put);
+  }
+}
 template <bool Back, class V>
-QOR_INLINE void pass4(Split<V> p, int quarter, const lane_t<V>* at) {
-  const Roots3<V> w = roots_of_one<V>(at);
-  for (int j = 0; j < quarter; j += lanes<V>) {
-    const auto get = [&](int r) { return p.load(j + r * quarter); };
-    const auto put = [&](int r, Complex<V> x) { p.store(j + r * quarter, x); };
-    Back ? join4(w, get, put) : split4(w, get, put);
+QOR_INLINE void pass2(V* v, std::ptrdiff_t half, Complex<V> w) {
+  for (V* const end = v + half; v != end; v += 2) {
+    const Complex<V> x{simd::held(v[0]), simd::held(v[1])}, y{simd::held(v[half]), simd::held(v[half + 1])};
+    const Complex<V> z = Back ? y : y * w, sum = x + z, difference = Back ? conj_times(w, x - z) : x - z;
+    v[0] = sum.re, v[1] = sum.im, v[half] = difference.re, v[half + 1] = difference.im;
   }
 }
 template <bool Back, class V>
 [[gnu::noinline]] void level4(lane_t<V>* p, int n, int level, const lane_t<V>* roots) {
-  for (int b = 0; b < 1 << level; ++b, p += 2 * n) pass4<Back>(Split<V>{p}, n / 4, place_of<V>(roots, level, b));
-}
-// One level of blocks of two vectors.
-template <bool Back, class V>
-[[gnu::noinline]] void level2(lane_t<V>* p, int level, const lane_t<V>* roots) {
-  constexpr int L = lanes<V>;
-  for (int b = 0; b < 1 << level; ++b, p += 4 * L) {
-    const lane_t<V>* const at = place_of<V>(roots, level, b);
-    const Complex<V> w{simd::broadcast<V>(at), simd::broadcast<V>(at + L)};
-    const Split<V> q{p};
-    const Complex<V> x = q.load(0), y = q.load(L);
-    if constexpr (Back) {
-      q.store(0, x + y);
-      q.store(L, conj_times(w, x - y));
-    } else {
-      const Complex<V> z = y * w;
-      q.store(0, x + z);
-      q.store(L, x - z);
+  V* v = reinterpret_cast<V*>(p);
+  const std::ptrdiff_t size = 2 * n / lanes<V>;
+  const lane_t<V>* at = roots + roots_start<V>(level);
+  const auto each = [&](auto pass) {
+    for (int b = 0; b < 1 << level; b += lanes<V>, at += 6 * lanes<V>) {
+      for (int lane = 0; lane < std::min(lanes<V>, 1 << level); ++lane, v += size) pass(at + lane);
     }
+  };
+  if (size == 8) {
+    each([&](const lane_t<V>* w) { pass4<Back>(v, 2, lazy_roots_of_one<V>(w)); });
+  } else {
+    each([&](const lane_t<V>* w) { pass4<Back>(v, size / 4, roots_of_one<V>(w)); });
+  }
+}
+template <bool Back, class V>
+[[gnu::noinline]] void level2(lane_t<V>* p, int n, int level, const lane_t<V>* roots) {
+  V* v = reinterpret_cast<V*>(p);
+  const std::ptrdiff_t size = 2 * n / lanes<V>;
+  for (int b = 0; b < 1 << level; ++b, v += size) {
+    pass2<Back>(v, size / 2, lazy_roots_of_one<V>(place_of<V>(roots, level, b))(0));
   }
 }
 
@@ -112,50 +128,53 @@ QOR_INLINE void to_rows(V* v) {
   }
 }
 
-// The last levels within the registers: blocks of Size values, then their products with the factor and back, or the
-// values are the factor.
-template <int Size, bool Multiplies, class V>
-[[gnu::noinline]] void innermost(lane_t<V>* p, lane_t<V>* factor, int blocks, const lane_t<V>* at) {
+// The last levels, of blocks of Size values, are done across blocks. What they make is stored as the columns are, times
+// `scale` if that isn't 1; the way back begins with the product of that with the factor.
+template <int Size, bool Scales, class V>
+[[gnu::noinline]] void innermost(const lane_t<V>* p, lane_t<V>* to, int blocks, const lane_t<V>* at, lane_t<V> scale) {
   constexpr int L = lanes<V>;
-  for (int b = 0; b < blocks; b += L, p += 2 * Size * L, factor += 2 * Size * L, at += 6 * L) {
-    const Split<V> x{p}, f{factor};
+  const V factor = simd::splat<V>(scale);
+  for (int b = 0; b < blocks; b += L, p += 2 * Size * L, to += 2 * Size * L, at += 6 * L) {
+    const Split<V> x{const_cast<lane_t<V>*>(p)}, y{to};
     V re[Size], im[Size];
     unrolled<Size>([&](auto k) {
       const Complex<V> c = x.load(k * L);
       re[k] = c.re, im[k] = c.im;
     });
     to_columns<Size>(re), to_columns<Size>(im);
+    const auto w = roots_of_each<V>(at);
     const auto get = [&](int k) { return Complex<V>{re[k], im[k]}; };
-    const auto put = [&](int k, Complex<V> c) {
-      if constexpr (Multiplies) {
-        const Complex<V> y = c * f.load(k * L);
-        re[k] = y.re, im[k] = y.im;
-      } else {
-        f.store(k * L, c);
-      }
-    };
+    const auto put = [&](int k, Complex<V> c) { y.store(k * L, Scales ? c * factor : c); };
     if constexpr (Size == 4) {
-      const Roots3<V> w = roots_of_each<V>(at);
-      Complex<V> y[4];
-      split4(w, get, [&](int k, Complex<V> c) { y[k] = c; });
-      unrolled<4>([&](auto k) { put(k, y[k]); });
-      if constexpr (Multiplies) {
-        join4(w, get, [&](int k, Complex<V> c) { y[k] = c; });
-        unrolled<4>([&](auto k) { re[k] = y[k].re, im[k] = y[k].im; });
-      }
+      split4<V>(w, get, put);
     } else {
-      const Complex<V> w = Split<V>{const_cast<lane_t<V>*>(at)}.load(0), a = get(0), z = get(1) * w;
+      const Complex<V> a = get(0), z = get(1) * w(0);
       put(0, a + z);
       put(1, a - z);
-      if constexpr (Multiplies) {
-        const Complex<V> s = get(0) + get(1), d = conj_times(w, get(0) - get(1));
-        re[0] = s.re, im[0] = s.im, re[1] = d.re, im[1] = d.im;
-      }
     }
-    if constexpr (Multiplies) {
-      to_rows<Size>(re), to_rows<Size>(im);
-      unrolled<Size>([&](auto k) { x.store(k * L, {re[k], im[k]}); });
+  }
+}
+template <int Size, class V>
+[[gnu::noinline]] void innermost_back(lane_t<V>* p, const lane_t<V>* factor, int blocks, const lane_t<V>* at) {
+  constexpr int L = lanes<V>;
+  for (int b = 0; b < blocks; b += L, p += 2 * Size * L, factor += 2 * Size * L, at += 6 * L) {
+    const Split<V> x{p}, f{const_cast<lane_t<V>*>(factor)};
+    V re[Size], im[Size];
+    const auto w = roots_of_each<V>(at);
+    const auto get = [&](int k) {
+      const Complex<V> c = x.load(k * L);
+      return Complex<V>{simd::held(c.re), simd::held(c.im)} * f.load(k * L);
+    };
+    const auto put = [&](int k, Complex<V> c) { re[k] = c.re, im[k] = c.im; };
+    if constexpr (Size == 4) {
+      join4<V>(w, get, put);
+    } else {
+      const Complex<V> a = get(0), c = get(1);
+      put(0, a + c);
+      put(1, conj_times(w(0), a - c));
     }
+    to_rows<Size>(re), to_rows<Size>(im);
+    unrolled<Size>([&](auto k) { x.store(k * L, {re[k], im[k]}); });
   }
 }
 
@@ -164,7 +183,7 @@ template <int Size, bool Multiplies, class V>
 template <int P, class V>
 [[gnu::noinline]] void first_columns(const lane_t<V>* x, int pitch, Split<V> to, int quarter, int count,
                                      const lane_t<V>* at) {
-  const Roots3<V> w = roots_of_one<V>(at);
+  const RootsOfOne<V> w = roots_of_one<V>(at);
   for (int j = 0; j < count; j += lanes<V>) {
     const auto load = [&](int eighth) { return simd::load<V>(x + j + eighth * pitch); };
     const auto product = [&](auto r, Complex<V> c) {
@@ -179,9 +198,9 @@ template <int P, class V>
     Complex<V> x0{};
     if constexpr (P > 0) x0.re = load(0);
     if constexpr (P > 4) x0.im = load(4);
-    const Complex<V> p2 = product(std::integral_constant<int, 2>(), w.w1), s0 = x0 + p2, s1 = x0 - p2;
-    const Complex<V> p1 = product(std::integral_constant<int, 1>(), w.w2);
-    const Complex<V> p3 = product(std::integral_constant<int, 3>(), w.w3), d0 = p1 + p3, d1 = p1 - p3;
+    const Complex<V> p2 = product(std::integral_constant<int, 2>(), w(0)), s0 = x0 + p2, s1 = x0 - p2;
+    const Complex<V> p1 = product(std::integral_constant<int, 1>(), w(1));
+    const Complex<V> p3 = product(std::integral_constant<int, 3>(), w(2)), d0 = p1 + p3, d1 = p1 - p3;
     to.store(j, s0 + d0);
     to.store(j + quarter, s0 - d0);
     to.store(j + 2 * quarter, plus_i(s1, d1));
@@ -192,13 +211,13 @@ template <int P, class V>
 template <int A, int E, class V>
 [[gnu::noinline]] void last_columns(Split<V> from, int quarter, lane_t<V>* x, int pitch, int count,
                                     const lane_t<V>* at) {
-  const Roots3<V> w = roots_of_one<V>(at);
+  const RootsOfOne<V> w = roots_of_one<V>(at);
   for (int j = 0; j < count; j += lanes<V>) {
     const auto put = [&](int eighth, V v) {
       lane_t<V>* const to = x + j + eighth * pitch;
       if (eighth < E) simd::store(to, eighth < A ? simd::load<V>(to) + v : v);
     };
-    join4(
+    join4<V>(
         w, [&](int r) { return from.load(j + r * quarter); },
         [&](int r, Complex<V> c) { put(r, c.re), put(r + 4, c.im); });
   }
@@ -303,25 +322,38 @@ void Negacyclic<T>::last_pass(T* dst, int add, int end) {
   }
 }
 
-// All levels from first_level on of an array of n points, whose roots are at hand, and back.
+// All levels from first_level on of an array of n points, whose roots are at hand, and back. An odd number of levels
+// leaves blocks of 2 in the end, or starts with a single one where vectors are longer than that.
 template <class T>
 template <bool Multiplies>
 void Negacyclic<T>::passes(T* p, int n, int first_level) {
-  const int e = order_of(n);
-  const bool halves = simd::lanes<V> == 2 && e % 2 != 0;  // blocks of 2 in the end
-  int level = first_level;
-  for (; (n >> level) > (simd::lanes<V> == 2 ? 4 : 8); level += 2) level4<false, V>(p, n >> level, level, roots_);
-  int inner = level;
-  if (simd::lanes<V> != 2 && e % 2 != 0) level2<false, V>(p, inner++, roots_);
+  constexpr bool short_vectors = simd::lanes<V> == 2;
+  const bool odd = order_of(n) % 2 != 0;
+  const T* const roots = roots_;
   T* const factor = factor_ + (p - data_);
-  const T* const at = roots_ + roots_start<V>(inner);
-  if constexpr (lanes<V> == 2) {
-    if (halves) innermost<2, Multiplies, V>(p, factor, 1 << inner, at);
+  int level = first_level;
+  if (!short_vectors && odd) level2<false, V>(p, n >> level, level, roots), ++level;
+  const int start = level;
+  for (; n >> level > 4; level += 2) level4<false, V>(p, n >> level, level, roots);
+  const auto inner = [&](auto size) {
+    const T* const at = roots + roots_start<V>(level);
+    if constexpr (Multiplies) {
+      innermost<size, false, V>(p, p, 1 << level, at, 1);
+      innermost_back<size, V>(p, factor, 1 << level, at);
+    } else {
+      innermost<size, true, V>(p, factor, 1 << level, at, T(1) / static_cast<T>(m_));
+    }
+  };
+  if constexpr (short_vectors) {
+    if (odd) inner(std::integral_constant<int, 2>());
   }
-  if (!halves) innermost<4, Multiplies, V>(p, factor, 1 << inner, at);
-  if constexpr (!Multiplies) return;
-  if (inner != level) level2<true, V>(p, level, roots_);
-  for (level -= 2; level >= first_level; level -= 2) level4<true, V>(p, n >> level, level, roots_);
+  if (!short_vectors || !odd) inner(std::integral_constant<int, 4>());
+  if (!Multiplies) return;
+  while (level > start) {
+    level -= 2;
+    level4<true, V>(p, n >> level, level, roots);
+  }
+  if (start != first_level) level2<true, V>(p, n >> first_level, first_level, roots);
 }
 
 template <class T>
@@ -336,9 +368,11 @@ void Negacyclic<T>::part(T* p, int n, int level, int block) {
   }
   T roots[6 * lanes<V>];
   fill_roots<V>(roots, 0, f);
-  pass4<false>(Split<V>{p}, n / 4, roots);
+  V* const v = reinterpret_cast<V*>(p);
+  const std::ptrdiff_t quarter = n / 2 / lanes<V>;
+  pass4<false>(v, quarter, roots_of_one<V>(roots));
   for (int b = 0; b < 4; ++b) part<Multiplies>(p + b * (n / 2), n / 4, level + 2, 4 * block + b);
-  if constexpr (Multiplies) pass4<true>(Split<V>{p}, n / 4, roots);
+  if constexpr (Multiplies) pass4<true>(v, quarter, roots_of_one<V>(roots));
 }
 
 template <class T>
@@ -355,8 +389,6 @@ void Negacyclic<T>::run(const T* x, int n, T* to) {
 template <class T>
 void Negacyclic<T>::set_factor(const T* x, int n) {
   run<false>(x, n, data_);
-  const T scale = T(1) / static_cast<T>(m_);
-  for (int i = 0; i < 2 * m_; ++i) factor_[i] *= scale;
 }
 
 template <class T>

@@ -229,6 +229,12 @@ QOR_INLINE V broadcast(const lane_t<V>* p) {
 }
 // Loads and stores after it stay after it: the compiler then doesn't load so early that registers run out.
 QOR_INLINE void keep_order() { asm volatile("" ::: "memory"); }
+// The value in a register: the compiler otherwise loads what is used twice from memory twice.
+template <class V>
+QOR_INLINE V held(V v) {
+  asm("" : "+x"(v));
+  return v;
+}
 // From an address that is a multiple of 16.
 template <class V>
 QOR_INLINE V load_aligned(const lane_t<V>* p) {
