@@ -41,6 +41,16 @@ void each_row(const Lengths& shape, F f) {
   }
 }
 
+// f(j, j stride) for all j < n, in a loop of its own for elements side by side.
+template <class F>
+QOR_INLINE void each_of_row(int n, std::ptrdiff_t stride, F f) {
+  if (stride == 1) {
+    for (int j = 0; j < n; ++j) f(j, j);
+  } else {
+    for (int j = 0; j < n; ++j) f(j, j * stride);
+  }
+}
+
 // ---- between the caller's arrays and the engine's; Parts is 2 where the engine's elements are complex ---------------
 
 // A block of an array, zeros after it.
@@ -55,10 +65,10 @@ void pack_block(const Array<const D>& from, const int* start, const Lengths& blo
       row += (start[k] + i[k]) * from.stride[k];
     }
     const int n = inside ? block.n[0] : 0;
-    for (int j = 0; j < n; ++j) {
-      to[Parts * j] = row[j * from.stride[0]];
+    each_of_row(n, from.stride[0], [&](int j, std::ptrdiff_t at) {
+      to[Parts * j] = row[at];
       if (Parts == 2) to[Parts * j + 1] = 0;
-    }
+    });
     std::fill(to + Parts * n, to + Parts * transform.n[0], 0.0);
     to += Parts * transform.n[0];
   });
@@ -95,8 +105,7 @@ void each_output_row(const Reach& r, const Lengths& transform, const double* res
 template <int Parts>
 void add_result(const Reach& r, const Lengths& transform, const double* result, const Array<double>& sums) {
   each_output_row<Parts>(r, transform, result, sums, [&](int n, double* to, const double* from) {
-    const std::ptrdiff_t step = std::ptrdiff_t{Parts} * r.step[0];
-    for (int j = 0; j < n; ++j, from += j < n ? step : 0) to[j] += *from;
+    each_of_row(n, std::ptrdiff_t{Parts} * r.step[0], [&](int j, std::ptrdiff_t at) { to[j] += from[at]; });
   });
 }
 void rsumm(const Reach& r, const Lengths& transform, const double* result, const Array<double>& sums) {
@@ -108,8 +117,12 @@ void csumm(const Reach& r, const Lengths& transform, const double* result, const
 template <int Parts, class D>
 void copy_result(const Reach& r, const Lengths& transform, const double* result, const Array<D>& z) {
   each_output_row<Parts>(r, transform, result, z, [&](int n, D* to, const double* from) {
-    const std::ptrdiff_t step = std::ptrdiff_t{Parts} * r.step[0];
-    for (int j = 0; j < n; ++j, from += j < n ? step : 0) to[j * z.stride[0]] = static_cast<D>(*from);
+    if (z.stride[0] == 1) {
+      each_of_row(n, std::ptrdiff_t{Parts} * r.step[0],
+                  [&](int j, std::ptrdiff_t at) { to[j] = static_cast<D>(from[at]); });
+    } else {
+      for (int j = 0; j < n; ++j) to[j * z.stride[0]] = static_cast<D>(from[std::ptrdiff_t{Parts} * j * r.step[0]]);
+    }
   });
 }
 template <class D>
@@ -233,7 +246,7 @@ bool find_reach(const Lengths& z, const int* first, const int* step, const int* 
     if (low >= high) return false;
     r->start[k] = static_cast<int>(low);
     r->shape.n[k] = static_cast<int>(high - low);
-    r->step[k] = step[k];
+    r->step[k] = high - low > 1 ? step[k] : 1;
     r->from[k] = first[k] + low * step[k] - begin;
   }
   return true;
@@ -276,7 +289,8 @@ int basic_cc_via_dfti(int rank, const Array<const D>& a, const Array<const D>& b
   for (int k = 0; k < rank; ++k) blocks = blocks || c.a.n[k] < na.n[k] || c.b.n[k] < nb.n[k];
   // Two spectra, the real array, the sums; each part aligned to a line of the cache.
   const auto part = [](std::int64_t elements) { return (elements + 7) / 8 * 8; };
-  const std::int64_t sums_size = blocks ? nz.points() : 0;
+  const bool in_place = std::is_same_v<D, double> && z.stride[0] == 1;  // the sums are formed in z
+  const std::int64_t sums_size = blocks && !in_place ? nz.points() : 0;
   const std::int64_t elements = 2 * part(2 * pairs) + (real ? part(points) : 0) + part(sums_size);
   if (points > std::numeric_limits<int>::max() ||
       elements > PTRDIFF_MAX / static_cast<std::ptrdiff_t>(sizeof(double))) {
@@ -304,9 +318,18 @@ int basic_cc_via_dfti(int rank, const Array<const D>& a, const Array<const D>& b
   std::ptrdiff_t stride = 1;
   for (int k = 0; k < rank; ++k) {
     dense.stride[k] = stride;
-    stride *= blocks ? nz.n[k] : 0;
+    stride *= sums_size != 0 ? nz.n[k] : 0;
   }
-  std::fill(sums, sums + sums_size, 0.0);
+  if constexpr (std::is_same_v<D, double>) {
+    if (in_place) dense = z;
+  }
+  if (blocks) {
+    each_row(nz, [&](const int* i) {
+      double* row = dense.origin;
+      for (int k = 1; k < rank; ++k) row += i[k] * dense.stride[k];
+      std::fill(row, row + nz.n[0], 0.0);
+    });
+  }
   const int s = each_block(na, c.a, [&](const int* a_start, const Lengths& a_block) -> int {
     if (!forward(a, a_start, a_block, spectrum_a)) return status::transform_failed;
     return each_block(nb, c.b, [&](const int* b_start, const Lengths& b_block) -> int {
@@ -323,7 +346,7 @@ int basic_cc_via_dfti(int rank, const Array<const D>& a, const Array<const D>& b
       return status::ok;
     });
   });
-  if (s == status::ok && blocks) runpack(nz, sums, z);
+  if (s == status::ok && blocks && !in_place) runpack(nz, sums, z);
   return s;
 }
 
