@@ -85,13 +85,15 @@ Scheme scheme_of(int longer, int shorter) {
   const bool one = longer < std::int64_t{block_ratio} * shorter;
   Scheme s{one ? Scheme::one_product : Scheme::blocks, 2, longer};
   while (std::int64_t{1} << s.order < (one ? n : std::int64_t{2} * shorter)) ++s.order;
-  if (!one) s.block = (1 << s.order) - shorter + 1;
+  if (!one && s.order <= fft::largest_order) s.block = (1 << s.order) - shorter + 1;
   return s;
 }
 
 template <class T>
 std::size_t convolution_work(const Scheme& s) {
-  return s.way == Scheme::direct ? 0 : sizeof(T) * fft::Negacyclic<T>::work_size(s.order);
+  if (s.way == Scheme::direct) return 0;
+  const std::size_t elements = fft::Negacyclic<T>::work_size(std::min(s.order, fft::largest_order));
+  return elements > SIZE_MAX / sizeof(T) ? SIZE_MAX : elements * sizeof(T);
 }
 
 template <class T>
