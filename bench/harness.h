@@ -106,6 +106,18 @@ struct ConvPeer {
   void (*run)(const T* x, int nx0, int nx1, const T* y, int ny0, int ny1, T* z);
 };
 
+// The full convolution of arrays of n and m elements in each dimension, x the shorter one, by transforms of `points`
+// points a dimension: one for each block of y that leaves room, if `blocks`. plan() takes its time.
+struct FftConv {
+  int rank, n, m, points;
+  bool blocks;
+};
+template <class T>
+struct FftConvPeer {
+  const char* name;
+  std::function<void()> (*plan)(const FftConv& what, const T* x, const T* y, T* z);
+};
+
 template <class T>
 std::vector<MathPeer<T>>& math_peers() {
   static std::vector<MathPeer<T>> list;
@@ -120,6 +132,12 @@ std::vector<DrawPeer<T>>& draw_peers() {
 template <class T>
 std::vector<ConvPeer<T>>& conv_peers() {
   static std::vector<ConvPeer<T>> list;
+  return list;
+}
+
+template <class T>
+std::vector<FftConvPeer<T>>& fft_conv_peers() {
+  static std::vector<FftConvPeer<T>> list;
   return list;
 }
 
@@ -150,6 +168,10 @@ struct Add {
   template <class T>
   static void add(const ConvPeer<T>& p) {
     conv_peers<T>().push_back(p);
+  }
+  template <class T>
+  static void add(const FftConvPeer<T>& p) {
+    fft_conv_peers<T>().push_back(p);
   }
 };
 

@@ -29,7 +29,6 @@ int compute_line(const Arguments<D>& c, Kept& kept) {
   const bool x_copied = !same || x.stride[0] != 1, y_copied = !same || y.stride[0] != 1;
   const bool z_copied = !same || z.stride[0] != 1 || nz != full;
   const Scheme scheme = scheme_of(std::max(nx, ny), std::min(nx, ny));
-  if (scheme.order > fft::largest_order) return status::transform_failed;
   // Each part of the work space aligned.
   const auto part = [](std::int64_t n) { return (n * std::int64_t{sizeof(T)} + 63) / 64 * 64; };
   const std::int64_t bytes = part(x_copied ? nx : 0) + part(y_copied ? ny : 0) + part(z_copied ? full : 0);
@@ -37,6 +36,7 @@ int compute_line(const Arguments<D>& c, Kept& kept) {
   char* work = nullptr;
   if (bytes != 0 || own != 0) {
     if (bytes > std::numeric_limits<std::ptrdiff_t>::max() - static_cast<std::int64_t>(own)) return status::no_memory;
+    if (scheme.order > fft::largest_order) return status::transform_failed;
     work = kept.work(static_cast<std::size_t>(bytes) + own);
     if (work == nullptr) return status::no_memory;
   }

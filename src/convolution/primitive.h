@@ -14,7 +14,7 @@ struct Scheme {
 };
 Scheme scheme_of(int longer, int shorter);
 
-// Bytes of work space, aligned to 16, of which the direct sum needs none.
+// Bytes of work space, aligned to 16, of which the direct sum needs none. SIZE_MAX if that is beyond all memory.
 template <class T>
 std::size_t convolution_work(const Scheme& scheme);
 

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -141,6 +142,9 @@ TYPED_TEST(WholeArrays, ReturnTheFirstCodeThatApplies) {
   EXPECT_EQ(whole(x, 0, x, 1, z), -6);
   EXPECT_EQ(whole(x, 1, x, -5, z), -6);
   EXPECT_EQ(whole(x, 1 << 30, x, 1 << 30, z), -15);
+  EXPECT_EQ(whole(x, std::numeric_limits<int>::max(), x, (1 << 29) + 1, z), -15);
+  EXPECT_EQ(whole(x, 1 << 29, x, 1 << 29, z), -9);
+  EXPECT_EQ(whole(x, std::numeric_limits<int>::max(), x, 1 << 28, z), -9);
   EXPECT_EQ(z[0], 9);
 }
 
