@@ -1,9 +1,8 @@
 // Logarithms of complex numbers, ln |z| + i arg z, with ln |z| = ln(x^2 + y^2)/2.
-// x^2 + y^2 is taken in two parts, so exact that its logarithm is right next to |z| = 1 as well: the squares are sums of
-// exact products, and what is left after 1 is subtracted keeps some 50 bits (on such cancellation W. Kahan, Branch cuts
-// for complex elementary functions, 1987; T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, ACM TOMS 20, 1994). Where less
-// than 2^-54 is left, and where squares would overflow or vanish, element() works with scaled parts or exact sums.
-// - double _HA: each part 0.52 ulp, but up to 2 in the real part within 2^-50 of |z| = 1.
+// x^2 + y^2 is taken in two parts. Next to |z| = 1 the logarithm is that of 1 + t, t = x^2 + y^2 - 1 from a sum of exact
+// products (on this cancellation W. Kahan, Branch cuts for complex elementary functions, 1987; T. E. Hull, T. F. Fairgrieve,
+// P. T. P. Tang, ACM TOMS 20, 1994). Where squares would overflow or vanish element() works with scaled parts.
+// - double _HA: each part 0.55 ulp.
 // - double _50: the square in one part; next to |z| = 1 as (x - 1)(x + 1) + y^2.
 // - single _HA: in double precision, where squares are exact, with short polynomials.
 // - single _21: as double _50, in single precision.
@@ -25,7 +24,7 @@ QOR_INLINE VecD rounded_half(VecD v) {
   return as<VecD>((bits(v) + splat<VecU64>(0x4000000)) & splat<VecU64>(0xFFFFFFFFF8000000));
 }
 
-// x^2 + y^2 = hi + lo.
+// x^2 + y^2 = hi + lo; in high accuracy 2^-78 of it.
 template <class V>
 struct SquareOfSize {
   V hi, lo;
@@ -37,15 +36,11 @@ QOR_INLINE SquareOfSize<V> square_of_size(V x, V y) {
   using T = lane_t<V>;
   const V larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
   if constexpr (G == Grade::high) {
-    const V a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
-    // Three exact products of each, in steps of about 2^-26.
-    const auto first = quick_two_sum(a * a, b * b);
-    const auto second = quick_two_sum((a + a) * a_rest, (b + b) * b_rest);
-    const auto third = a_rest * a_rest + b_rest * b_rest;
-    const auto sum = numeric::two_sum(first.hi, second.hi);
-    const auto rest = numeric::two_sum(first.lo, second.lo);
-    const auto whole = quick_two_sum(sum.hi, sum.lo + (rest.hi + (rest.lo + third)));
-    return {whole.hi, whole.lo};
+    const V a = numeric::upper_half(larger), b = numeric::upper_half(smaller);
+    const auto squares = quick_two_sum(a * a, b * b);
+    const V rest = (a + larger) * (larger - a) + (b + smaller) * (smaller - b);
+    const auto sum = quick_two_sum(squares.hi, squares.lo + rest);
+    return {sum.hi, sum.lo};
   } else if constexpr (G == Grade::low) {
     const V square = smaller * smaller, s = larger * larger + square;
     const V over = (larger - T(1)) * (larger + T(1)) + square, near = over + T(1);
@@ -55,6 +50,21 @@ QOR_INLINE SquareOfSize<V> square_of_size(V x, V y) {
     const auto s = quick_two_sum(larger * larger, smaller * smaller);
     return {s.hi, s.lo};
   }
+}
+
+// x^2 + y^2 - 1 = hi + lo for numbers next to the unit circle, without error but for that of lo: three exact products of
+// each part, in steps of about 2^-26.
+[[gnu::noinline]] inline SquareOfSize<VecD> square_less_1(VecD x, VecD y) {
+  using namespace simd;
+  using numeric::two_sum;
+  const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
+  const VecD a = rounded_half(larger), b = rounded_half(smaller), a_rest = larger - a, b_rest = smaller - b;
+  const auto less = two_sum(a * a, splat<VecD>(-1)), first = two_sum(less.hi, b * b);
+  const auto second = two_sum((a + a) * a_rest, (b + b) * b_rest), third = two_sum(a_rest * a_rest, b_rest * b_rest);
+  const auto sum = two_sum(first.hi, second.hi), all = two_sum(sum.hi, third.hi);
+  const VecD lows = ((less.lo + first.lo) + (second.lo + third.lo)) + (sum.lo + all.lo);
+  const auto result = two_sum(all.hi, lows);
+  return {result.hi, result.lo};
 }
 
 // (atan r)/r - 1, r^2 = t <= 2^-12: the series; the first term left out is 2^-75.
@@ -180,16 +190,22 @@ struct Logarithm : Bounds<T, A> {
       usual.set(i, good & le(splat<VecF>(0x1p-90f), s.hi) & le(s.hi, splat<VecF>(0x1p120f)));
     }
   }
-  // In r: hi and lo of the square. Usual: it has all its bits, of 1 less it too.
+  // In r: hi and lo of the square. Usual: it has all its bits.
   [[gnu::noinline]] static void squares(const Numbers<double>& z, Numbers<double>& r, Usual<double>& usual, int n) {
     using namespace simd;
     for (int i = 0; i < n; i += lanes<VecD>) {
-      const SquareOfSize<VecD> s = square_of_size<G>(z.re(i), z.im(i));
+      SquareOfSize<VecD> s = square_of_size<G>(z.re(i), z.im(i));
+      if constexpr (G == Grade::high) {
+        const VecU64 close = lt(abs(s.hi - 1.0), splat<VecD>(0x1p-20));
+        if (lanes_set(close) != 0) [[unlikely]] {
+          const SquareOfSize<VecD> t = square_less_1(z.re(i), z.im(i));
+          const VecD hi = t.hi + 1.0;
+          s = {select(close, hi, s.hi), select(close, (t.hi - (hi - 1.0)) + t.lo, s.lo)};
+        }
+      }
       r.re.set(i, s.hi);
       r.im.set(i, s.lo);
-      VecU64 good = le(splat<VecD>(0x1p-900), s.hi) & le(s.hi, splat<VecD>(0x1p1000));
-      if constexpr (G != Grade::low) good &= le(splat<VecD>(0x1p-54), abs((s.hi - 1.0) + s.lo));
-      usual.set(i, good);
+      usual.set(i, le(splat<VecD>(0x1p-900), s.hi) & le(s.hi, splat<VecD>(0x1p1000)));
     }
   }
   QOR_INLINE static VecD logarithm(VecD hi, const double* at, VecD less, VecD lo) {

@@ -5,7 +5,7 @@
 // - double _HA: with |w ln z| up to 2^10, 0.9 ulp of the result's size; from there the error grows in proportion.
 // - double _50: exponential, sine and cosine rounded.
 // - singles: all in double precision, one part.
-// l next to |z| = 1 is that of 1 + t, t = x^2 + y^2 - 1 from the distance of the larger part to 1.
+// l next to |z| = 1 is that of 1 + t, t = x^2 + y^2 - 1 without error.
 #pragma once
 
 #include "tfn/complex_exp.h"
@@ -17,33 +17,15 @@
 
 namespace qor::tfn::complex {
 
-// x^2 + y^2, 2^-79 of it.
-QOR_INLINE Pair<VecD> square_in_parts(VecD x, VecD y) {
-  using namespace simd;
-  const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y));
-  const VecD a = numeric::upper_half(larger), b = numeric::upper_half(smaller);
-  const auto squares = numeric::quick_two_sum(a * a, b * b);
-  const VecD rest = (a + larger) * (larger - a) + (b + smaller) * (smaller - b);
-  return numeric::quick_two_sum(squares.hi, squares.lo + rest);
-}
-// x^2 + y^2 - 1, 2^-79 of the larger of |d| and y^2: with d = larger - 1, 2 d + d^2 + smaller^2.
-[[gnu::noinline]] inline Pair<VecD> square_less_1(VecD x, VecD y) {
-  using namespace simd;
-  const VecD larger = max(abs(x), abs(y)), smaller = min(abs(x), abs(y)), d = larger - 1.0;
-  const VecD b = numeric::upper_half(smaller), e = numeric::upper_half(d);
-  const auto first = numeric::two_sum(d + d, b * b), second = numeric::two_sum(first.hi, e * e);
-  const VecD rest = (e + d) * (d - e) + (b + smaller) * (smaller - b);
-  return numeric::quick_two_sum(second.hi, (first.lo + second.lo) + rest);
-}
 // ln |x + iy| from its square s, the head of 26 bits; 2^added was taken out of x and y before.
-QOR_INLINE Split log_of_size(Pair<VecD> s, VecD x, VecD y, double added) {
+QOR_INLINE Split log_of_size(SquareOfSize<VecD> s, VecD x, VecD y, double added) {
   using namespace simd;
   auto [k, u, hi, lo, c] = log_reduce(s.hi, LowHalves<VecU64>(bits(s.hi) >> 36), &ln_exact_table[0].hi,
                                       splat<VecD>(0x1p52 + 1023 - 2 * added));
   VecD v = s.lo * tfn::Ln<Accuracy::high>::inverse_power(s.hi) * c;
   const VecU64 close = lt(abs(s.hi - 1.0), splat<VecD>(0x1p-9));
   if (added == 0 && lanes_set(close) != 0) [[unlikely]] {
-    const Pair<VecD> t = square_less_1(x, y);
+    const SquareOfSize<VecD> t = square_less_1(x, y);
     const auto far = [&](VecD w) { return as<VecD>(bits(w) & ~close); };
     k = far(k);
     hi = far(hi);
@@ -114,7 +96,7 @@ struct Pow {
     using namespace simd;
     for (int i = 0; i < n; i += lanes<VecD>) {
       const VecD x = z.re(i), y = z.im(i);
-      const Split size = log_of_size(square_in_parts(x, y), x, y, 0);
+      const Split size = log_of_size(square_of_size<Grade::high>(x, y), x, y, 0);
       log.size.head.set(i, size.head);
       log.size.tail.set(i, size.tail);
     }
@@ -202,8 +184,8 @@ struct Pow {
     using simd::splat;
     const double larger = std::fabs(x) > std::fabs(y) ? std::fabs(x) : std::fabs(y);
     const Scaled big = normalised(larger);
-    // Scaled only where the square asks for it: next to 1 the distance from 1 counts.
-    const int power = big.power > 400 || big.power < -400 ? big.power : 0;
+    // Not scaled next to 1, where the distance from 1 counts.
+    const int power = big.power > 1 || big.power < -2 ? big.power : 0;
     const double a = times_power(x, -power), b = times_power(y, -power);
     const double size = std::fabs(a) > std::fabs(b) ? std::fabs(a) : std::fabs(b),
                  other = std::fabs(a) > std::fabs(b) ? std::fabs(y) : std::fabs(x);
@@ -224,7 +206,8 @@ struct Pow {
       log.power -= 1;
       return;
     }
-    const Split s = log_of_size(square_in_parts(splat<VecD>(a), splat<VecD>(b)), splat<VecD>(a), splat<VecD>(b), power);
+    const Split s =
+        log_of_size(square_of_size<Grade::high>(splat<VecD>(a), splat<VecD>(b)), splat<VecD>(a), splat<VecD>(b), power);
     log = {s.head[0], s.tail[0], 0};
   }
   // e^(p + iq).
