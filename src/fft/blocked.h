@@ -29,7 +29,7 @@ class Blocked {
     radix_ = row.merge == 6 ? 8 : 16;
     const std::size_t second = factors(size_);
     twiddles_ = Array<T>(second + (levels_ == 2 ? factors(radix_ * size_) : 0));
-    if (!twiddles_ || block_.make(size_) != 0) return no_memory;
+    if (!twiddles_ || block_.make(size_, true) != 0) return no_memory;
     if (!fill_twiddles<Complex<V>>(twiddles_.get(), radix_, size_)) return no_memory;
     if (levels_ == 2 && !fill_twiddles<Complex<V>>(twiddles_.get() + second, radix_, radix_ * size_)) return no_memory;
     return 0;

@@ -49,6 +49,21 @@ QOR_INLINE Complex<V> minus_i(Complex<V> a, Complex<V> b) {
   return {a.re + b.im, a.im - b.re};
 }
 
+// The parts of packed values exchanged. A shuffle of words needs no copy of its operand before.
+template <class V>
+QOR_INLINE V swapped(V v) {
+  if constexpr (sizeof(V) == sizeof(simd::VecU32)) {
+    const auto w = simd::as<simd::VecU32>(v);
+    if constexpr (lanes<V> == 2) {
+      return simd::as<V>(__builtin_shufflevector(w, w, 2, 3, 0, 1));
+    } else {
+      return simd::as<V>(__builtin_shufflevector(w, w, 1, 0, 3, 2));
+    }
+  } else {
+    return simd::swap_pairs(v);
+  }
+}
+
 // Real and imaginary parts in turns. With Inverse the exponent of every transform is positive.
 template <class V, bool Inverse = false>
 struct Packed {
@@ -71,7 +86,7 @@ QOR_INLINE Packed<V, I> operator*(Packed<V, I> a, V c) {
 // -i a (i a in the inverse).
 template <class V, bool I>
 QOR_INLINE Packed<V, I> quarter(Packed<V, I> a) {
-  return {simd::flip_sign(simd::swap_pairs(a.v), simd::alternating_signs<V>(I ? 0 : 1))};
+  return {simd::flip_sign(swapped(a.v), simd::alternating_signs<V>(I ? 0 : 1))};
 }
 template <class V, bool I>
 QOR_INLINE Packed<V, I> plus_i(Packed<V, I> a, Packed<V, I> b) {
@@ -85,7 +100,7 @@ QOR_INLINE Packed<V, I> minus_i(Packed<V, I> a, Packed<V, I> b) {
 // A factor for a Packed value has every real part twice and, in im, {-im, im}; the inverse takes the conjugate.
 template <class V, bool I>
 QOR_INLINE Packed<V, I> operator*(Packed<V, I> a, Complex<V> w) {
-  const V x = a.v * w.re, y = simd::swap_pairs(a.v) * w.im;
+  const V x = a.v * w.re, y = swapped(a.v) * w.im;
   return {I ? x - y : x + y};
 }
 
@@ -141,6 +156,16 @@ QOR_INLINE Complex<V> turned(Complex<V> a) {
     return {a.re * c + a.im * s, a.im * c - a.re * s};
   }
 }
+// c + i s as the product with Packed takes it.
+template <class V>
+QOR_INLINE Complex<V> constant_factor(lane_t<V> c, lane_t<V> s) {
+  Complex<V> w;
+  for (int i = 0; i < lanes<V>; ++i) {
+    w.re[i] = c;
+    w.im[i] = i % 2 == 0 ? -s : s;
+  }
+  return w;
+}
 template <int K, int N, class V, bool I>
 QOR_INLINE Packed<V, I> turned(Packed<V, I> a) {
   using T = lane_t<V>;
@@ -149,12 +174,8 @@ QOR_INLINE Packed<V, I> turned(Packed<V, I> a) {
     return a;
   } else if constexpr (4 * k == N) {
     return quarter(a);
-  } else if constexpr (8 * k == N) {
-    return (a + quarter(a)) * splat<V>(cos_of<T, 1, 8>);
-  } else if constexpr (8 * k == 3 * N) {
-    return (quarter(a) - a) * splat<V>(cos_of<T, 1, 8>);
   } else {
-    return a * splat<V>(cos_of<T, k, N>) + quarter(a) * splat<V>(sin_of<T, k, N>);
+    return a * constant_factor<V>(cos_of<T, k, N>, -sin_of<T, k, N>);
   }
 }
 

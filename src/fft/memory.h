@@ -27,8 +27,9 @@ inline void* allocate_elements(int count, std::size_t size) {
   return count < 1 ? nullptr : allocate(static_cast<std::size_t>(count), size);
 }
 inline void release(void* block) {
+  if (block == nullptr) return;
   ErrnoGuard keep;
-  if (block != nullptr) std::free(static_cast<void**>(block)[-1]);
+  std::free(static_cast<void**>(block)[-1]);
 }
 
 // An aligned array that frees itself.

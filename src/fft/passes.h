@@ -63,6 +63,33 @@ struct Strided {
   QOR_INLINE Value load(int i) const { return {simd::load_pairs<V>(p + 2 * stride * i, p + 2 * stride * (i + 1))}; }
 };
 
+// x, of which the compiler knows nothing: it neither computes multiples ahead nor keeps what x points to in registers.
+template <class X>
+QOR_INLINE X opaque(X x) {
+  asm("" : "+r"(x));
+  return x;
+}
+
+// Pointers a stride apart, of which the compiler sees two multiples of the stride: it would keep all in memory.
+template <class T>
+struct Line {
+  T* p;
+  int s, s3;  // in bytes
+  QOR_INLINE Line(T* start, int stride) : p(start), s(opaque(stride)), s3(opaque(3 * stride)) {}
+  QOR_INLINE T* at(int i) const {
+    T* q = p;
+    for (; i >= 4; i -= 4) q = opaque(beyond(q, 4 * s));
+    return beyond(q, i == 3 ? s3 : i * s);
+  }
+  QOR_INLINE void move(int bytes) { p = opaque(beyond(p, bytes)); }
+
+ private:
+  QOR_INLINE static T* beyond(T* q, int bytes) {
+    using Bytes = std::conditional_t<std::is_const_v<T>, const char, char>;
+    return reinterpret_cast<T*>(reinterpret_cast<Bytes*>(q) + bytes);
+  }
+};
+
 // ---- passes
 // -----------------------------------------------------------------------------------------------------------
 
@@ -130,6 +157,22 @@ QOR_INLINE void columns(In in, int in_apart, Out out, int out_apart, Split<V> tw
           return r == 0 ? x : x * twiddles.load((r - 1) * L);
         },
         [&](int u, C x) { out.store(k + u * out_apart, x); });
+  }
+}
+template <int R, class V, bool I, bool Half>
+QOR_INLINE void columns(Turns<V, I, Half> in, int in_apart, Turns<V, I, Half> out, int out_apart, Split<V> twiddles,
+                        int count) {
+  using C = Packed<V, I>;
+  using T = lane_t<V>;
+  constexpr int L = lanes<V>, pair = 2 * static_cast<int>(sizeof(T));
+  Line<T> from(in.p, in_apart * pair), to(out.p, out_apart * pair);
+  for (const T* const end = in.p + 2 * count; from.p < end; from.p += L, to.p += L, twiddles.p += 2 * L * (R - 1)) {
+    transform<C, R>(
+        [&](int r) {
+          const C x = Turns<V, I, Half>{from.at(r)}.load(0);
+          return r == 0 ? x : x * twiddles.load((r - 1) * L);
+        },
+        [&](int u, C x) { Turns<V, I, Half>{to.at(u)}.store(0, x); });
   }
 }
 

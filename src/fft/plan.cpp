@@ -7,9 +7,24 @@
 namespace qor::fft {
 namespace {
 
-// Calls f with the radix as a constant.
-template <class F>
+// Calls f with the radix, one of a first pass or of a later one, as a constant.
+template <bool First, class F>
 QOR_INLINE void with_radix(int radix, F f) {
+  if constexpr (First) {
+    switch (radix) {
+#define QOR_FFT_RADIX(R) \
+  case R:                \
+    return f(std::integral_constant<int, R>{});
+      QOR_FFT_RADIX(6)
+      QOR_FFT_RADIX(10)
+      QOR_FFT_RADIX(12)
+      QOR_FFT_RADIX(14)
+      QOR_FFT_RADIX(15)
+#undef QOR_FFT_RADIX
+      default:
+        break;
+    }
+  }
   switch (radix) {
 #define QOR_FFT_RADIX(R)                 \
   case R:                                \
@@ -31,15 +46,32 @@ QOR_INLINE void with_radix(int radix, F f) {
   }
 }
 
-// Passes of a power of two in the split layout, each digit the order of a radix. Found by measuring all.
-constexpr const char* split_passes[] = {nullptr, nullptr, "2",   "3",   "22",   "32",   "33",   "34",
-                                        "323",   "324",   "244", "344", "2442", "3442", "3344", "3444"};
-constexpr int most_at_once = 15;
+// The order of a power of two, -1 for other numbers.
+constexpr int order_of(int n) {
+  int order = 0;
+  while (n >> order > 1) ++order;
+  return n == 1 << order ? order : -1;
+}
 
-template <int R, bool Inverse, class T>
+// Passes in the split layout, each digit the order of a radix. Found by measuring all.
+constexpr const char* split_passes[] = {"324", "244", "344", "2442", "3442", "3344", "3444"};
+constexpr int least_split_order = 9, largest_split_order = 15;
+
+// Radices of the passes after the first for n without large prime factors.
+template <class Add>
+void add_small(int n, Add add) {
+  for (const int r : {16, 8, 4, 2, 13, 11, 9, 7, 5, 3}) {
+    for (; n % r == 0; n /= r) add(r);
+  }
+}
+
+template <int R, bool Inverse, bool Scaled, class T>
 void single_butterfly(const T* src, T* dst, const T& scale) {
   using V = simd::Vec<T>;
-  first_rows<R, V, Inverse>(Turns<V, Inverse>{const_cast<T*>(src)}, scale, Turns<V, Inverse>{dst}, 1);
+  using C = Packed<V, Inverse>;
+  const Turns<V, Inverse, true> in{const_cast<T*>(src)}, out{dst};
+  const auto load = [&](int i) { return Scaled ? in.load(i) * splat<V>(scale) : in.load(i); };
+  transform<C, R>(load, [&](int u, C y) { out.store(u, y); });
 }
 
 }  // namespace
@@ -48,6 +80,7 @@ template <class T>
 Plan<T>::~Plan() {
   destroy(convolution_);
   destroy(blocked_);
+  destroy(power_);
 }
 
 template <class T>
@@ -58,31 +91,32 @@ void Plan<T>::choose_passes(int n) {
     m *= radix;
   };
   const int rough = convolution_ == nullptr ? 1 : convolution_->length();
-  int rest = n / rough, twos = 0;
-  for (; rest % 2 == 0; rest /= 2) ++twos;
-  if (rough > 1) add(rough);
-  split_ = rough == 1 && twos >= 2 && n > largest_radix;
-  const auto add_odd = [&] {
-    for (const int r : {13, 11, 9, 7, 5, 3}) {
-      for (; rest % r == 0; rest /= r) add(r);
-    }
-  };
   if (split_) {
-    for (; twos > most_at_once; twos -= 4) {  // further radices 16 go last
-    }
-    const char* digits = split_passes[twos];
-    add(1 << (*digits++ - '0'));
-    add_odd();
-    for (; *digits != 0; ++digits) add(1 << (*digits - '0'));
+    int order = order_of(n);
+    while (order > largest_split_order) order -= 4;  // further radices 16 go last
+    for (const char* digits = split_passes[order - least_split_order]; *digits != 0; ++digits)
+      add(1 << (*digits - '0'));
     while (m < n) add(16);
+  } else if (rough > 1) {
+    add(rough);
+    add_small(n / rough, add);
   } else {
-    for (const int order : {4, 3, 2, 1}) {
-      for (; twos >= order; twos -= order) add(1 << order);
+    // The first radix may be any, and is the one that leaves the fewest passes.
+    int best = 1, fewest = max_passes;
+    for (int first = 2; first <= largest_radix; ++first) {
+      if (n % first != 0) continue;
+      int count = 1;
+      add_small(n / first, [&](int) { ++count; });
+      if (count <= fewest) {
+        fewest = count;
+        best = first;
+      }
     }
-    add_odd();
+    if (n > 1) add(best);
+    add_small(n / best, add);
   }
   // The caches' lines are few when rows lie a power of two apart.
-  gap_ = split_ && (n & (n - 1)) == 0 && static_cast<std::size_t>(n) * sizeof(T) >= 16384 ? 8 : 0;
+  gap_ = split_ && static_cast<std::size_t>(n) * sizeof(T) >= 16384 ? 8 : 0;
   for (int i = 0; i < count_; ++i) {
     Pass& p = pass_[i];
     const int rows = n / (p.m * p.radix);
@@ -93,14 +127,26 @@ void Plan<T>::choose_passes(int n) {
 }
 
 template <class T>
-int Plan<T>::make(int n) {
+int Plan<T>::make(int n, bool split) {
   n_ = n;
-  if ((n & (n - 1)) == 0 && n >> least_blocked_order != 0) {
-    int order = 0;
-    while (n >> order > 1) ++order;
+  split_ = split;
+  const int order = order_of(n);
+  if (!split && order >= least_blocked_order) {
     blocked_ = create<Blocked<T>>();
     if (blocked_ == nullptr || blocked_->make(order) != 0) return no_memory;
     work_ = blocked_->work_size();
+    return 0;
+  }
+  if (!split && order > 2) {
+    if (const auto* all = Power<T>::whole(order)) {
+      for (const int d : {0, 1}) {
+        for (const int s : {0, 1}) single_[d][s] = (*all)[d][s];
+      }
+      return 0;
+    }
+    power_ = create<Power<T>>();
+    if (power_ == nullptr || power_->make(order) != 0) return no_memory;
+    work_ = power_->work_size();
     return 0;
   }
   int rough = rough_part(n, largest_prime);
@@ -113,9 +159,13 @@ int Plan<T>::make(int n) {
   if (n > 1 && n <= largest_radix && convolution_ == nullptr) {
     unrolled<largest_radix - 1>([&](auto i) {
       constexpr int R = i + 2;
-      if (n != R) return;
-      single_[0] = single_butterfly<R, false, T>;
-      single_[1] = single_butterfly<R, true, T>;
+      if constexpr (R != 8 && R != 16) {
+        if (n != R) return;
+        single_[0][0] = single_butterfly<R, false, false, T>;
+        single_[0][1] = single_butterfly<R, false, true, T>;
+        single_[1][0] = single_butterfly<R, true, false, T>;
+        single_[1][1] = single_butterfly<R, true, true, T>;
+      }
     });
     return 0;
   }
@@ -145,21 +195,27 @@ int Plan<T>::make(int n) {
 }
 
 template <class T>
-template <bool Inverse, class In, class Last>
-void Plan<T>::run_split_passes(In in, Last last, const T& scale, T* work) const {
+template <bool Inverse>
+void Plan<T>::run_split(const T* src, int stride, Split<V> dst, const T& scale, T* work) const {
   Split<V> x{work}, y{work + array_size()};
-  with_radix(pass_[0].radix, [&](auto R) {
-    if constexpr (R == 4 || R == 8) first_pass<R, V, Inverse>(in, scale, x, pass_[0].rows);
-  });
+  const Strided<V, Inverse> in{src, stride};
+  if (pass_[0].radix == 4) {
+    first_pass<4, V, Inverse>(in, scale, x, pass_[0].rows);
+  } else {
+    first_pass<8, V, Inverse>(in, scale, x, pass_[0].rows);
+  }
   for (int i = 1; i < count_; ++i) {
     const Pass& p = pass_[i];
-    const Split<V> twiddles{twiddles_.get() + p.twiddles};
-    if (i + 1 < count_) {
-      with_radix(p.radix, [&](auto R) { pass<R>(x, p.in_gap, y, twiddles, p.m, p.rows); });
-      std::swap(x, y);
+    const Split<V> twiddles{twiddles_.get() + p.twiddles}, out = i + 1 < count_ ? y : dst;
+    const auto run = [&](auto R) { pass<R>(x, p.in_gap, out, twiddles, p.m, p.rows); };
+    if (p.radix == 4) {
+      run(std::integral_constant<int, 4>());
+    } else if (p.radix == 8) {
+      run(std::integral_constant<int, 8>());
     } else {
-      with_radix(p.radix, [&](auto R) { pass<R>(x, p.in_gap, last, twiddles, p.m, p.rows); });
+      run(std::integral_constant<int, 16>());
     }
+    std::swap(x, y);
   }
 }
 
@@ -176,13 +232,14 @@ void Plan<T>::run_packed_passes(const T* src, T* dst, const T& scale, T* work) c
       convolution_->template run<Inverse>(src + 2 * j, first.rows.count, out(0).p + 2 * j * first.radix, scale, rest);
     }
   } else {
-    with_radix(first.radix,
-               [&](auto R) { first_rows<R, V, Inverse>(A{const_cast<T*>(src)}, scale, out(0), first.rows.count); });
+    with_radix<true>(first.radix, [&](auto R) {
+      first_rows<R, V, Inverse>(A{const_cast<T*>(src)}, scale, out(0), first.rows.count);
+    });
   }
   for (int i = 1; i < count_; ++i) {
     const Pass& p = pass_[i];
     const Split<V> twiddles{twiddles_.get() + p.twiddles};
-    with_radix(p.radix, [&](auto R) { pass<R>(out(i - 1), 0, out(i), twiddles, p.m, p.rows); });
+    with_radix<false>(p.radix, [&](auto R) { pass<R>(out(i - 1), 0, out(i), twiddles, p.m, p.rows); });
   }
 }
 
@@ -191,20 +248,12 @@ template <bool Inverse>
 void Plan<T>::run_passes(const T* src, T* dst, const T& scale, T* work) const {
   if (blocked_ != nullptr) {
     blocked_->template run<Inverse>(src, dst, scale, work);
-  } else if (split_) {
-    run_split_passes<Inverse>(Turns<V, Inverse>{const_cast<T*>(src)}, Pairs<V, Inverse>{dst}, scale, work);
   } else if (n_ == 1) {
     dst[0] = src[0] * scale;
     dst[1] = src[1] * scale;
   } else {
     run_packed_passes<Inverse>(src, dst, scale, work);
   }
-}
-
-template <class T>
-template <bool Inverse>
-void Plan<T>::run_split(const T* src, int stride, Split<V> dst, const T& scale, T* work) const {
-  run_split_passes<Inverse>(Strided<V, Inverse>{src, stride}, dst, scale, work);
 }
 
 template class Plan<float>;

@@ -97,6 +97,15 @@ int buffer_size(const R* spec, std::int32_t tag, int* size) {
   return status::ok;
 }
 
+// f with a buffer that lives for the call.
+template <class T, class F>
+QOR_COLD int in_own_buffer(int bytes, F f) {
+  const Array<std::uint8_t> own(static_cast<std::size_t>(bytes));
+  if (!own) return status::no_memory;
+  f(reinterpret_cast<T*>(own.get()));
+  return status::ok;
+}
+
 // Checks the arguments and calls f with the scale and work space.
 template <class T, class R, class F>
 QOR_INLINE int transform_with(const R* spec, std::int32_t tag, bool scaled, const void* src, const void* dst,
@@ -108,22 +117,19 @@ QOR_INLINE int transform_with(const R* spec, std::int32_t tag, bool scaled, cons
   if (spec->work_bytes == 0) {
     alignas(buffer_alignment) T work[stack_bytes / sizeof(T)];
     f(scale, work);
-    return status::ok;
+  } else if (buffer == nullptr) [[unlikely]] {
+    return in_own_buffer<T>(spec->work_bytes, [&](T* work) { f(scale, work); });
+  } else {
+    const auto at =
+        (reinterpret_cast<std::uintptr_t>(buffer) + buffer_alignment - 1) / buffer_alignment * buffer_alignment;
+    f(scale, reinterpret_cast<T*>(at));
   }
-  Array<std::uint8_t> own;
-  if (buffer == nullptr) {
-    own = Array<std::uint8_t>(static_cast<std::size_t>(spec->work_bytes));
-    if (!own) return status::no_memory;
-    buffer = own.get();
-  }
-  const auto at =
-      (reinterpret_cast<std::uintptr_t>(buffer) + buffer_alignment - 1) / buffer_alignment * buffer_alignment;
-  f(scale, reinterpret_cast<T*>(at));
   return status::ok;
 }
 
 template <class T, bool Inverse>
-int complex_transform(const T* src, T* dst, const ComplexRecord<T>* spec, std::int32_t tag, std::uint8_t* buffer) {
+QOR_INLINE int complex_transform(const T* src, T* dst, const ComplexRecord<T>* spec, std::int32_t tag,
+                                 std::uint8_t* buffer) {
   return transform_with<T>(spec, tag, spec != nullptr && (Inverse ? spec->scales_inverse : spec->scales_forward) != 0,
                            src, dst, buffer,
                            [&](const T& scale, T* work) { spec->plan.template run<Inverse>(src, dst, scale, work); });

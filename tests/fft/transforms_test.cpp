@@ -227,6 +227,24 @@ TEST(Transforms, OfOrdersTo22FindAnImpulseAndAWave) {
   }
 }
 
+// Blocks that are themselves larger than the caches. Frequencies 61 apart are enough.
+TEST(Transforms, OfOrders23And24FindAnImpulse) {
+  for (const int order : {23, 24}) {
+    const long long n = 1LL << order, a = n / 3;
+    std::vector<float> x(2 * static_cast<std::size_t>(n));
+    x[static_cast<std::size_t>(2 * a)] = 1;
+    auto run = complex_transform<float, fft>(order);
+    run(Of<float, fft>::complex.forward, x.data(), x.data());
+    double worst = 0;
+    for (long long k = 0; k < n; k += 61) {
+      const double turn = -2 * M_PI / static_cast<double>(n) * static_cast<double>(a * k % n);
+      const auto at = static_cast<std::size_t>(2 * k);
+      worst = std::max(worst, std::hypot(x[at] - std::cos(turn), x[at + 1] - std::sin(turn)));
+    }
+    EXPECT_LE(worst, 1e-6) << "order " << order;
+  }
+}
+
 template <class T>
 void check_large_real(int order) {
   const std::size_t n = std::size_t{1} << order;
@@ -266,12 +284,12 @@ TEST(Transforms, DISABLED_OfOrder25ComeBack) {
 }
 
 TEST(Transforms, AreScaledAsTheFlagSays) {
-  const std::vector<double> x = noise<double>(2 * 96, 3);
+  const std::vector<double> x = noise<double>(2 * 1024, 3);
   for (const int flag : {1, 2, 4, 8}) {
-    for (const int n : {1, 2, 3, 4, 8, 24, 45, 64, 96}) {
+    for (const int n : {1, 2, 3, 4, 8, 24, 45, 64, 96, 128, 512, 1024}) {
       const double forward = flag == 1 ? 1.0 / n : flag == 4 ? 1 / std::sqrt(n) : 1;
       const double inverse = flag == 2 ? 1.0 / n : flag == 4 ? 1 / std::sqrt(n) : 1;
-      std::vector<double> plain(2 * 96), scaled(2 * 96);
+      std::vector<double> plain(2 * 1024), scaled(2 * 1024);
       auto complex_plain = complex_transform<double, dft>(n), complex_scaled = complex_transform<double, dft>(n, flag);
       auto real_plain = real_transform<double, dft>(n), real_scaled = real_transform<double, dft>(n, flag);
       const auto compare = [&](double factor, int elements) {
