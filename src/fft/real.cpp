@@ -140,8 +140,9 @@ void RealPlan<T>::inverse(const T& zero, const T& middle, const T* pairs, T* dst
   if (n_ % 2 == 0) {
     const int m = n_ / 2;
     if (m > 1) recombine<true>(pairs, dst + 2, factors_.get(), m);
-    dst[0] = zero + middle;
-    dst[1] = zero - middle;
+    const T a = zero;  // it may be dst[0]
+    dst[0] = a + middle;
+    dst[1] = a - middle;
     plan_.template run<true>(dst, dst, scale, work);
   } else {
     T* const z = work + plan_.work_size();

@@ -39,8 +39,8 @@ QOR_INLINE auto as_vectors(T* p) {
 
 // Points `apart` elements apart become frequencies `pitch` vectors apart, or the reverse.
 template <int R, class V>
-[[gnu::noinline]] void real_first(const lane_t<V>* in, int apart, V* out, int pitch, const FirstRows& rows,
-                                  const lane_t<V>& scale) {
+QOR_INLINE void real_first(const lane_t<V>* in, int apart, V* out, int pitch, const FirstRows& rows,
+                           const lane_t<V>& scale) {
   const V factor = splat<V>(scale);
   for (int i = 0; i < rows.count; ++i, out += 2 * rows.next * rows.width) {
     for (int r = 0; r < rows.next; ++r) {
@@ -54,8 +54,8 @@ template <int R, class V>
   }
 }
 template <int R, class V>
-[[gnu::noinline]] void real_last_inverse(const V* in, int pitch, lane_t<V>* out, int apart, const FirstRows& rows,
-                                         const lane_t<V>& scale) {
+QOR_INLINE void real_last_inverse(const V* in, int pitch, lane_t<V>* out, int apart, const FirstRows& rows,
+                                  const lane_t<V>& scale) {
   const V factor = splat<V>(scale);
   for (int i = 0; i < rows.count; ++i, in += 2 * rows.next * rows.width) {
     for (int r = 0; r < rows.next; ++r) {
@@ -207,7 +207,7 @@ QOR_INLINE void store_frequencies(lane_t<V>* p, Complex<V> x) {
 // The pass between one row of n = R m values and planes of R rows: `count` vectors of frequencies from k on, in `work`
 // those of k first. Twiddle factors: as columns() in passes.h has them.
 template <int R, class V>
-[[gnu::noinline]] void real_last(const V* work, lane_t<V>* out, int k, int m, const V* twiddles, int count) {
+QOR_INLINE void real_last(const V* work, lane_t<V>* out, int k, int m, const V* twiddles, int count) {
   using C = Complex<V>;
   constexpr int L = lanes<V>;
   const lane_t<V>* x = reinterpret_cast<const lane_t<V>*>(work);
@@ -236,7 +236,7 @@ template <int R, class V>
   } while (--count != 0);
 }
 template <int R, class V>
-[[gnu::noinline]] void real_first_inverse(const lane_t<V>* in, V* work, int k, int m, const V* twiddles, int count) {
+QOR_INLINE void real_first_inverse(const lane_t<V>* in, V* work, int k, int m, const V* twiddles, int count) {
   using C = Complex<V>;
   constexpr int L = lanes<V>;
   lane_t<V>* x = reinterpret_cast<lane_t<V>*>(work);
@@ -265,7 +265,7 @@ template <int R, class V>
 
 // The frequencies 0 and m/2 of that pass. They are written after the others, and in the inverse made after them.
 template <int R, class V>
-[[gnu::noinline]] void real_last_ends(const V* work, lane_t<V>* out, int m) {
+QOR_INLINE void real_last_ends(const V* work, lane_t<V>* out, int m) {
   const lane_t<V>* in = reinterpret_cast<const lane_t<V>*>(work);
   Real<V, R>::forward([&](int r) { return lone<V>(in[lone_row<V>(r)]); },
                       [&](int p, V x) { out[p < 2 ? p : p / 2 * 2 * m + p % 2] = x[0]; });
@@ -276,7 +276,7 @@ template <int R, class V>
                          });
 }
 template <int R, class V>
-[[gnu::noinline]] void real_first_inverse_ends(const lane_t<V>* in, lane_t<V> zero, lane_t<V> middle, V* work, int m) {
+QOR_INLINE void real_first_inverse_ends(const lane_t<V>* in, lane_t<V> zero, lane_t<V> middle, V* work, int m) {
   lane_t<V>* out = reinterpret_cast<lane_t<V>*>(work);
   Real<V, R>::inverse([&](int p) { return lone<V>(p == 0   ? zero
                                                   : p == 1 ? middle

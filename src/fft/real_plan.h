@@ -109,30 +109,34 @@ class RealPasses {
       run_pass<false>(p, x, pitch(p.rows * p.radix()), y, pitch(p.rows), factors(i), rows(i));
     }
     const RealPass& p = pass_[count_ - 1];
-    with_order<2, 3>(p.order, [&](auto R) {
-      const V* const w = factors(count_ - 1);
-      const int whole = (p.m / 2 - 1) / L, k = last_start(p.m);
-      if (whole > 0) real_last<R>(x + pitch(R), out, 1, p.m, w, whole);
-      real_last<R>(x + k * pitch(R), out, k, p.m, w + whole * 2 * (R - 1), 1);
-      real_last_ends<R>(x, out, p.m);
-    });
+    with_order<2, 3>(p.order, [&](auto R) { last<R>(x, out, p.m, factors(count_ - 1)); });
   }
   // The reverse. Returns which of x and y holds the result.
-  V* inverse(const T* in, T zero, T middle, V* x, V* y) const {
+  V* inverse(const T* in, const T& zero, const T& middle, V* x, V* y) const {
     const RealPass& p = pass_[count_ - 1];
-    with_order<2, 3>(p.order, [&](auto R) {
-      const V* const w = factors(count_ - 1);
-      const int whole = (p.m / 2 - 1) / L, k = last_start(p.m);
-      if (whole > 0) real_first_inverse<R>(in, x + pitch(R), 1, p.m, w, whole);
-      real_first_inverse<R>(in, x + k * pitch(R), k, p.m, w + whole * 2 * (R - 1), 1);
-      real_first_inverse_ends<R>(in, zero, middle, x, p.m);
-    });
+    with_order<2, 3>(p.order, [&](auto R) { first_inverse<R>(in, zero, middle, x, p.m, factors(count_ - 1)); });
     for (int i = count_ - 2; i >= 0; --i, std::swap(x, y)) {
       const RealPass& q = pass_[i];
       run_pass<true>(q, y, pitch(q.rows * q.radix()), x, pitch(q.rows), factors(i), rows(i));
     }
     return x;
   }
+  // The last pass of the forward transform and the first of the inverse.
+  template <int R>
+  QOR_INLINE static void last(const V* x, T* out, int m, const V* w) {
+    const int whole = (m / 2 - 1) / L, k = last_start(m);
+    if (whole > 0) real_last<R>(x + pitch(R), out, 1, m, w, whole);
+    real_last<R>(x + k * pitch(R), out, k, m, w + whole * 2 * (R - 1), 1);
+    real_last_ends<R>(x, out, m);
+  }
+  template <int R>
+  QOR_INLINE static void first_inverse(const T* in, const T& zero, const T& middle, V* x, int m, const V* w) {
+    const int whole = (m / 2 - 1) / L, k = last_start(m);
+    if (whole > 0) real_first_inverse<R>(in, x + pitch(R), 1, m, w, whole);
+    real_first_inverse<R>(in, x + k * pitch(R), k, m, w + whole * 2 * (R - 1), 1);
+    real_first_inverse_ends<R>(in, zero, middle, x, m);
+  }
+  const V* factors(int i) const { return as_vectors<V>(static_cast<const T*>(twiddles_.get() + pass_[i].twiddles)); }
 
  private:
   static constexpr int pitch(int rows) { return 2 * rows / L; }
@@ -140,7 +144,6 @@ class RealPasses {
   // overwritten.)
   static constexpr int last_start(int m) { return m / 2 > L ? m / 2 - L : 1; }
   Order rows(int i) const { return order_for<V>(pass_[i].rows, pass_[i + 1].radix(), i + 2 == count_); }
-  const V* factors(int i) const { return as_vectors<V>(static_cast<const T*>(twiddles_.get() + pass_[i].twiddles)); }
 
   int n_ = 0, count_ = 0;
   RealPass pass_[8];
@@ -166,18 +169,35 @@ class SmallReal {
   std::size_t work_size() const { return 2 * padded(passes_.array_size()); }
   void forward(const T* src, T* dst, const T& scale, T* work) const {
     V *const x = as_vectors<V>(work), *const y = as_vectors<V>(work + work_size() / 2);
-    with_order<3, 4>(order_, [&](auto R) { real_first<R>(src, apart_, x, 2 * apart_ / L, rows_, scale); });
     // The last pass may look behind what there is.
     std::fill_n(x + (apart_ << order_) / L, 2, V{});
+    if (apart_ == two_rows) {
+      with_order<3, 4>(order_, [&](auto R) {
+        real_first<R>(src, two_rows, x, 2 * two_rows / L, FirstRows{two_rows / L, L, 1, 0, 1}, scale);
+        RealPasses<T>::template last<two_rows>(x, dst, R, passes_.factors(0));
+      });
+      return;
+    }
+    with_order<3, 4>(order_, [&](auto R) { real_first<R>(src, apart_, x, 2 * apart_ / L, rows_, scale); });
     passes_.forward(x, y, dst);
   }
-  void inverse(const T* src, T zero, T middle, T* dst, const T& scale, T* work) const {
+  void inverse(const T* src, const T& zero, const T& middle, T* dst, const T& scale, T* work) const {
     V *const x = as_vectors<V>(work), *const y = as_vectors<V>(work + work_size() / 2);
+    if (apart_ == two_rows) {
+      with_order<3, 4>(order_, [&](auto R) {
+        RealPasses<T>::template first_inverse<two_rows>(src, zero, middle, x, R, passes_.factors(0));
+        real_last_inverse<R>(x, 2 * two_rows / L, dst, two_rows, FirstRows{two_rows / L, L, 1, 0, 1}, scale);
+      });
+      return;
+    }
     const V* const z = passes_.inverse(src, zero, middle, x, y);
     with_order<3, 4>(order_, [&](auto R) { real_last_inverse<R>(z, 2 * apart_ / L, dst, apart_, rows_, scale); });
   }
 
  private:
+  // Of the smallest transforms, of two passes, the second of radix 4: everything is a constant.
+  static constexpr int two_rows = 4;
+
   int order_ = 0, apart_ = 0;
   FirstRows rows_{};
   RealPasses<T> passes_;
@@ -313,7 +333,7 @@ class LargeReal {
       });
     }
   }
-  void inverse(const T* src, T zero, T middle, T* dst, const T& scale, T* work) const {
+  void inverse(const T* src, const T& zero, const T& middle, T* dst, const T& scale, T* work) const {
     const Arrays a = arrays(work);
     T* const ends = reinterpret_cast<T*>(a.y);
     for (int i = 0; i < columns_; ++i) {
