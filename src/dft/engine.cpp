@@ -406,12 +406,9 @@ void Engine<T>::run(Place<T> start, T scale, Team team, T* work_space) const {
         }
       }
     }
-    team.wait();
+    if (i + 1 < program.phases || (!Inverse && folded_)) team.wait();
   }
-  if (!Inverse && folded_) {
-    unfold(start, team);
-    team.wait();
-  }
+  if (!Inverse && folded_) unfold(start, team);
 }
 
 template <class T>
@@ -463,6 +460,7 @@ int Engine<T>::compute(const T* in, T* out) const {
       } else {
         run<Inverse>({{x, block, block}}, factor, team, own);
       }
+      team.wait();
       if (!Inverse && team.rank == 0) {
         over_half(
             set_, layout, block, y,
