@@ -96,8 +96,7 @@ template <int Rows, class T>
 QOR_INLINE void fetch_rows(const T* p, std::ptrdiff_t step, int registers) {
   fft::unrolled<Rows>([&](auto r) {
     const char* const line = reinterpret_cast<const char*>(p + r * step);
-    __builtin_prefetch(line);
-    if (registers > 2) __builtin_prefetch(line + 64);
+    for (int w = 0; w < registers; w += 2) __builtin_prefetch(line + 32 * w);
   });
 }
 
@@ -229,7 +228,8 @@ int Columns<T>::make(int n) {
   }
   choose_passes(n);
   if (count_ < 2) return 0;
-  work_ = static_cast<std::size_t>(n) * 2 * most_columns + static_cast<std::size_t>(n / pass_[0].radix) * gap;
+  work_ = static_cast<std::size_t>(n) * 2 * static_cast<std::size_t>(at_once()) +
+          static_cast<std::size_t>(n / pass_[0].radix) * gap;
   return make_tables() ? 0 : fft::no_memory;
 }
 

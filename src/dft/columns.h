@@ -5,6 +5,8 @@
 // their reversed digits, the passes between run in place, the last one writes the array's rows in order.
 #pragma once
 
+#include <algorithm>
+
 #include "fft/create.h"
 #include "fft/plan.h"
 
@@ -22,8 +24,6 @@ class Columns {
  public:
   using V = simd::Vec<T>;
   static constexpr int lanes = simd::lanes<V>;
-  static constexpr int most_registers = 4;
-  static constexpr int most_columns = most_registers * lanes;  // 128 bytes of a row
 
   Columns() = default;
   ~Columns() { fft::destroy(lines_); }
@@ -33,14 +33,15 @@ class Columns {
   // 0 or fft::no_memory.
   int make(int n);
   int length() const { return n_; }
-  // How many columns it is best to give to run(): few of long ones, which overflow the caches.
-  int at_once() const { return n_ <= longest_at_once ? most_columns : lanes; }
+  // How many columns it is best to give to run(): 128 bytes of a row, more of short columns so that the buffer has 16
+  // KiB, and few of long ones, which overflow the caches.
+  int at_once() const { return n_ <= longest_at_once ? std::clamp(512 / n_, 4, 16) * lanes : lanes; }
   // Reals that run() needs.
   std::size_t work_size() const { return work_; }
 
   // Are rows done best as columns, several at once, and how many of them?
   bool serves_rows() const { return lines_ == nullptr && n_ <= (sizeof(T) == 8 ? 128 : 512); }
-  int rows_at_once() const { return n_ <= 64 ? most_columns : most_columns / 2; }
+  int rows_at_once() const { return n_ <= 64 ? at_once() : 2 * lanes; }
 
   // Transforms up to at_once() columns, a multiple of `lanes`, times scale. The arrays are the same or apart.
   template <bool Inverse>

@@ -12,8 +12,9 @@ namespace qor::dft {
 namespace {
 
 constexpr int alignment = 64;
-// A block of trailing axes of at most so many bytes goes through all its steps before the next one.
-constexpr std::size_t block_bytes = std::size_t{1} << 20;
+// A block of trailing axes of at most so many bytes goes through all its steps before the next one, if the whole has
+// more than fits in a core's cache anyway.
+constexpr std::size_t block_bytes = std::size_t{1} << 20, cached_bytes = std::size_t{1} << 18;
 constexpr int least_blocks = 8;
 // Points times levels that are worth a thread.
 constexpr double thread_points = 65536;
@@ -136,7 +137,8 @@ void Engine<T>::make_program(Direction& d, bool inverse) {
     bytes *= static_cast<std::size_t>(real && a == set_.rank - 1 ? columns_along_last() : set_.length[a]);
     int places = d.temporary ? 1 : set_.transforms;
     for (int i = 0; i < axes - f; ++i) places *= set_.length[order[i]];
-    if (f >= 2 && bytes <= block_bytes && places >= least_blocks) fused = f;
+    const bool large = static_cast<std::size_t>(places) > cached_bytes / bytes;
+    if (f >= 2 && bytes <= block_bytes && places >= least_blocks && large) fused = f;
   }
   const int alone = axes - fused;  // axes whose steps are phases
 
@@ -404,12 +406,9 @@ void Engine<T>::run(Place<T> start, T scale, Team team, T* work_space) const {
         }
       }
     }
-    team.wait();
+    if (i + 1 < program.phases || (!Inverse && folded_)) team.wait();
   }
-  if (!Inverse && folded_) {
-    unfold(start, team);
-    team.wait();
-  }
+  if (!Inverse && folded_) unfold(start, team);
 }
 
 template <class T>
@@ -461,6 +460,7 @@ int Engine<T>::compute(const T* in, T* out) const {
       } else {
         run<Inverse>({{x, block, block}}, factor, team, own);
       }
+      team.wait();
       if (!Inverse && team.rank == 0) {
         over_half(
             set_, layout, block, y,

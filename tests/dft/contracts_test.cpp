@@ -137,9 +137,8 @@ TEST(DftContracts, EveryStatusHasOneClassAndAMessageOfItsOwn) {
     const bool is_known = classes == 1;
     EXPECT_LE(classes, 1) << status;
     known += is_known;
-    if (is_known) {
-      EXPECT_TRUE(messages.insert(qor_dft_zx9_error_message_external(status)).second) << status;
-    }
+    if (!is_known) continue;
+    EXPECT_TRUE(messages.insert(qor_dft_zx9_error_message_external(status)).second) << status;
   }
   EXPECT_EQ(known, 21);
   EXPECT_FALSE(messages.contains(qor_dft_zx9_error_message_external(1)));
@@ -207,9 +206,7 @@ TEST(DftContracts, EveryFailedAllocationIsReportedAndNothingIsKept) {
     if (status == 0) status = qor_dft_zx9_commit_descriptor_external(d);
     if (status == 0) {
       status = qor_dft_zx9_compute_forward_external(d, x.data(), nullptr);
-      if (status != 0) {
-        EXPECT_EQ(x, std::vector<double>(x.size(), 1)) << "written without memory";
-      }
+      EXPECT_TRUE(status == 0 || x == std::vector<double>(x.size(), 1)) << "written without memory";
     }
     const bool done = until_failure > 0;
     until_failure = -1;
