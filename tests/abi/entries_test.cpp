@@ -640,7 +640,7 @@ int probe_release(qor_conv_task*, void*) {
 }
 int probe_copy(qor_conv_task*, void** slot, void*) {
   note_frame(__builtin_frame_address(0));
-  *slot = std::malloc(1);
+  *slot = nullptr;  // the copy has none
   return 0;
 }
 class ConvTask {
