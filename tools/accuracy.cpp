@@ -1,7 +1,8 @@
 // The deep accuracy sweep: every single of one-argument functions, some ten million doubles a function. Prints a line a
 // function, writes a page when asked to, and fails when a bound is exceeded.
-//   qor_accuracy [--doubles N] [--singles STEP] [--only TEXT] [--markdown FILE]
-// N: doubles a function (default 7000000); STEP: every STEPth bit pattern of the singles (default 1: all 2^32).
+//   qor_accuracy [--doubles N] [--singles STEP] [--complex N] [--only TEXT] [--markdown FILE | --append FILE]
+// N: doubles a function (default 7000000), complex numbers a function (default 1000000); STEP: every STEPth bit pattern of
+// the singles (default 1: all 2^32). Zeros leave a kind out. --append adds to a page that has the other kinds.
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <cstring>
 #include <thread>
 
+#include "tfn/complex_sweep.h"
 #include "tfn/sweep.h"
 
 namespace {
@@ -20,8 +22,10 @@ using namespace qor::test;
 struct Options {
   long long doubles = 7000000;
   std::uint64_t step = 1;
+  long long complex = 1000000;
   const char* only = "";
   const char* markdown = nullptr;
+  bool append = false;
 };
 
 void progress(const std::string& what, double share) {
@@ -56,9 +60,9 @@ std::string hexadecimal(double x) {
 
 class Report {
  public:
-  Report(const char* markdown, const std::string& command)
-      : file_(markdown != nullptr ? std::fopen(markdown, "w") : nullptr) {
-    if (file_ == nullptr) return;
+  Report(const Options& o, const std::string& command)
+      : file_(o.markdown != nullptr ? std::fopen(o.markdown, o.append ? "a" : "w") : nullptr), command_(command) {
+    if (file_ == nullptr || o.append) return;
     std::fprintf(
         file_,
         "# Accuracy\n\n"
@@ -88,6 +92,45 @@ class Report {
       std::fflush(file_);
     }
   }
+  void complex_heading() {
+    if (file_ == nullptr) return;
+    std::fprintf(
+        file_,
+        "\n## Complex numbers\n\n"
+        "Largest distance of result and exact result (libquadmath's), in units in the last place of the exact\n"
+        "result's size, and largest error of a part in its own; of `_50` and `_21` few parts have a bound.\n"
+        "Arguments: all bit patterns, on and next to the axes, the unit circle, 1 and i, multiples of pi/2,\n"
+        "both parts tiny or huge or of unlike size, and where each function is hard: next to cuts, poles,\n"
+        "branch points, overflow. Written by `%s`.\n\n"
+        "| member | max ulp | bound | at | max ulp of a part | bound | at | arguments |\n"
+        "|---|---|---|---|---|---|---|---|\n",
+        command_.c_str());
+  }
+  template <class T>
+  void complex_row(const ComplexMember<T>& m, const ComplexWorst<T>& w, long long count) {
+    const bool met = w.error.size <= m.size_bound && w.error.part <= m.part_bound;
+    failed_ = failed_ || !met;
+    const auto at = [&](const ComplexArguments<T>& z) {
+      std::string text = hexadecimal(z.re) + ", " + hexadecimal(z.im);
+      if (m.inputs == 2) text += "; " + hexadecimal(z.b_re) + ", " + hexadecimal(z.b_im);
+      return text;
+    };
+    const auto bound = [](double b) {
+      char text[20];
+      std::snprintf(text, sizeof text, "%.2f", b);
+      return std::isinf(b) ? std::string("-") : std::string(text);
+    };
+    std::printf("%-18s max %.4f ulp (bound %s) at %s; parts %.4g (%s) at %s  [%lld]%s\n", m.name.c_str(), w.error.size,
+                bound(m.size_bound).c_str(), at(w.size_at).c_str(), w.error.part, bound(m.part_bound).c_str(),
+                at(w.part_at).c_str(), count, met ? "" : "  EXCEEDED");
+    std::fflush(stdout);
+    if (file_ != nullptr) {
+      std::fprintf(file_, "| `%s` | %.4f | %s | %s | %.4g | %s | %s | %lld |\n", m.name.c_str(), w.error.size,
+                   bound(m.size_bound).c_str(), at(w.size_at).c_str(), w.error.part, bound(m.part_bound).c_str(),
+                   at(w.part_at).c_str(), count);
+      std::fflush(file_);
+    }
+  }
   void fail(const std::string& why) {
     failed_ = true;
     std::printf("%s\n", why.c_str());
@@ -96,15 +139,16 @@ class Report {
 
  private:
   std::FILE* file_;
+  std::string command_;
   bool failed_ = false;
 };
 
 // The members that compute one function; the oracle, which takes the time, works for all of them at once.
-template <class T>
-std::vector<std::vector<Member<T>>> functions(const Options& o) {
-  std::vector<std::vector<Member<T>>> groups;
-  for (const auto& m : members<T>()) {
-    if (m.name.find(o.only) == std::string::npos) continue;
+template <class M>
+std::vector<std::vector<M>> functions(const Options& o, bool wanted, const std::vector<M>& members) {
+  std::vector<std::vector<M>> groups;
+  for (const auto& m : members) {
+    if (!wanted || m.name.find(o.only) == std::string::npos) continue;
     const auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& g) {
       return g[0].function == m.function && g[0].inputs == m.inputs;
     });
@@ -195,6 +239,32 @@ void sweep_singles(const Options& o, Report& report, const std::vector<Member<fl
   if (disagreements != 0) report.fail(group[0].function + ": the double kernel and the oracle disagree");
 }
 
+template <class T>
+void sweep_complex(const Options& o, Report& report, const std::vector<ComplexMember<T>>& group) {
+  const ComplexMember<T>& first = group[0];
+  constexpr int per_stratum = 50;
+  const auto piece_inputs = [&](int piece) {
+    return complex_inputs<T>(first.function, first.inputs, per_stratum, 2 * static_cast<std::uint64_t>(piece));
+  };
+  const long long size = piece_inputs(0).size();
+  const int pieces = static_cast<int>(std::max(1LL, o.complex / size));
+  std::vector<std::vector<ComplexWorst<T>>> found(static_cast<std::size_t>(pieces));
+  std::atomic<long long> count{0};
+  in_parallel(pieces, first.function + (sizeof(T) == 8 ? " of complex doubles" : " of complex singles"),
+              [&](int piece) {
+                const ComplexInputs<T> in = piece_inputs(piece);
+                const auto exact = complex_exact(first, in);
+                for (const auto& m : group)
+                  found[static_cast<std::size_t>(piece)].push_back(complex_worst(m, in, exact));
+                count += in.size();
+              });
+  for (std::size_t m = 0; m < group.size(); ++m) {
+    ComplexWorst<T> all;
+    for (const auto& one : found) all.take(one[m]);
+    report.complex_row(group[m], all, count);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -202,25 +272,32 @@ int main(int argc, char** argv) {
   for (int i = 1; i + 1 < argc; i += 2) {
     if (std::strcmp(argv[i], "--doubles") == 0) o.doubles = std::atoll(argv[i + 1]);
     if (std::strcmp(argv[i], "--singles") == 0) o.step = std::strtoull(argv[i + 1], nullptr, 10);
+    if (std::strcmp(argv[i], "--complex") == 0) o.complex = std::atoll(argv[i + 1]);
     if (std::strcmp(argv[i], "--only") == 0) o.only = argv[i + 1];
     if (std::strcmp(argv[i], "--markdown") == 0) o.markdown = argv[i + 1];
+    if (std::strcmp(argv[i], "--append") == 0) o.markdown = argv[i + 1], o.append = true;
   }
-  if (argc % 2 == 0 || o.step == 0) {
-    std::fprintf(stderr, "usage: qor_accuracy [--doubles N] [--singles STEP] [--only TEXT] [--markdown FILE]\n");
+  if (argc % 2 == 0) {
+    std::fprintf(stderr,
+                 "usage: qor_accuracy [--doubles N] [--singles STEP] [--complex N] [--only TEXT] [--markdown FILE | "
+                 "--append FILE]\n");
     return 2;
   }
   _tfnSetMode(TFN_ERR_IGNORE);
   std::string command = "./run accuracy";
   for (int i = 1; i < argc; ++i) command += std::string(" ") + argv[i];
-  Report report(o.markdown, command);
+  Report report(o, command);
 
-  for (const auto& group : functions<double>(o)) sweep_strata(o, report, group);
-  for (const auto& group : functions<float>(o)) {
+  for (const auto& group : functions(o, o.doubles != 0, members<double>())) sweep_strata(o, report, group);
+  for (const auto& group : functions(o, o.step != 0, members<float>())) {
     if (group[0].inputs == 1) {
       sweep_singles(o, report, group);
     } else {
       sweep_strata(o, report, group);
     }
   }
+  if (o.complex != 0) report.complex_heading();
+  for (const auto& group : functions(o, o.complex != 0, complex_members<double>())) sweep_complex(o, report, group);
+  for (const auto& group : functions(o, o.complex != 0, complex_members<float>())) sweep_complex(o, report, group);
   return report.failed() ? 1 : 0;
 }

@@ -11,11 +11,12 @@
 // of z to +-1 and need a formula a region. Then
 //   asin z = u + i v, acos z = pi/2 - u - i v, acosh z = v + i (pi/2 - u), asinh z = v + i u of y + i x.
 //   atanh z = 1/4 ln(1 + 4 x/((1 - x)^2 + y^2)) + i/2 atan2(2 y, -d)  (Kahan), atan z the same of y + i x.
+// Errors in units in the last place of the result's size, and of a part's own:
 // - double _HA: squares and quotients with their remainders; a Newton step on B^2 - (y/B)^2 = |d| finds what the larger
-//   root B lacks.
-// - double _50: plain arithmetic; the logarithm of _HA of a pair, arc tangents of _50.
-// - single _HA: the same in double precision with a shorter logarithm.
-// - single _21: the same in single precision.
+//   root B lacks: 0.71, and 0.6 (where a part is below 2^-900 and products of halves vanish, 3.1).
+// - double _50: plain arithmetic; the logarithm of _HA of a pair, arc tangents of _50: 2.9 and 3.8.
+// - single _HA: the same in double precision with a shorter logarithm: 0.71 and 0.502.
+// - single _21: the same in single precision: 3.2 and 3.8.
 #pragma once
 
 #include <cmath>
@@ -329,6 +330,8 @@ struct InverseElement {
 template <Inverse F, class T, Accuracy A>
 struct InverseFunction : Bounds<T, A>, InverseElement<F> {
   using Number = std::conditional_t<sizeof(T) == 4 && A == Accuracy::low, float, double>;
+  // Low accuracy keeps the parts too: 3.7 found.
+  static constexpr double part_bound = A == Accuracy::high ? 4 : 5;
   static constexpr int inputs = 1;
   static constexpr double filler = 0.5;
   static constexpr Effort effort = A == Accuracy::low ? Effort::plain : sizeof(T) == 4 ? Effort::wide : Effort::exact;

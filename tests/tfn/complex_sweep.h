@@ -36,49 +36,13 @@ QOR_ORACLE(Tanh, ctanhq)
 QOR_ORACLE(Sin, csinq)
 QOR_ORACLE(Cos, ccosq)
 QOR_ORACLE(Tan, ctanq)
+QOR_ORACLE(Asin, casinq)
+QOR_ORACLE(Acos, cacosq)
+QOR_ORACLE(Atan, catanq)
+QOR_ORACLE(Asinh, casinhq)
+QOR_ORACLE(Acosh, cacoshq)
+QOR_ORACLE(Atanh, catanhq)
 #undef QOR_ORACLE
-
-// Inverse functions by the formulas of T. E. Hull, T. F. Fairgrieve, P. T. P. Tang (ACM TOMS 23, 1997): distances of z to
-// +-1, a formula a region; in quadruple precision no double's square overflows. (libquadmath's own lose digits near cuts.)
-struct QuadArcs {
-  Quad sine, cosine, height;  // arc sine's and arc cosine's real part, both ones' imaginary part
-};
-inline QuadArcs quad_arcs(Quad x, Quad y) {  // x, y >= 0
-  const Quad r = hypotq(x + 1, y), s = hypotq(x - 1, y), a = (r + s) / 2, b = x / a;
-  const Quad beyond = x < 1 ? y * y / (s + (1 - x)) : s + (x - 1), above = (y * y / (r + x + 1) + beyond) / 2;  // a - 1
-  QuadArcs arcs = {asinq(b), acosq(b), log1pq(above + sqrtq(above * (a + 1)))};
-  if (b > 0.6417Q) {
-    const Quad near = (x <= 1 ? y * y / (r + x + 1) + (s + (1 - x)) : y * y / (r + x + 1) + y * y / (s + (x - 1))) / 2;
-    const Quad t = sqrtq((a + x) * near);
-    arcs = {atan2q(x, t), atan2q(t, x), arcs.height};
-  }
-  return arcs;
-}
-inline QuadComplex Asin(QuadComplex z, QuadComplex) {
-  const QuadArcs a = quad_arcs(fabsq(crealq(z)), fabsq(cimagq(z)));
-  return quad(copysignq(a.sine, crealq(z)), copysignq(a.height, cimagq(z)));
-}
-inline QuadComplex Acos(QuadComplex z, QuadComplex) {
-  const QuadArcs a = quad_arcs(fabsq(crealq(z)), fabsq(cimagq(z)));
-  return quad(crealq(z) < 0 ? M_PIq - a.cosine : a.cosine, copysignq(a.height, -cimagq(z)));
-}
-inline QuadComplex Acosh(QuadComplex z, QuadComplex) {
-  const QuadComplex c = Acos(z, z);
-  return quad(fabsq(cimagq(c)), copysignq(crealq(c), cimagq(z)));
-}
-inline QuadComplex Atanh(QuadComplex z, QuadComplex) {
-  const Quad x = fabsq(crealq(z)), y = fabsq(cimagq(z)), w = 1 - x;
-  const Quad re = log1pq(4 * x / (w * w + y * y)) / 4, im = atan2q(2 * y, w * (1 + x) - y * y) / 2;
-  return quad(copysignq(re, crealq(z)), copysignq(im, cimagq(z)));
-}
-// f(z) = -i g(i z)
-template <QuadComplex g(QuadComplex, QuadComplex)>
-QuadComplex turned(QuadComplex z) {
-  const QuadComplex w = g(quad(-cimagq(z), crealq(z)), z);
-  return quad(cimagq(w), -crealq(w));
-}
-inline QuadComplex Asinh(QuadComplex z, QuadComplex) { return turned<Asin>(z); }
-inline QuadComplex Atan(QuadComplex z, QuadComplex) { return turned<Atanh>(z); }
 inline QuadComplex Pow(QuadComplex z, QuadComplex w) { return cpowq(z, w); }
 inline QuadComplex Powx(QuadComplex z, QuadComplex w) { return cpowq(z, w); }
 }  // namespace complex_oracle
@@ -258,20 +222,29 @@ std::vector<QuadComplex> complex_exact(const ComplexMember<T>& m, const ComplexI
 }
 
 // The largest errors, and where.
-struct ComplexWorst {
-  ComplexError error;
-  int size_at = 0, part_at = 0;
+template <class T>
+struct ComplexArguments {
+  T re, im, b_re, b_im;
 };
 template <class T>
-ComplexWorst complex_worst(const ComplexMember<T>& m, const ComplexInputs<T>& in,
-                           const std::vector<QuadComplex>& exact) {
+struct ComplexWorst {
+  ComplexError error;
+  ComplexArguments<T> size_at{}, part_at{};
+  void take(const ComplexWorst& w) {
+    if (w.error.size > error.size) error.size = w.error.size, size_at = w.size_at;
+    if (w.error.part > error.part) error.part = w.error.part, part_at = w.part_at;
+  }
+};
+template <class T>
+ComplexWorst<T> complex_worst(const ComplexMember<T>& m, const ComplexInputs<T>& in,
+                              const std::vector<QuadComplex>& exact) {
   std::vector<T> y(in.a.size());
   m.run(in.size(), in.a.data(), in.second(), y.data());
-  ComplexWorst w;
+  ComplexWorst<T> w;
   for (int i = 0; i < in.size(); ++i) {
-    const ComplexError e = complex_error(&y[static_cast<std::size_t>(2 * i)], exact[static_cast<std::size_t>(i)]);
-    if (e.size > w.error.size) w.error.size = e.size, w.size_at = i;
-    if (e.part > w.error.part) w.error.part = e.part, w.part_at = i;
+    const T *const a = in.a.data() + 2 * i, *const b = in.second() + 2 * i;
+    const ComplexArguments<T> at = {a[0], a[1], b[0], b[1]};
+    w.take({complex_error(&y[static_cast<std::size_t>(2 * i)], exact[static_cast<std::size_t>(i)]), at, at});
   }
   return w;
 }

@@ -26,11 +26,10 @@ TYPED_TEST(ComplexKernels, KeepTheirErrorBounds) {
       exact = complex_exact(m, in);
     }
     const auto w = complex_worst(m, in, exact);
-    const auto where = [&](int i) {
-      const T *const a = &in.a[static_cast<std::size_t>(2 * i)], *const b = in.second() + 2 * i;
+    const auto where = [&](const ComplexArguments<T>& z) {
       std::ostringstream text;
-      text << m.name << " at " << std::hexfloat << a[0] << ' ' << a[1];
-      if (m.inputs == 2) text << ", " << b[0] << ' ' << b[1];
+      text << m.name << " at " << std::hexfloat << z.re << ' ' << z.im;
+      if (m.inputs == 2) text << ", " << z.b_re << ' ' << z.b_im;
       return text.str();
     };
     EXPECT_LE(w.error.size, m.size_bound) << where(w.size_at);
