@@ -13,8 +13,8 @@
 //   atanh z = 1/4 ln(1 + 4 x/((1 - x)^2 + y^2)) + i/2 atan2(2 y, -d)  (Kahan), atan z the same of y + i x.
 // Errors in units in the last place of the result's size, and of a part's own:
 // - double _HA: squares and quotients with their remainders; a Newton step on B^2 - (y/B)^2 = |d| finds what the larger
-//   root B lacks: 0.71, and 0.6 (where a part is below 2^-900 and products of halves vanish, 3.1).
-// - double _50: plain arithmetic; the logarithm of _HA of a pair, arc tangents of _50: 2.9 and 3.8.
+//   root B lacks: 0.71, and 0.6 (3.0 where a part is below 2^-900 and products of halves vanish).
+// - double _50: plain arithmetic; the logarithm of _HA of a pair, arc tangents of _50: 3.3 and 3.7.
 // - single _HA: the same in double precision with a shorter logarithm: 0.71 and 0.502.
 // - single _21: the same in single precision: 3.2 and 3.8.
 #pragma once
@@ -56,7 +56,7 @@ QOR_INLINE V left_over(V y, V q, V q_upper, V x, V x_upper) {
 template <class V>
 QOR_INLINE numeric::Pair<V> circle(V x, SquareParts<V> yy) {
   const auto xx = square(x), s = numeric::two_sum(xx.hi, simd::splat<V>(-1)), t = numeric::two_sum(s.hi, yy.square);
-  return numeric::two_sum(t.hi, t.lo + ((s.lo + xx.lo) + yy.rest));
+  return numeric::quick_two_sum(t.hi, t.lo + ((s.lo + xx.lo) + yy.rest));
 }
 
 // The larger root B and cosh v as they come, d = |d| + rest, and m.
@@ -79,6 +79,14 @@ QOR_INLINE Roots<V> roots(numeric::Pair<V> d, V y) {
   return s;
 }
 
+// {a, b} in the lanes of m, {b, a} in others.
+template <class V>
+QOR_INLINE numeric::Pair<V> exchange_unless(simd::Bits<V> m, V a, V b) {
+  using namespace simd;
+  const Bits<V> difference = (bits(a) ^ bits(b)) & m;
+  return {as<V>(bits(b) ^ difference), as<V>(bits(a) ^ difference)};
+}
+
 // sinh v, cosh v, cos u cosh v.
 template <class V>
 struct InverseSine {
@@ -96,25 +104,23 @@ QOR_INLINE InverseSine<V> inverse_sine_exact(const Roots<V>& s, V y) {
   const V step = excess / (-2.0 * s.m);
   const V big_low = s.big * step, small_low = small_more - small * step;
 
-  const numeric::Pair<V> sinh = {select(s.outside, s.big, small), select(s.outside, big_low, small_low)};
-  const V square = select(s.outside, bb.square, ss.square), rest = select(s.outside, bb.rest, ss.rest);
-  const auto q = numeric::two_sum(square, splat<V>(1));
-  const V q_low = q.lo + (rest + (sinh.hi + sinh.hi) * sinh.lo);
+  const auto [sinh, cosine] = exchange_unless(s.outside, s.big, small);
+  const auto [sinh_low, cosine_low] = exchange_unless(s.outside, big_low, small_low);
+  const auto [sinh_upper, cosine_upper] = exchange_unless(s.outside, bb.upper, ss.upper);
   const SquareParts<V> cc = square_parts(s.cosh);
-  const V cosh_low = ((q.hi - cc.square) + (q_low - cc.rest)) / (s.cosh + s.cosh);
+  const V square = sinh_upper * sinh_upper, one = splat<V>(1);
+  const V rest = (sinh + sinh_upper) * (sinh - sinh_upper) + (sinh + sinh) * sinh_low;
+  const V cosh_low = (((max(square, one) - cc.square) + min(square, one)) + (rest - cc.rest)) / (s.cosh + s.cosh);
 
-  const V cosine = select(s.outside, small, s.big), cosine_upper = select(s.outside, ss.upper, bb.upper);
   const V leg = cosine * s.cosh;
-  const V leg_low = select(s.outside, small_low, big_low) * s.cosh + cosine * cosh_low -
-                    if_exact(left_over(leg, cosine, cosine_upper, s.cosh, cc.upper));
-  return {sinh, {s.cosh, cosh_low}, {leg, leg_low}};
+  const V leg_low =
+      (cosine_low * s.cosh + cosine * cosh_low) - if_exact(left_over(leg, cosine, cosine_upper, s.cosh, cc.upper));
+  return {{sinh, sinh_low}, {s.cosh, cosh_low}, {leg, leg_low}};
 }
 template <class V>
 QOR_INLINE InverseSine<V> inverse_sine_plain(const Roots<V>& s, V y) {
-  const V small = y / s.big;
-  return {{simd::select(s.outside, s.big, small), V{}},
-          {s.cosh, V{}},
-          {simd::select(s.outside, small, s.big) * s.cosh, V{}}};
+  const auto [sinh, cosine] = exchange_unless(s.outside, s.big, y / s.big);
+  return {{sinh, V{}}, {s.cosh, V{}}, {cosine * s.cosh, V{}}};
 }
 
 enum class Inverse { asin, acos, atan, asinh, acosh, atanh };
@@ -131,11 +137,11 @@ struct InverseSteps {
   static constexpr bool exact = E == Effort::exact;
 
   // What both parts come from: the slope y : x, and what x, of arc cosines y, lacks; the pair whose logarithm is the
-  // length, and the length itself where it is tiny, else -1.
+  // length; what the length is where `small`, of about its size, is below 2^-28.
   struct Begun {
     V y, x, low;
     numeric::Pair<V> h;
-    V tiny;
+    V small, small_length;
   };
   QOR_INLINE static Roots<V> roots(V re, V im) {
     const V x = simd::abs(exchanged ? im : re), y = simd::abs(exchanged ? re : im);
@@ -152,7 +158,6 @@ struct InverseSteps {
     constexpr bool single = sizeof(T) == 4, any = E == Effort::wide;
     constexpr T least = any ? T(0x1p-320) : single ? T(0x1p-50) : T(0x1p-400);
     constexpr T most = any ? T(0x1p400) : single ? T(0x1p60) : T(0x1p500);
-    const auto if_small = [](V size, V length) { return select(lt(size, splat<V>(0x1p-28)), length, splat<V>(-1)); };
     Begun s;
     V size;
     if constexpr (tangent && exact) {
@@ -167,17 +172,19 @@ struct InverseSteps {
       const V q_low = as<V>(bits(rest * inverse) & lt(splat<V>(least_exact<T>), x));
       s.h = one_plus(q);
       s.h.lo += q_low;
-      s.tiny = if_small(q, q + (q_low - q * q * T(0.5)));
-      const auto d = circle(x, yy);
+      s.small = q;
+      s.small_length = q + (q_low - q * q * T(0.5));
+      // 1 - x^2 - y^2 = 2 w - |1 - z|^2, whose error next to |1 - z^2| is as small.
+      const auto e = numeric::two_sum(w.hi + w.hi, -p.hi);
       s.y = y + y;
-      s.x = -d.hi;
-      s.low = flip_sign(d.lo, sign(d.hi));
+      s.x = e.hi;
+      s.low = flip_sign(e.lo + ((w.lo + w.lo) - p.lo), sign(e.hi));
     } else if constexpr (tangent) {
       const V w = T(1) - x;
       size = w * w + y * y;
       s.h = one_plus(x * T(4) / size);
       s.y = y + y;
-      s.x = w * (T(1) + x) - y * y;
+      s.x = (w + w) - size;
     } else {
       const auto t = exact ? inverse_sine_exact(begun, y) : inverse_sine_plain(begun, y);
       size = begun.m;
@@ -187,7 +194,8 @@ struct InverseSteps {
         s.low = t.leg.lo;
         s.h = numeric::quick_two_sum(t.cosh.hi, t.sinh.hi);
         s.h.lo += t.sinh.lo + t.cosh.lo;
-        s.tiny = if_small(t.sinh.hi, t.sinh.hi + t.sinh.lo);
+        s.small = t.sinh.hi;
+        s.small_length = t.sinh.hi + t.sinh.lo;
       } else {
         s.h = AsinhForm::plain(t.sinh.hi, t.sinh.hi * t.sinh.hi, t.cosh.hi);
       }
@@ -204,7 +212,7 @@ struct InverseSteps {
     } else {
       l = tfn::Ln<Accuracy::high>::of_pair(s.h);
     }
-    if constexpr (exact) l = simd::select(simd::lt(s.tiny, V{}), l, s.tiny);
+    if constexpr (exact) l = simd::select(simd::lt(s.small, simd::splat<V>(0x1p-28)), s.small_length, l);
     return tangent ? l * T(0.25) : l;
   }
   QOR_INLINE static V angle(const Begun& s) {
