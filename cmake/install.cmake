@@ -1,6 +1,7 @@
 # cmake --install, and packages: the shared object with its links, headers, pkg-config and CMake packages, the command
 # line program with its manual page and completion, examples. Everything can be moved as a whole.
 set(CMAKE_INSTALL_LIBDIR lib CACHE PATH "folder of libraries")  # where 32-bit programs look first, on Debian too
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)  # tests and benchmarks need not be built for it
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
