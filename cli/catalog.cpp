@@ -160,10 +160,18 @@ Chosen distribution_of(const std::string& text) {
 const std::vector<Function> functions = {TFN_ONE_RESULT(QOR_CLI_ONE) TFN_TWO_RESULTS(QOR_CLI_TWO)
                                              TFN_TWO_ARGUMENTS(QOR_CLI_BINARY)};
 
-const Function& function_of(const std::string& name) {
-  const auto found = std::ranges::find(functions, lower(name), &Function::name);
-  if (found == functions.end()) {
-    throw Misuse(unknown("function", name, names_of(functions)) + " ('qor math --list' lists them)");
+#define QOR_CLI_COMPLEX(Name) \
+  {lower(#Name), {{_tfnz##Name##_HA, _tfnz##Name##_50}, {}, {}}, {{_tfnc##Name##_HA, _tfnc##Name##_21}, {}, {}}},
+#define QOR_CLI_COMPLEX_BINARY(Name) \
+  {lower(#Name), {{}, {}, {_tfnz##Name##_HA, _tfnz##Name##_50}}, {{}, {}, {_tfnc##Name##_HA, _tfnc##Name##_21}}},
+
+const std::vector<Function> complex_functions = {TFN_COMPLEX_ONE_ARGUMENT(QOR_CLI_COMPLEX)
+                                                     TFN_COMPLEX_TWO_ARGUMENTS(QOR_CLI_COMPLEX_BINARY)};
+
+const Function& function_of(const std::string& name, const std::vector<Function>& among) {
+  const auto found = std::ranges::find(among, lower(name), &Function::name);
+  if (found == among.end()) {
+    throw Misuse(unknown("function", name, names_of(among)) + " ('qor math --list' lists them)");
   }
   return *found;
 }

@@ -60,8 +60,8 @@ struct Function {
     if (m.two_arguments[accuracy] != nullptr) m.two_arguments[accuracy](n, x, y, r);
   }
 };
-extern const std::vector<Function> functions;
-const Function& function_of(const std::string& name);
+extern const std::vector<Function> functions, complex_functions;  // a complex number is two elements of an array
+const Function& function_of(const std::string& name, const std::vector<Function>& among);
 
 template <class Row>
 std::vector<std::string> names_of(const std::vector<Row>& rows) {

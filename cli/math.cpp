@@ -1,4 +1,5 @@
 // qor math: a function of every number.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -17,28 +18,32 @@ int count_report(TfnErrorContext* context) {
   return 1;
 }
 
+// width: numbers of an element, 2 of a complex one.
 template <class T>
-void apply(const Function& function, int accuracy, Reader& in, bool raw) {
+void apply(const Function& function, int accuracy, std::size_t width, Reader& in, bool raw) {
   Writer out(raw);
   Progress progress("numbers", 0);
-  const auto arguments = static_cast<std::size_t>(function.arguments());
-  const auto results = static_cast<std::size_t>(function.results());
+  const std::size_t given = width * static_cast<std::size_t>(function.arguments());
+  const std::size_t results = width * static_cast<std::size_t>(function.results());
   constexpr std::size_t block = 4096;
   double done = 0;
   for (;;) {
-    const std::vector<T> given = in.read<T>(block * arguments);
-    if (given.empty()) break;
-    if (given.size() % arguments != 0) throw Failure(in.name() + ": " + function.name + " needs pairs of numbers");
-    const std::size_t n = given.size() / arguments;
-    std::vector<T> x(n), y(n), r(n), r2(n), row(results * n);
+    const std::vector<T> numbers = in.read<T>(block * given);
+    if (numbers.empty()) break;
+    if (numbers.size() % given != 0) {
+      throw Failure(in.name() + ": " + function.name + " needs " + std::to_string(given) + " numbers each time");
+    }
+    const std::size_t n = numbers.size() / given;
+    std::vector<T> x(width * n), y(width * n), r(width * n), r2(width * n), row(results);
     for (std::size_t i = 0; i < n; ++i) {
-      x[i] = given[i * arguments];
-      y[i] = given[i * arguments + arguments - 1];
+      std::copy_n(&numbers[i * given], width, &x[i * width]);
+      std::copy_n(&numbers[(i + 1) * given - width], width, &y[i * width]);
     }
     function.call<T>(accuracy, static_cast<int>(n), x.data(), y.data(), r.data(), r2.data());
     for (std::size_t i = 0; i < n; ++i) {
-      const T both[2] = {r[i], r2[i]};
-      out.row(std::span<const T>(both, results));
+      std::copy_n(&r[i * width], width, row.begin());
+      if (results > width) row[1] = r2[i];
+      out.row(std::span<const T>(row));
     }
     done += static_cast<double>(n);
     progress.at(done);
@@ -50,30 +55,32 @@ void apply(const Function& function, int accuracy, Reader& in, bool raw) {
 
 int run_math(std::span<const std::string> arguments) {
   bool raw = false, single = false, list = false;
+  std::size_t width = 1;
   int accuracy = 0;
-  const std::vector<std::string> rest =
-      parse("math", arguments,
-            {{"accuracy", "high|low", "errors of at most 0.55 units in the last place, or about 2 (high)",
-              [&](const std::string& v) {
-                if (v != "high" && v != "low") throw Misuse("--accuracy is high or low");
-                accuracy = v == "low";
-              }},
-             {"single", "", "compute in single precision", [&](const std::string&) { single = true; }},
-             {"raw", "", "bytes instead of text, both ways", [&](const std::string&) { raw = true; }},
-             {"list", "", "the functions' names", [&](const std::string&) { list = true; }}},
-            2);
+  const std::vector<std::string> rest = parse(
+      "math", arguments,
+      {{"accuracy", "high|low", "errors of at most 0.55 units in the last place, or about 2 (high)",
+        [&](const std::string& v) {
+          if (v != "high" && v != "low") throw Misuse("--accuracy is high or low");
+          accuracy = v == "low";
+        }},
+       {"complex", "", "of complex numbers, a real and an imaginary part each", [&](const std::string&) { width = 2; }},
+       {"single", "", "compute in single precision", [&](const std::string&) { single = true; }},
+       {"raw", "", "bytes instead of text, both ways", [&](const std::string&) { raw = true; }},
+       {"list", "", "the functions' names", [&](const std::string&) { list = true; }}},
+      2);
   if (list) {
-    for (const Function& f : functions) std::printf("%s\n", f.name.c_str());
+    for (const Function& f : width == 2 ? complex_functions : functions) std::printf("%s\n", f.name.c_str());
     return 0;
   }
   if (rest.empty()) throw Misuse("a function is needed; 'qor math --list' lists them");
-  const Function& function = function_of(rest[0]);
+  const Function& function = function_of(rest[0], width == 2 ? complex_functions : functions);
   Reader in(rest.size() > 1 ? rest[1] : "-", raw);
   const qor::ErrorMode mode(TFN_ERR_CALLBACK, count_report);
   if (single) {
-    apply<float>(function, accuracy, in, raw);
+    apply<float>(function, accuracy, width, in, raw);
   } else {
-    apply<double>(function, accuracy, in, raw);
+    apply<double>(function, accuracy, width, in, raw);
   }
   static constexpr const char* texts[] = {"", "out of domain", "at a pole", "overflow", "underflow"};
   for (std::size_t i = 1; i < reported.size(); ++i) {

@@ -182,6 +182,56 @@ void test_functions(Tally& tally) {
   }
 }
 
+// Distances from the exact results, in units in the last place of their size: at most 1 or 4.
+struct ComplexReference {
+  const char* name;
+  std::complex<long double> (*f)(std::complex<long double>);
+};
+#define QOR_REFERENCE(name)                                          \
+  {                                                                  \
+#name, [](std::complex <long double> z) { return std::name(z); } \
+  }
+const ComplexReference complex_references[] = {
+    QOR_REFERENCE(exp),   QOR_REFERENCE(sin),
+    QOR_REFERENCE(cos),   QOR_REFERENCE(tan),
+    QOR_REFERENCE(sinh),  QOR_REFERENCE(cosh),
+    QOR_REFERENCE(tanh),  QOR_REFERENCE(asin),
+    QOR_REFERENCE(acos),  QOR_REFERENCE(atan),
+    QOR_REFERENCE(asinh), QOR_REFERENCE(acosh),
+    QOR_REFERENCE(atanh), QOR_REFERENCE(log10),
+    QOR_REFERENCE(sqrt),  {"ln", [](std::complex<long double> z) { return std::log(z); }},
+};
+#undef QOR_REFERENCE
+
+template <class T>
+void test_complex_functions(Tally& tally) {
+  constexpr int count = 1000;
+  qor::Stream stream(QOR_BRNG_MT19937, 11);
+  std::vector<T> x(2 * count), r(2 * count);
+  stream.uniform(x, -3, 3);
+  for (const Function& f : complex_functions) {
+    if (f.arguments() == 2) continue;
+    const auto reference = std::ranges::find(complex_references, f.name, &ComplexReference::name);
+    tally.check(reference != std::end(complex_references), f.name + " has no reference");
+    if (reference == std::end(complex_references)) continue;
+    for (const int accuracy : {0, 1}) {
+      f.call<T>(accuracy, count, x.data(), nullptr, r.data(), nullptr);
+      long double worst = 0;
+      for (std::size_t i = 0; i < x.size(); i += 2) {
+        const std::complex<long double> exact = reference->f({x[i], x[i + 1]});
+        int exponent = 0;
+        (void)frexpl(std::abs(exact), &exponent);
+        const std::complex<long double> wrong(r[i] - exact.real(), r[i + 1] - exact.imag());
+        worst = std::max(worst, std::abs(wrong) / ldexpl(1, exponent - std::numeric_limits<T>::digits));
+      }
+      char text[120];
+      std::snprintf(text, sizeof text, "complex %s %s %s: %.3Lf ulp", f.name.c_str(),
+                    sizeof(T) == 8 ? "double" : "single", accuracy == 0 ? "high" : "low", worst);
+      tally.check(worst <= (accuracy == 0 ? 1.01L : 4.01L), text);
+    }
+  }
+}
+
 template <class T>
 void test_transforms(Tally& tally) {
   qor::Stream stream(QOR_BRNG_MT19937, 8);
@@ -301,6 +351,8 @@ int run_selftest(std::span<const std::string> arguments) {
   Tally kernels{"functions: stated bounds of error"};
   test_functions<double>(kernels);
   test_functions<float>(kernels);
+  test_complex_functions<double>(kernels);
+  test_complex_functions<float>(kernels);
   show(kernels);
   Tally transforms{"transforms: definition, there and back"};
   test_transforms<double>(transforms);

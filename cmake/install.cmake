@@ -1,6 +1,7 @@
 # cmake --install, and packages: the shared object with its links, headers, pkg-config and CMake packages, the command
 # line program with its manual page and completion, examples. Everything can be moved as a whole.
 set(CMAKE_INSTALL_LIBDIR lib CACHE PATH "folder of libraries")  # where 32-bit programs look first, on Debian too
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)  # tests and benchmarks need not be built for it
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -45,5 +46,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6 (>= ${QOR_GLIBC_MAJOR}.${QOR_GLIBC_MINOR})")
+get_target_property(QOR_LIBRARIES qor LINK_LIBRARIES)
+if(gomp IN_LIST QOR_LIBRARIES)
+  string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS ", libgomp1")
+endif()
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 include(CPack)

@@ -151,6 +151,10 @@ template <class R>
 concept RealInput = Input<R> && Real<Element<R>>;
 template <class R>
 concept RealOutput = Output<R> && Real<Element<R>>;
+template <class R>
+concept ComplexInput = Input<R> && Complex<Element<R>>;
+template <class R>
+concept ComplexOutput = Output<R> && Complex<Element<R>>;
 
 namespace detail {
 
@@ -184,6 +188,49 @@ auto reals(R&& r) noexcept {
   }
 }
 
+// How objects of the C interface are deleted.
+inline void release(qor_stream* stream) noexcept { __wxrDeleteStream(&stream); }
+inline void release(qor_conv_task* task) noexcept { __wxrDeleteTask(&task); }
+inline void release(qor_dft_descriptor* descriptor) noexcept { qor_dft_zx9_free_descriptor_external(&descriptor); }
+inline void release(qfpsDFTSpec_R_64f* spec) noexcept { qfpsDFTFree_R_64f(spec); }
+inline void release(qfpsDFTSpec_R_32f* spec) noexcept { qfpsDFTFree_R_32f(spec); }
+inline void release(qfpsDFTSpec_C_64fc* spec) noexcept { qfpsDFTFree_C_64fc(spec); }
+inline void release(qfpsDFTSpec_C_32fc* spec) noexcept { qfpsDFTFree_C_32fc(spec); }
+
+// Owner of such an object, or of none: then with what its making returned.
+template <class T, class Errors>
+struct Handle {
+  T* object = nullptr;
+  int status = QOR_RNG_NULL_SLOT;
+
+  Handle() = default;
+  Handle(Handle&& other) noexcept
+      : object(std::exchange(other.object, nullptr)), status(std::exchange(other.status, QOR_RNG_NULL_SLOT)) {}
+  Handle& operator=(Handle&& other) noexcept {
+    std::swap(object, other.object);
+    std::swap(status, other.status);
+    return *this;
+  }
+  ~Handle() { reset(); }
+  void reset() noexcept {
+    if (object != nullptr) release(std::exchange(object, nullptr));
+  }
+  // After the making. What was made but could not be initialised is of no use.
+  void made(int result, const char* what) {
+    status = result;
+    if (result >= 0) return;
+    reset();
+    if constexpr (std::same_as<Errors, Throw>) Throw::take(result, what);
+  }
+  // Why there is no object; 0 when there is one.
+  int failure() const noexcept { return object != nullptr ? 0 : status < 0 ? status : QOR_RNG_NULL_SLOT; }
+  // Calls something on the object.
+  template <class F>
+  typename Errors::Result done(const char* what, F&& call) const {
+    return Errors::take(object == nullptr ? failure() : call(), what);
+  }
+};
+
 }  // namespace detail
 
 // ---- random streams -------------------------------------------------------------------------------------------------
@@ -203,8 +250,7 @@ class BasicStream {
   BasicStream() = default;
   // brng is one of QOR_BRNG_... (+ member), or what __wxrRegisterBrng gave.
   explicit BasicStream(int brng, std::span<const unsigned> seeds) {
-    status_ = __wxrNewStreamEx(&stream_, brng, detail::count(seeds), seeds.data());
-    made("making a stream");
+    handle_.made(__wxrNewStreamEx(&handle_.object, brng, detail::count(seeds), seeds.data()), "making a stream");
   }
   BasicStream(int brng, std::initializer_list<unsigned> seeds)
       : BasicStream(brng, std::span(seeds.begin(), seeds.size())) {}
@@ -212,56 +258,42 @@ class BasicStream {
   // Takes over a stream of the C interface, or an abstract one.
   static BasicStream adopt(qor_stream* stream) noexcept {
     BasicStream s;
-    s.stream_ = stream;
-    s.status_ = stream == nullptr ? QOR_RNG_NULL_SLOT : QOR_RNG_OK;
+    s.handle_.object = stream;
     return s;
   }
   static BasicStream load(const std::string& file) {
     BasicStream s;
-    s.status_ = __wxrLoadStreamF(&s.stream_, file.c_str());
-    s.made("loading a stream");
+    s.handle_.made(__wxrLoadStreamF(&s.handle_.object, file.c_str()), "loading a stream");
     return s;
   }
   // A stream that continues the sequence from here on, on its own.
   BasicStream copy() const {
     BasicStream s;
-    s.status_ = stream_ == nullptr ? status_ : __wxrCopyStream(&s.stream_, stream_);
-    s.made("copying a stream");
+    s.handle_.made(get() != nullptr ? __wxrCopyStream(&s.handle_.object, get()) : handle_.failure(),
+                   "copying a stream");
     return s;
   }
-  BasicStream(BasicStream&& other) noexcept
-      : stream_(std::exchange(other.stream_, nullptr)), status_(std::exchange(other.status_, QOR_RNG_NULL_SLOT)) {}
-  BasicStream& operator=(BasicStream&& other) noexcept {
-    std::swap(stream_, other.stream_);
-    std::swap(status_, other.status_);
-    return *this;
-  }
-  BasicStream(const BasicStream&) = delete;
-  BasicStream& operator=(const BasicStream&) = delete;
-  ~BasicStream() {
-    if (stream_ != nullptr) __wxrDeleteStream(&stream_);
-  }
 
-  qor_stream* get() const noexcept { return stream_; }
-  qor_stream* release() noexcept { return std::exchange(stream_, nullptr); }
-  Status status() const noexcept { return {stream_ == nullptr ? status_ : QOR_RNG_OK}; }
-  explicit operator bool() const noexcept { return stream_ != nullptr; }
-  int brng() const noexcept { return stream_ == nullptr ? 0 : __wxrGetStreamStateBrng(stream_); }
+  qor_stream* get() const noexcept { return handle_.object; }
+  qor_stream* release() noexcept { return std::exchange(handle_.object, nullptr); }
+  Status status() const noexcept { return {handle_.failure()}; }
+  explicit operator bool() const noexcept { return get() != nullptr; }
+  int brng() const noexcept { return get() != nullptr ? __wxrGetStreamStateBrng(get()) : 0; }
 
   Result save(const std::string& file) const {
-    return done("saving a stream", [&] { return __wxrSaveStreamF(stream_, file.c_str(), -1); });
+    return handle_.done("saving a stream", [&] { return __wxrSaveStreamF(get(), file.c_str(), -1); });
   }
   // Stream k of n that share the sequence in turns.
   Result leapfrog(int k, int n) {
-    return done("leapfrogging", [&] { return __wxrLeapfrogStream(stream_, k, n); });
+    return handle_.done("leapfrogging", [&] { return __wxrLeapfrogStream(get(), k, n); });
   }
   // Any distance, in steps of what one call takes.
   Result skip_ahead(std::uint64_t n) {
-    return done("skipping ahead", [&] {
+    return handle_.done("skipping ahead", [&] {
       int status = QOR_RNG_OK;
       do {
         const int step = static_cast<int>(std::min<std::uint64_t>(n, INT_MAX));
-        status = __wxrSkipAheadStream(stream_, step);
+        status = __wxrSkipAheadStream(get(), step);
         n -= static_cast<std::uint64_t>(step);
       } while (n > 0 && status >= 0);
       return status;
@@ -271,12 +303,12 @@ class BasicStream {
   // The engine's words as they are, wordBytes each: r must have a whole number of them.
   template <Output R>
   requires std::same_as<Element<R>, std::uint32_t> Result words(R&& r) {
-    return done("drawing words", [&] {
+    return handle_.done("drawing words", [&] {
       BrngRecord record;
       if (const int status = __wxrGetBrngProperties(brng(), &record); status < 0) return status;
       const int each = record.wordBytes / 4, n = detail::count(r);
       detail::require(n % each == 0, "qor: words: not a whole number of the engine's words");
-      return _wxriRngUniformBits(0, stream_, n / each, std::ranges::data(r));
+      return _wxriRngUniformBits(0, get(), n / each, std::ranges::data(r));
     });
   }
 
@@ -333,9 +365,9 @@ class BasicStream {
     const int wanted = storage == Storage::full ? d * d : storage == Storage::packed ? d * (d + 1) / 2 : d;
     detail::require(d > 0 && n % d == 0, "qor: gaussian_mv: not a whole number of vectors");
     detail::require(given == wanted, "qor: gaussian_mv: a factor of another size");
-    return done("drawing variates", [&] {
+    return handle_.done("drawing variates", [&] {
       return detail::pick<Element<R>>(_wxrdRngGaussianMV, _wxrsRngGaussianMV)(
-          method, stream_, n / d, std::ranges::data(r), d, static_cast<int>(storage), std::ranges::data(mean),
+          method, get(), n / d, std::ranges::data(r), d, static_cast<int>(storage), std::ranges::data(mean),
           std::ranges::data(t));
     });
   }
@@ -356,30 +388,20 @@ class BasicStream {
   Result negbinomial(std::span<int> r, double a, double p) { return draw_integers(_wxriRngNegbinomial, r, 0, a, p); }
 
  private:
-  // Ends a constructor: what the C interface made but could not initialise is of no use.
-  void made(const char* what) {
-    if (status_ >= 0) return;
-    if (stream_ != nullptr) __wxrDeleteStream(&stream_);
-    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, what);
-  }
-  template <class F>
-  Result done(const char* what, F&& call) const {
-    return Errors::take(stream_ == nullptr ? status_ : call(), what);
-  }
   template <class D, class S, class R, class Method, class... P>
   Result draw(D of_doubles, S of_singles, R& r, Method method, P... parameters) {
-    return done("drawing variates", [&] {
-      return detail::pick<Element<R>>(of_doubles, of_singles)(method, stream_, detail::count(r), std::ranges::data(r),
+    return handle_.done("drawing variates", [&] {
+      return detail::pick<Element<R>>(of_doubles, of_singles)(method, get(), detail::count(r), std::ranges::data(r),
                                                               parameters...);
     });
   }
   template <class F, class... P>
   Result draw_integers(F f, std::span<int> r, int method, P... parameters) {
-    return done("drawing variates", [&] { return f(method, stream_, detail::count(r), r.data(), parameters...); });
+    return handle_.done("drawing variates",
+                        [&] { return f(method, get(), detail::count(r), r.data(), parameters...); });
   }
 
-  qor_stream* stream_ = nullptr;
-  int status_ = QOR_RNG_NULL_SLOT;
+  detail::Handle<qor_stream, Errors> handle_;
 };
 
 using Stream = BasicStream<Throw>;
@@ -465,6 +487,22 @@ namespace math {
     detail::pick<Element<X>>(_tfnd##Name, _tfns##Name)(detail::count(x), std::ranges::data(x), std::ranges::data(r)); \
   }
 
+// Of complex numbers.
+#define QOR_HPP_COMPLEX(name, Name)                                                                                    \
+  template <Accuracy A = Accuracy::high, ComplexInput X, ComplexOutput R>                                              \
+  requires std::same_as<Element<X>, Element<R>>                                                                        \
+  void name(const X& x, R&& r) {                                                                                       \
+    detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: " #name ": lengths differ");                   \
+    using T = typename Element<X>::value_type;                                                                         \
+    (A == Accuracy::high                                                                                               \
+         ? detail::pick<T>(_tfnz##Name##_HA, _tfnc##Name##_HA)                                                         \
+         : detail::pick<T>(_tfnz##Name##_50, _tfnc##Name##_21))(detail::count(x), detail::reals(x), detail::reals(r)); \
+  }                                                                                                                    \
+  template <Accuracy A = Accuracy::high, ComplexOutput R>                                                              \
+  void name(R&& r) {                                                                                                   \
+    name<A>(std::as_const(r), r);                                                                                      \
+  }
+
 QOR_HPP_ONE(inv, Inv)
 QOR_HPP_ONE(sqrt, Sqrt)
 QOR_HPP_ONE(inv_sqrt, InvSqrt)
@@ -498,6 +536,19 @@ QOR_HPP_ROUNDING(trunc, Trunc)
 QOR_HPP_ROUNDING(round, Round)
 QOR_HPP_ROUNDING(rint, Rint)
 QOR_HPP_ROUNDING(nearby_int, NearbyInt)
+QOR_HPP_COMPLEX(exp, Exp)
+QOR_HPP_COMPLEX(sin, Sin)
+QOR_HPP_COMPLEX(cos, Cos)
+QOR_HPP_COMPLEX(tan, Tan)
+QOR_HPP_COMPLEX(sinh, Sinh)
+QOR_HPP_COMPLEX(cosh, Cosh)
+QOR_HPP_COMPLEX(tanh, Tanh)
+QOR_HPP_COMPLEX(asin, Asin)
+QOR_HPP_COMPLEX(acos, Acos)
+QOR_HPP_COMPLEX(atan, Atan)
+QOR_HPP_COMPLEX(asinh, Asinh)
+QOR_HPP_COMPLEX(acosh, Acosh)
+QOR_HPP_COMPLEX(atanh, Atanh)
 
 template <Accuracy A = Accuracy::high, RealInput X, RealOutput R>
 requires std::same_as<Element<X>, Element<R>>
@@ -514,6 +565,7 @@ void sin_cos(const X& x, R&& sine, S&& cosine) {
   (detail::count(x), std::ranges::data(x), std::ranges::data(sine), std::ranges::data(cosine));
 }
 
+#undef QOR_HPP_COMPLEX
 #undef QOR_HPP_ROUNDING
 #undef QOR_HPP_BINARY
 #undef QOR_HPP_ONE
@@ -563,14 +615,12 @@ template <Real T>
 struct RealFunctions {
   using Spec = std::conditional_t<std::same_as<T, double>, qfpsDFTSpec_R_64f, qfpsDFTSpec_R_32f>;
   static constexpr auto make = pick<T>(qfpsDFTInitAlloc_R_64f, qfpsDFTInitAlloc_R_32f);
-  static constexpr auto free = pick<T>(qfpsDFTFree_R_64f, qfpsDFTFree_R_32f);
   static constexpr auto buffer_size = pick<T>(qfpsDFTGetBufSize_R_64f, qfpsDFTGetBufSize_R_32f);
 };
 template <Real T>
 struct ComplexFunctions {
   using Spec = std::conditional_t<std::same_as<T, double>, qfpsDFTSpec_C_64fc, qfpsDFTSpec_C_32fc>;
   static constexpr auto make = pick<T>(qfpsDFTInitAlloc_C_64fc, qfpsDFTInitAlloc_C_32fc);
-  static constexpr auto free = pick<T>(qfpsDFTFree_C_64fc, qfpsDFTFree_C_32fc);
   static constexpr auto buffer_size = pick<T>(qfpsDFTGetBufSize_C_64fc, qfpsDFTGetBufSize_C_32fc);
 };
 
@@ -580,29 +630,15 @@ class Transform {
  public:
   using Result = typename Errors::Result;
   Transform(int length, Scaling scaling) : length_(length) {
-    status_ = Functions::make(&spec_, length, static_cast<int>(scaling), 0);
-    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a transform");
-  }
-  Transform(Transform&& other) noexcept
-      : spec_(std::exchange(other.spec_, nullptr)), length_(other.length_), status_(other.status_) {}
-  Transform& operator=(Transform&& other) noexcept {
-    std::swap(spec_, other.spec_);
-    std::swap(length_, other.length_);
-    std::swap(status_, other.status_);
-    return *this;
-  }
-  Transform(const Transform&) = delete;
-  Transform& operator=(const Transform&) = delete;
-  ~Transform() {
-    if (spec_ != nullptr) Functions::free(spec_);
+    handle_.made(Functions::make(&handle_.object, length, static_cast<int>(scaling), 0), "making a transform");
   }
   int length() const noexcept { return length_; }
-  Status status() const noexcept { return {status_}; }
-  const typename Functions::Spec* get() const noexcept { return spec_; }
+  Status status() const noexcept { return {handle_.failure()}; }
+  const typename Functions::Spec* get() const noexcept { return handle_.object; }
   // Bytes of work space that spare a call its allocation.
   std::size_t buffer_size() const noexcept {
     int size = 0;
-    if (spec_ != nullptr) Functions::buffer_size(spec_, &size);
+    if (get() != nullptr) Functions::buffer_size(get(), &size);
     return static_cast<std::size_t>(size);
   }
 
@@ -612,14 +648,12 @@ class Transform {
              int to) const {
     require(count(source) == from && count(destination) == to, "qor: transform: a range of another length");
     require(buffer.empty() || buffer.size() >= buffer_size(), "qor: transform: the buffer is too short");
-    return Errors::take(spec_ == nullptr ? status_ : f(reals(source), reals(destination), spec_, buffer.data()),
-                        "transforming");
+    return handle_.done("transforming", [&] { return f(reals(source), reals(destination), get(), buffer.data()); });
   }
 
  private:
-  typename Functions::Spec* spec_ = nullptr;
+  Handle<typename Functions::Spec, Errors> handle_;
   int length_;
-  int status_ = 0;
 };
 
 }  // namespace detail
@@ -728,9 +762,9 @@ class BasicTask {
     rank_ = x.size();
     elements_ = {count(x), count(y), count(z)};
     const int precision = std::same_as<T, float> ? QOR_CONV_PRECISION_SINGLE : QOR_CONV_PRECISION_DOUBLE;
-    status_ = __wxrNewTask(&task_, static_cast<int>(kind), 0, static_cast<int>(mode), 0, precision,
-                           static_cast<int>(rank_), x.data(), y.data(), z.data());
-    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a task");
+    handle_.made(__wxrNewTask(&handle_.object, static_cast<int>(kind), 0, static_cast<int>(mode), 0, precision,
+                              static_cast<int>(rank_), x.data(), y.data(), z.data()),
+                 "making a task");
   }
   // Of one dimension. The result of all nx + ny - 1 elements when nz isn't given.
   BasicTask(Kind kind, int nx, int ny, Mode mode = Mode::direct, int nz = 0)
@@ -739,33 +773,15 @@ class BasicTask {
     BasicTask t;
     t.rank_ = rank_;
     t.elements_ = elements_;
-    t.status_ = task_ == nullptr ? status_ : __wxrCopyTask(&t.task_, task_);
-    if constexpr (std::same_as<Errors, Throw>) Throw::take(t.status_, "copying a task");
+    t.handle_.made(get() != nullptr ? __wxrCopyTask(&t.handle_.object, get()) : handle_.failure(), "copying a task");
     return t;
   }
-  BasicTask(BasicTask&& other) noexcept
-      : task_(std::exchange(other.task_, nullptr)),
-        rank_(other.rank_),
-        elements_(other.elements_),
-        status_(other.status_) {}
-  BasicTask& operator=(BasicTask&& other) noexcept {
-    std::swap(task_, other.task_);
-    std::swap(rank_, other.rank_);
-    std::swap(elements_, other.elements_);
-    std::swap(status_, other.status_);
-    return *this;
-  }
-  BasicTask(const BasicTask&) = delete;
-  BasicTask& operator=(const BasicTask&) = delete;
-  ~BasicTask() {
-    if (task_ != nullptr) __wxrDeleteTask(&task_);
-  }
 
-  qor_conv_task* get() const noexcept { return task_; }
+  qor_conv_task* get() const noexcept { return handle_.object; }
   // The status of the last edit or execution. After a failure a task refuses all work until it is reset.
-  Status status() const noexcept { return {task_ == nullptr ? status_ : __wxrccGetStatus(task_)}; }
+  Status status() const noexcept { return {get() != nullptr ? __wxrccGetStatus(get()) : handle_.failure()}; }
   void reset() noexcept {
-    if (task_ != nullptr) __wxrccSetStatus(task_, 0);
+    if (get() != nullptr) __wxrccSetStatus(get(), 0);
   }
 
   Result set_mode(Mode mode) { return edit(QOR_CONV_EDIT_MODE, static_cast<int>(mode)); }
@@ -792,8 +808,8 @@ class BasicTask {
       detail::require(s.empty() || s.size() == rank_, "qor: Task: a stride for each dimension");
       return s.empty() ? nullptr : s.data();
     };
-    return done("convolving",
-                [&] { return __wxrExec(task_, x, given(xstride), y, given(ystride), z, given(zstride)); });
+    return handle_.done("convolving",
+                        [&] { return __wxrExec(get(), x, given(xstride), y, given(ystride), z, given(zstride)); });
   }
 
  private:
@@ -804,21 +820,15 @@ class BasicTask {
     return n;
   }
   Result edit(int parameter, int value) {
-    return done("editing a task", [&] { return __wxrEditTask(task_, parameter, &value); });
+    return handle_.done("editing a task", [&] { return __wxrEditTask(get(), parameter, &value); });
   }
   Result edit_all(int parameter, Shape values) {
     detail::require(values.size() == rank_, "qor: Task: a value for each dimension");
-    return done("editing a task", [&] { return __wxrEditTask(task_, parameter, values.data()); });
+    return handle_.done("editing a task", [&] { return __wxrEditTask(get(), parameter, values.data()); });
   }
-  template <class F>
-  Result done(const char* what, F&& call) {
-    return Errors::take(task_ == nullptr ? status_ : call(), what);
-  }
-
-  qor_conv_task* task_ = nullptr;
+  detail::Handle<qor_conv_task, Errors> handle_;
   std::size_t rank_ = 0;
   std::array<std::size_t, 3> elements_{};
-  int status_ = QOR_RNG_NULL_SLOT;
 };
 
 template <Real T>
@@ -835,40 +845,30 @@ class BasicDescriptor {
  public:
   using Result = typename Errors::Result;
   BasicDescriptor(Domain domain, std::span<const int> lengths) {
-    status_ =
-        qor_dft_zx9_create_descriptor_external(&descriptor_, std::same_as<T, double> ? QOR_DFT_DOUBLE : QOR_DFT_SINGLE,
-                                               static_cast<int>(domain), detail::count(lengths), lengths.data());
-    if constexpr (std::same_as<Errors, Throw>) Throw::take(status_, "making a descriptor");
+    const int precision = std::same_as<T, double> ? QOR_DFT_DOUBLE : QOR_DFT_SINGLE;
+    handle_.made(qor_dft_zx9_create_descriptor_external(&handle_.object, precision, static_cast<int>(domain),
+                                                        detail::count(lengths), lengths.data()),
+                 "making a descriptor");
   }
   BasicDescriptor(Domain domain, std::initializer_list<int> lengths)
       : BasicDescriptor(domain, std::span(lengths.begin(), lengths.size())) {}
   BasicDescriptor copy() const {
     BasicDescriptor d;
-    d.status_ = descriptor_ == nullptr ? status_ : qor_dft_zx9_copy_descriptor_external(descriptor_, &d.descriptor_);
-    if constexpr (std::same_as<Errors, Throw>) Throw::take(d.status_, "copying a descriptor");
+    d.handle_.made(
+        get() != nullptr ? qor_dft_zx9_copy_descriptor_external(get(), &d.handle_.object) : handle_.failure(),
+        "copying a descriptor");
     return d;
   }
-  BasicDescriptor(BasicDescriptor&& other) noexcept
-      : descriptor_(std::exchange(other.descriptor_, nullptr)), status_(other.status_) {}
-  BasicDescriptor& operator=(BasicDescriptor&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    std::swap(status_, other.status_);
-    return *this;
-  }
-  BasicDescriptor(const BasicDescriptor&) = delete;
-  BasicDescriptor& operator=(const BasicDescriptor&) = delete;
-  ~BasicDescriptor() {
-    if (descriptor_ != nullptr) qor_dft_zx9_free_descriptor_external(&descriptor_);
-  }
-  qor_dft_descriptor* get() const noexcept { return descriptor_; }
-  Status status() const noexcept { return {descriptor_ == nullptr ? status_ : 0}; }
+
+  qor_dft_descriptor* get() const noexcept { return handle_.object; }
+  Status status() const noexcept { return {handle_.failure()}; }
 
   Result set(int parameter, int value) { return set_from(parameter, &value); }
   Result set(int parameter, std::span<const int> values) { return set_from(parameter, values.data()); }
   Result set_backward_scale(double scale) { return set_from(QOR_DFT_BACKWARD_SCALE, &scale); }
   Result set_forward_scale(double scale) { return set_from(QOR_DFT_FORWARD_SCALE, &scale); }
   Result commit() {
-    return done("committing a descriptor", [&] { return qor_dft_zx9_commit_descriptor_external(descriptor_); });
+    return handle_.done("committing a descriptor", [&] { return qor_dft_zx9_commit_descriptor_external(get()); });
   }
 
   // Out of place, as set by QOR_DFT_PLACEMENT, or in place, as is usual.
@@ -892,18 +892,14 @@ class BasicDescriptor {
  private:
   BasicDescriptor() = default;
   Result set_from(int parameter, const void* value) {
-    return done("setting a descriptor", [&] { return qor_dft_zx9_set_value_external(descriptor_, parameter, value); });
+    return handle_.done("setting a descriptor",
+                        [&] { return qor_dft_zx9_set_value_external(get(), parameter, value); });
   }
   template <class F>
   Result run(F f, const void* in, void* out) const {
-    return done("transforming", [&] { return f(descriptor_, const_cast<void*>(in), out); });
+    return handle_.done("transforming", [&] { return f(get(), const_cast<void*>(in), out); });
   }
-  template <class F>
-  Result done(const char* what, F&& call) const {
-    return Errors::take(descriptor_ == nullptr ? status_ : call(), what);
-  }
-  qor_dft_descriptor* descriptor_ = nullptr;
-  int status_ = QOR_DFT_NULL_POINTER;
+  detail::Handle<qor_dft_descriptor, Errors> handle_;
 };
 
 template <Real T>

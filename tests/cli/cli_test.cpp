@@ -130,6 +130,7 @@ TEST_F(Program, ComputesFunctionsTransformsAndConvolutions) {
   EXPECT_EQ(output_of("echo 0 1 | qor math sincos --accuracy low --single"), "0 1\n0.84147096 0.5403023\n");
   EXPECT_EQ(output_of("echo 1 0 -1 -4 nan | qor math LN"),
             "0\n-inf\nnan\nnan\nnan\nqor math: 2 out of domain\nqor math: 1 at a pole\n");
+  EXPECT_EQ(output_of("echo 0 0 1 0 | qor math --complex exp"), "1 0\n2.718281828459045 0\n");
   EXPECT_EQ(output_of("echo 1 2 3 4 | qor fft"), "10 0\n-2 2\n-2 0\n");
   const std::string series = file("series.txt", "3 1 4 1 5 9 2 6\n"), odd = file("odd.txt", "3 1 4 1 5\n");
   EXPECT_EQ(output_of("qor fft " + series + " | qor fft --inverse"), "3\n1\n4\n1\n5\n9\n2\n6\n");
@@ -172,7 +173,7 @@ TEST_F(Program, SaysWhatIsWrong) {
       {"qor math", 2, "a function is needed"},
       {"qor math sine", 2, "no function 'sine', did you mean 'sin'?"},
       {"echo 1 two 3 | qor math sin", 1, "standard input, line 1: 'two' is not a number"},
-      {"echo 1 2 3 | qor math pow", 1, "standard input: pow needs pairs of numbers"},
+      {"echo 1 2 3 | qor math pow", 1, "standard input: pow needs 2 numbers each time"},
       {"qor math sin /nonexistent", 1, "cannot open /nonexistent: No such file or directory"},
       {"qor math sin /tmp", 1, "cannot read /tmp: Is a directory"},
       {"qor fft --raw < /dev/null", 1, "standard input has no numbers"},

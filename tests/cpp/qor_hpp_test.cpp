@@ -127,6 +127,7 @@ TEST(Stream, IsMovedCopiedOnDemandSkippedAndKept) {
   s.uniform(first), loaded.uniform(third);
   EXPECT_EQ(first, third);
   qor_stream* handle = s.release();
+  EXPECT_THROW(s.uniform(first), qor::Error);
   const qor::Stream adopted = qor::Stream::adopt(handle);
   EXPECT_EQ(adopted.get(), handle);
 }
@@ -255,7 +256,38 @@ void expect_the_same_functions() {
   EXPECT_EQ(got, expected);
   EXPECT_EQ(got2, expected2);
 }
+template <class T>
+void expect_the_same_complex_functions() {
+  std::vector<std::complex<T>> z(9), got(9), expected(9);
+  for (int i = 0; i < 9; ++i) z[std::size_t(i)] = {T(i - 4) / 3, T(i + 1) / 5};
+  const auto same = [&](auto of_doubles, auto of_singles, const char* name) {
+    qor::detail::pick<T>(of_doubles, of_singles)(9, reinterpret_cast<const T*>(z.data()),
+                                                 reinterpret_cast<T*>(expected.data()));
+    EXPECT_EQ(got, expected) << name;
+  };
+#define QOR_SAME_COMPLEX(name, Name)                 \
+  qor::math::name(z, got);                           \
+  same(_tfnz##Name##_HA, _tfnc##Name##_HA, #name);   \
+  got = z, qor::math::name<qor::Accuracy::low>(got); \
+  same(_tfnz##Name##_50, _tfnc##Name##_21, #name);
+  QOR_SAME_COMPLEX(exp, Exp)
+  QOR_SAME_COMPLEX(sin, Sin)
+  QOR_SAME_COMPLEX(cos, Cos)
+  QOR_SAME_COMPLEX(tan, Tan)
+  QOR_SAME_COMPLEX(sinh, Sinh)
+  QOR_SAME_COMPLEX(cosh, Cosh)
+  QOR_SAME_COMPLEX(tanh, Tanh)
+  QOR_SAME_COMPLEX(asin, Asin)
+  QOR_SAME_COMPLEX(acos, Acos)
+  QOR_SAME_COMPLEX(atan, Atan)
+  QOR_SAME_COMPLEX(asinh, Asinh)
+  QOR_SAME_COMPLEX(acosh, Acosh)
+  QOR_SAME_COMPLEX(atanh, Atanh)
+#undef QOR_SAME_COMPLEX
+}
 TEST(Math, CallsTheFunctionsOfTheirNames) {
+  expect_the_same_complex_functions<double>();
+  expect_the_same_complex_functions<float>();
   expect_the_same_functions<double>();
   expect_the_same_functions<float>();
 }
