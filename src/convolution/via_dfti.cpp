@@ -262,7 +262,8 @@ dft::Descriptor* make_descriptor(const Lengths& transform) {
   if (real) {
     for (const auto& setting : real_settings) s = s != 0 ? s : d->set(setting.parameter, &setting.value);
   }
-  const double scale = 1 / static_cast<double>(transform.points());
+  double scale = 1;
+  for (int k = 0; k < transform.rank; ++k) scale /= transform.n[k];
   if (s == 0) s = d->set(backward_scale, &scale);
   if (s == 0) s = d->commit();
   if (s == 0) return d;
