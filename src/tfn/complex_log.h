@@ -215,12 +215,27 @@ struct Logarithm : Bounds<T, A> {
       return tfn::Ln<level>::core(hi, at, less, lo);
     }
   }
+  // log10 of hi + lo next to 1: with t = hi + lo - 1 in two parts, their sum being smaller than either at times,
+  // t - t^2/2 + t^3/3 times log10 e. The next term is 2^-62.
+  [[gnu::noinline]] static VecD decimal_next_to_1(VecD hi, VecD lo) {
+    const auto t = numeric::quick_two_sum(hi - 1.0, lo);
+    const VecD square = t.hi * t.hi;
+    const Split log = split(t.hi, t.lo + (square * t.hi * (1.0 / 3) - square * 0.5));
+    return product(log, Split{simd::splat<VecD>(log10_e_hi), simd::splat<VecD>(log10_e_lo)});
+  }
   [[gnu::noinline]] static void logarithms(Numbers<double>& r, int n) {
     for (int i = 0; i < n; i += simd::lanes<VecD>) {
       if constexpr (G == Grade::single) {
         r.re.set(i, single_logarithm(r.re(i), r.re.at + i, r.im(i)) * (Decimal ? log10_e.hi / 2 : 0.5));
       } else {
-        r.re.set(i, logarithm(r.re(i), r.re.at + i, simd::splat<VecD>(bias), r.im(i)) * 0.5);
+        const VecD hi = r.re(i), lo = r.im(i);
+        VecD log = logarithm(hi, r.re.at + i, simd::splat<VecD>(bias), lo);
+        if constexpr (Decimal && G == Grade::high) {
+          const VecU64 close = simd::lt(simd::abs(hi - 1.0), simd::splat<VecD>(0x1p-20));
+          if (simd::lanes_set(close) != 0) [[unlikely]]
+            log = simd::select(close, decimal_next_to_1(hi, lo), log);
+        }
+        r.re.set(i, log * 0.5);
       }
     }
   }

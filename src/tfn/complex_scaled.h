@@ -39,10 +39,18 @@ QOR_INLINE Scaled operator/(Scaled a, Scaled b) {
   const Pair<double> q = Pair<double>{a.hi, a.lo} / Pair<double>{b.hi, b.lo};
   return {q.hi, q.lo, a.power - b.power};
 }
-// Rounded; infinite where that is the result. A zero keeps its sign.
+// Rounded once, subnormal results too, by a sum with a number whose last place is theirs; infinite where that is the
+// result. A zero keeps its sign.
 QOR_INLINE double value(Scaled a) {
   const double sum = a.hi == 0 ? a.hi : a.hi + a.lo;
-  return a.power < -2000 ? times_power(sum, -2000) : times_power(sum, a.power > 2000 ? 2000 : a.power);
+  const int power = a.power < -2000 ? -2000 : a.power > 2000 ? 2000 : a.power;
+  const double result = times_power(sum, power);
+  if (power > 0 || std::fabs(result) >= std::numeric_limits<double>::min() || a.hi == 0) return result;
+  if (power < -2000 + 22 || std::fabs(a.hi) < 0x1p-900) return result;
+  const double least = std::copysign(numeric::power_of_two(-1022 - power), a.hi);
+  const Pair<double> above = numeric::quick_two_sum(least, a.hi);
+  const double rounded = (above.hi + (above.lo + a.lo)) - least;
+  return rounded == 0 ? std::copysign(0.0, a.hi) : times_power(rounded, power);
 }
 
 // e^x, |x| < 1500: hi between 1 and 2.
