@@ -54,7 +54,9 @@
    Threads. A transform runs on as many threads as the thread limit, OpenMP's settings (OMP_NUM_THREADS) and
    qor_serv_in_serial (qor/service.h) allow, if it is large enough to gain. A committed descriptor may compute from any
    number of threads at once; setting, committing and freeing are for one thread at a time. A process that forks after a
-   transform on several threads must set a thread limit of 1 in the child, as with any use of OpenMP. */
+   transform on several threads must set a thread limit of 1 in the child, as with any use of OpenMP. Threads that wait
+   spin for some milliseconds, as OpenMP's do: where other programs want the processors too, start the program with
+   OMP_WAIT_POLICY=passive. */
 #ifndef QOR_DFT_H
 #define QOR_DFT_H
 
