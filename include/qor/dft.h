@@ -84,13 +84,13 @@ typedef struct qor_dft_descriptor qor_dft_descriptor;
 #define QOR_DFT_FORWARD_SCALE 6  /* double; 1 */
 #define QOR_DFT_SIGNAL_STRIDES 7 /* int[rank + 1]: the offset, then a stride for each dimension; dense */
 #define QOR_DFT_SPECTRUM_STRIDES 8
-#define QOR_DFT_TRANSFORMS 9   /* int, how many at a time; 1 */
-#define QOR_DFT_CE_STORAGE 10  /* int, elements of conjugate-even spectra (real domain): */
-#define QOR_DFT_CE_COMPLEX 39  /* complex, the default */
-#define QOR_DFT_CE_REAL 40     /* real */
-#define QOR_DFT_PLACEMENT 11   /* int: */
+#define QOR_DFT_TRANSFORMS 9  /* int, how many at a time; 1 */
+#define QOR_DFT_CE_STORAGE 10 /* int, elements of conjugate-even spectra (real domain): */
+#define QOR_DFT_CE_COMPLEX 39 /* complex, the default */
+#define QOR_DFT_CE_REAL 40    /* real */
+#define QOR_DFT_PLACEMENT 11  /* int: */
 #define QOR_DFT_OUT_OF_PLACE 44
-#define QOR_DFT_IN_PLACE 45       /* the default */
+#define QOR_DFT_IN_PLACE 45        /* the default */
 #define QOR_DFT_SIGNAL_DISTANCE 12 /* int; needed for more than one transform */
 #define QOR_DFT_SPECTRUM_DISTANCE 13
 #define QOR_DFT_THREAD_LIMIT 14  /* int, 0 for no limit of its own; 0 */
