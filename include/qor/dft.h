@@ -54,7 +54,9 @@
    Threads. A transform runs on as many threads as the thread limit, OpenMP's settings (OMP_NUM_THREADS) and
    qor_serv_in_serial (qor/service.h) allow, if it is large enough to gain. A committed descriptor may compute from any
    number of threads at once; setting, committing and freeing are for one thread at a time. A process that forks after a
-   transform on several threads must set a thread limit of 1 in the child, as with any use of OpenMP. */
+   transform on several threads must set a thread limit of 1 in the child, as with any use of OpenMP. Threads that wait
+   spin for some milliseconds, as OpenMP's do: where other programs want the processors too, start the program with
+   OMP_WAIT_POLICY=passive. */
 #ifndef QOR_DFT_H
 #define QOR_DFT_H
 
@@ -82,13 +84,13 @@ typedef struct qor_dft_descriptor qor_dft_descriptor;
 #define QOR_DFT_FORWARD_SCALE 6  /* double; 1 */
 #define QOR_DFT_SIGNAL_STRIDES 7 /* int[rank + 1]: the offset, then a stride for each dimension; dense */
 #define QOR_DFT_SPECTRUM_STRIDES 8
-#define QOR_DFT_TRANSFORMS 9   /* int, how many at a time; 1 */
-#define QOR_DFT_CE_STORAGE 10  /* int, elements of conjugate-even spectra (real domain): */
-#define QOR_DFT_CE_COMPLEX 39  /* complex, the default */
-#define QOR_DFT_CE_REAL 40     /* real */
-#define QOR_DFT_PLACEMENT 11   /* int: */
+#define QOR_DFT_TRANSFORMS 9  /* int, how many at a time; 1 */
+#define QOR_DFT_CE_STORAGE 10 /* int, elements of conjugate-even spectra (real domain): */
+#define QOR_DFT_CE_COMPLEX 39 /* complex, the default */
+#define QOR_DFT_CE_REAL 40    /* real */
+#define QOR_DFT_PLACEMENT 11  /* int: */
 #define QOR_DFT_OUT_OF_PLACE 44
-#define QOR_DFT_IN_PLACE 45       /* the default */
+#define QOR_DFT_IN_PLACE 45        /* the default */
 #define QOR_DFT_SIGNAL_DISTANCE 12 /* int; needed for more than one transform */
 #define QOR_DFT_SPECTRUM_DISTANCE 13
 #define QOR_DFT_THREAD_LIMIT 14  /* int, 0 for no limit of its own; 0 */
