@@ -537,6 +537,9 @@ QOR_HPP_ROUNDING(round, Round)
 QOR_HPP_ROUNDING(rint, Rint)
 QOR_HPP_ROUNDING(nearby_int, NearbyInt)
 QOR_HPP_COMPLEX(exp, Exp)
+QOR_HPP_COMPLEX(ln, Ln)
+QOR_HPP_COMPLEX(log10, Log10)
+QOR_HPP_COMPLEX(sqrt, Sqrt)
 QOR_HPP_COMPLEX(sin, Sin)
 QOR_HPP_COMPLEX(cos, Cos)
 QOR_HPP_COMPLEX(tan, Tan)
@@ -555,6 +558,23 @@ requires std::same_as<Element<X>, Element<R>>
 void pow(const X& x, Element<X> power, R&& r) {
   detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: pow: lengths differ");
   QOR_HPP_MEMBER(Powx, Element<X>)(detail::count(x), std::ranges::data(x), power, std::ranges::data(r));
+}
+template <Accuracy A = Accuracy::high, ComplexInput X, ComplexInput Y, ComplexOutput R>
+requires std::same_as<Element<X>, Element<Y>> && std::same_as<Element<X>, Element<R>>
+void pow(const X& x, const Y& power, R&& r) {
+  detail::require(std::ranges::size(x) == std::ranges::size(r) && std::ranges::size(x) == std::ranges::size(power),
+                  "qor: pow: lengths differ");
+  using T = typename Element<X>::value_type;
+  (A == Accuracy::high ? detail::pick<T>(_tfnzPow_HA, _tfncPow_HA) : detail::pick<T>(_tfnzPow_50, _tfncPow_21))(
+      detail::count(x), detail::reals(x), detail::reals(power), detail::reals(r));
+}
+template <Accuracy A = Accuracy::high, ComplexInput X, ComplexOutput R>
+requires std::same_as<Element<X>, Element<R>>
+void pow(const X& x, Element<X> power, R&& r) {
+  detail::require(std::ranges::size(x) == std::ranges::size(r), "qor: pow: lengths differ");
+  using T = typename Element<X>::value_type;
+  (A == Accuracy::high ? detail::pick<T>(_tfnzPowx_HA, _tfncPowx_HA) : detail::pick<T>(_tfnzPowx_50, _tfncPowx_21))(
+      detail::count(x), detail::reals(x), {power.real(), power.imag()}, detail::reals(r));
 }
 template <Accuracy A = Accuracy::high, RealInput X, RealOutput R, RealOutput S>
 requires std::same_as<Element<X>, Element<R>> && std::same_as<Element<X>, Element<S>>

@@ -281,9 +281,19 @@ void expect_the_same_complex_functions() {
   QOR_SAME_COMPLEX(acos, Acos)
   QOR_SAME_COMPLEX(atan, Atan)
   QOR_SAME_COMPLEX(asinh, Asinh)
+  QOR_SAME_COMPLEX(ln, Ln)
+  QOR_SAME_COMPLEX(log10, Log10)
+  QOR_SAME_COMPLEX(sqrt, Sqrt)
   QOR_SAME_COMPLEX(acosh, Acosh)
   QOR_SAME_COMPLEX(atanh, Atanh)
 #undef QOR_SAME_COMPLEX
+  // One exponent for all, or one each.
+  const std::complex<T> power(T(0.5), T(-2));
+  std::vector<std::complex<T>> powers(9, power), by_array(9);
+  qor::math::pow(z, power, got);
+  qor::math::pow(z, powers, by_array);
+  EXPECT_EQ(got, by_array);
+  EXPECT_LT(std::abs(got[8] - std::pow(z[8], power)), 1e-5);
 }
 TEST(Math, CallsTheFunctionsOfTheirNames) {
   expect_the_same_complex_functions<double>();
