@@ -74,7 +74,7 @@ void add(std::vector<Work>& works, FftKind kind, int length, int rank) {
     }
   }
   if (points >= 512 * 512) {
-    work.claims.push_back({work.name + ", the second thread", "qor, 2 threads", {"qor"}, no_limit, 1.7});
+    work.claims.push_back({work.name + ", the second thread", "qor, 2 threads", {"qor"}, no_limit, 1.7, ""});
   }
   works.push_back(work);
 }

@@ -43,8 +43,8 @@ struct Job {
 template <class T>
 void add(std::vector<Work>& works, int rank, int n, int m, int mode) {
   const auto job = std::make_shared<Job<T>>(rank, n, m, mode);
-  const std::string power = rank == 1 ? "" : "^" + std::to_string(rank);
-  const std::string name = "task " + std::to_string(n) + power + " * " + std::to_string(m) + power +
+  const std::string power = rank == 1 ? "" : std::string("^") + std::to_string(rank);
+  const std::string name = std::string("task ") + std::to_string(n) + power + " * " + std::to_string(m) + power +
                            (mode == QOR_CONV_MODE_DIRECT ? ", direct" : "") +
                            (sizeof(T) == 8 ? ", double" : ", single");
   Work work{"tasks", name, static_cast<int>(job->z.size()), {}, {}};
