@@ -83,16 +83,18 @@ void add(std::vector<Work>& works, const std::string& name, FftKind kind, int n,
   work.most_rounds = n < 1 << large_order ? 61 : n < 1 << 20 ? 21 : 9;
   work.flops = (kind == FftKind::complex_forward ? 5 : 2.5) * levels;
   const auto job = std::make_shared<Job<T>>(Job<T>{kind, n, {}});
-  const auto contend = [&](const char* contender, bool is_ours, auto plan) {
+  const auto contend = [&](const char* contender, bool is_ours, bool apart, auto plan) {
     const std::size_t who = work.contenders.size();
-    work.contenders.push_back({contender, 0, is_ours, [job, plan, who](int) {
+    work.contenders.push_back({contender, 0, is_ours,
+                               [job, plan, who](int) {
                                  if (!job->runs[who]) job->prepare(who, plan);
                                  job->runs[who]();
-                               }});
+                               },
+                               apart});
   };
-  contend("qor", true, [](FftKind k, int m, T* in, T* out) { return ours(k, m, in, out); });
+  contend("qor", true, false, [](FftKind k, int m, T* in, T* out) { return ours(k, m, in, out); });
   for (const FftPeer<T>& peer : fft_peers<T>()) {
-    contend(peer.name, false, peer.plan);
+    contend(peer.name, false, !peer.in_class, peer.plan);
     work.claims.push_back(
         {work.name, "qor", {peer.name}, no_limit, peer.in_class ? target : 0, peer.in_class ? "" : "far mark"});
   }

@@ -53,21 +53,27 @@ std::int64_t calls_per_slot(const Contender& contender, int elements) {
 // Each pass over the registered benchmarks runs each of them once, in order: a round.
 Times measure(const std::vector<Contender>& contenders, int elements, int rounds) {
   Times times(contenders.size());
-  if (contenders.empty()) return times;
-  benchmark::ClearRegisteredBenchmarks();
-  for (std::size_t i = 0; i < contenders.size(); ++i) {
-    const Contender& contender = contenders[i];
-    const auto loop = [&contender, elements](benchmark::State& state) {
-      contender.call(elements);  // brings code and data back into the caches
-      for (auto _ : state) {
-        contender.call(elements);
-        benchmark::ClobberMemory();
-      }
-    };
-    benchmark::RegisterBenchmark(std::to_string(i).c_str(), loop)->Iterations(calls_per_slot(contender, elements));
-  }
   Collector collector(times, elements);
-  for (int round = 0; round < rounds; ++round) benchmark::RunSpecifiedBenchmarks(&collector, "all");
+  for (const bool apart : {false, true}) {
+    benchmark::ClearRegisteredBenchmarks();
+    int registered = 0;
+    for (std::size_t i = 0; i < contenders.size(); ++i) {
+      const Contender& contender = contenders[i];
+      if (contender.apart != apart) continue;
+      const auto loop = [&contender, elements](benchmark::State& state) {
+        contender.call(elements);  // brings code and data back into the caches
+        for (auto _ : state) {
+          contender.call(elements);
+          benchmark::ClobberMemory();
+        }
+      };
+      benchmark::RegisterBenchmark(std::to_string(i).c_str(), loop)->Iterations(calls_per_slot(contender, elements));
+      ++registered;
+    }
+    for (int round = 0; round < rounds && registered != 0; ++round) {
+      benchmark::RunSpecifiedBenchmarks(&collector, "all");
+    }
+  }
   benchmark::ClearRegisteredBenchmarks();
   return times;
 }

@@ -21,6 +21,8 @@ struct Contender {
   double ulp = 0;
   bool ours = false;
   std::function<void(int n)> call;
+  // In rounds of its own behind the others: wide vectors lower the clock for what follows them.
+  bool apart = false;
 };
 
 // One row of the table: one of our functions against the fastest of the opponents that are named (all, when none is)
