@@ -92,11 +92,15 @@ struct Real {
   static constexpr int odd_plane(int u) { return 2 * (2 * u + 1); }
 
   template <class Get, class Put>
+  QOR_INLINE static void pair(Get get, Put put) {
+    const V a = get(0), b = get(1);
+    put(0, a + b);
+    put(1, a - b);
+  }
+  template <class Get, class Put>
   QOR_INLINE static void forward(Get get, Put put) {
     if constexpr (R == 2) {
-      const V a = get(0), b = get(1);
-      put(0, a + b);
-      put(1, a - b);
+      pair(get, put);
     } else {
       V s[half], d[half];
       unrolled<half>([&](auto r) {
@@ -115,9 +119,7 @@ struct Real {
   template <class Get, class Put>
   QOR_INLINE static void inverse(Get get, Put put) {
     if constexpr (R == 2) {
-      const V a = get(0), b = get(1);
-      put(0, a + b);
-      put(1, a - b);
+      pair(get, put);
     } else {
       V s[half], d[half];
       Real<V, half>::inverse([&](int p) { return get(even_plane(p)); }, [&](int r, V x) { s[r] = x; });
