@@ -44,9 +44,9 @@ struct Log10 {
         x, [at](int l) { return numeric::high_word(at + l) >> 4; }, &log10_table[0].hi, less);
     const VecD whole = k * log10_2_hi + hi, small = k * log10_2_lo + lo;  // the first is exact
     const VecD q = horner(u, fit[0], fit[1], fit[2], fit[3], fit[4]);
-    [[maybe_unused]] const auto part = [&](VecD extra) {
-      const VecD v = extra * Ln<A>::inverse_power(x) * c;
-      return v - v * u;
+    [[maybe_unused]] const auto part = [x, inverse = c, ratio = u](VecD extra) {
+      const VecD v = extra * Ln<A>::inverse_power(x) * inverse;
+      return v - v * ratio;
     };
     if constexpr (A == Accuracy::low) {
       return whole + (((u * (u * q + log10_e.hi)) + ... + (part(more) * log10_e.hi)) + small);
