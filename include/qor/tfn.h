@@ -400,8 +400,8 @@ void _tfncLog10_HA(int n, const float* a, float* r);
 void _tfncLog10_21(int n, const float* a, float* r);
 
 /* Pow: r[i] = a[i] to the power b[i]; Powx: a[i] to the power b, the bits that Pow gives; e^(b Ln(a)), the cut that of
-   Ln. The accuracy is that above while |b Ln(a)| is below 2^10, beyond it the error grows in proportion; parts are right in
-   relation to the result's size alone. Pow(z, 0) = 1 for every z, NaN included. Pow(0, b) = 0
+   Ln. The accuracy is that above (_HA of doubles 1.2) while |b Ln(a)| is below 2^10, beyond it the error grows in
+   proportion; parts are right in relation to the result's size alone. Pow(z, 0) = 1 for every z, NaN included. Pow(0, b) = 0
    for Re b > 0. Otherwise for a zero or infinite base, or an infinite power: 0 or an infinite real part where the limit
    has that size, the imaginary part NaN where the limit has no direction. Logarithm and angle in two parts with the tables
    of Ln and Atan, the exponential as in Exp. Reports: SING for Pow(0, b) with Re b < 0 (+inf, and 0 or NaN); ERRDOM where

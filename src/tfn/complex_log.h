@@ -273,6 +273,8 @@ struct Logarithm : Bounds<T, A> {
     if (lanes_set(good) != 0) return {parts.head[0], parts.tail[0], 0};
     double rounded;
     tfn::Atan2<Accuracy::high>::element(y, x, &rounded);
+    // Angles next to the smallest numbers are quotients, taken where they have all their digits.
+    if (std::fabs(rounded) < 0x1p-900 && y != 0) return {y * 0x1p200 / x, 0, -200};
     return {rounded, 0, 0};
   }
   // The logarithm of |x + iy|, finite and not 0.
