@@ -101,9 +101,11 @@ Ints dense(const Ints& n, int rank) {
   return s;
 }
 std::size_t place(const Ints& index, const Ints& n, const Ints& stride, int rank) {
-  std::ptrdiff_t at = 0;
-  for (int k = 0; k < rank; ++k)
-    at += stride[k] >= 0 ? std::ptrdiff_t{stride[k]} * index[k] : -std::ptrdiff_t{stride[k]} * (n[k] - 1 - index[k]);
+  std::int64_t at = 0;
+  for (int k = 0; k < rank; ++k) {
+    const std::int64_t s = stride[k];
+    at += s >= 0 ? s * index[k] : -s * (n[k] - 1 - index[k]);
+  }
   return static_cast<std::size_t>(at);
 }
 bool next(Ints& index, const Ints& n, int rank) {
