@@ -1,5 +1,5 @@
 // Exponential function of complex numbers, e^(x + iy) = e^x cos y + i e^x sin y.
-// - double _HA: both factors unrounded, in a head of 26 bits and a tail: each part 0.51 ulp.
+// - double _HA: both factors unrounded, in a head of 26 bits and a tail: 0.51 ulp in both parts.
 // - double _50: factors rounded.
 // - singles: in double precision.
 // Near overflow and underflow e^x is taken apart from its power of two (T. E. Hull, T. F. Fairgrieve, P. T. P. Tang,

@@ -2,7 +2,7 @@
 // x^2 + y^2 is taken in two parts. Next to |z| = 1 the logarithm is that of 1 + t, t = x^2 + y^2 - 1 from a sum of exact
 // products (on this cancellation W. Kahan, Branch cuts for complex elementary functions, 1987; T. E. Hull, T. F. Fairgrieve,
 // P. T. P. Tang, ACM TOMS 20, 1994). Where squares would overflow or vanish element() works with scaled parts.
-// - double _HA: each part 0.55 ulp.
+// - double _HA: 0.55 ulp in both parts.
 // - double _50: the square in one part; next to |z| = 1 as (x - 1)(x + 1) + y^2.
 // - single _HA: in double precision, where squares are exact, with short polynomials.
 // - single _21: as double _50, in single precision.
