@@ -46,7 +46,7 @@ struct Kit {
 
   template <int A, int B, bool Spread>
   QOR_INLINE static Kit of() {
-    return {opaque(constants<V, A, B, Spread>.sign[0])};
+    return {simd::opaque(constants<V, A, B, Spread>.sign[0])};
   }
   QOR_INLINE static V multiply(V x, V re, V im) {
     const V a = x * re, b = swapped(x) * im;

@@ -63,25 +63,18 @@ struct Strided {
   QOR_INLINE Value load(int i) const { return {simd::load_pairs<V>(p + 2 * stride * i, p + 2 * stride * (i + 1))}; }
 };
 
-// x, of which the compiler knows nothing: it neither computes multiples ahead nor keeps what x points to in registers.
-template <class X>
-QOR_INLINE X opaque(X x) {
-  asm("" : "+r"(x));
-  return x;
-}
-
 // Pointers a stride apart, of which the compiler sees two multiples of the stride: it would keep all in memory.
 template <class T>
 struct Line {
   T* p;
   int s, s3;  // in bytes
-  QOR_INLINE Line(T* start, int stride) : p(start), s(opaque(stride)), s3(opaque(3 * stride)) {}
+  QOR_INLINE Line(T* start, int stride) : p(start), s(simd::opaque(stride)), s3(simd::opaque(3 * stride)) {}
   QOR_INLINE T* at(int i) const {
     T* q = p;
-    for (; i >= 4; i -= 4) q = opaque(beyond(q, 4 * s));
+    for (; i >= 4; i -= 4) q = simd::opaque(beyond(q, 4 * s));
     return beyond(q, i == 3 ? s3 : i * s);
   }
-  QOR_INLINE void move(int bytes) { p = opaque(beyond(p, bytes)); }
+  QOR_INLINE void move(int bytes) { p = simd::opaque(beyond(p, bytes)); }
 
  private:
   QOR_INLINE static T* beyond(T* q, int bytes) {

@@ -235,6 +235,12 @@ QOR_INLINE V held(V v) {
   asm("" : "+x"(v));
   return v;
 }
+// x, of which the compiler knows nothing: it neither computes multiples ahead nor keeps what x points to in registers.
+template <class X>
+QOR_INLINE X opaque(X x) {
+  asm("" : "+r"(x));
+  return x;
+}
 // From an address that is a multiple of 16.
 template <class V>
 QOR_INLINE V load_aligned(const lane_t<V>* p) {

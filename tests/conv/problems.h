@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "conv/layout.h"
 #include "support/guarded.h"
 
 namespace qor::test {
 
-using Ints = std::vector<int>;
 using Wide = long double;
 
 inline int size_of(const Ints& shape) {
@@ -28,21 +28,6 @@ inline Ints dense(const Ints& shape) {
   int n = 1;
   for (const int s : shape) stride.push_back(n), n *= s;
   return stride;
-}
-// Steps through all indices, dimension 0 first; false after the last.
-inline bool next(Ints& index, const Ints& shape) {
-  for (std::size_t k = 0; k < shape.size(); ++k) {
-    if (++index[k] < shape[k]) return true;
-    index[k] = 0;
-  }
-  return false;
-}
-inline int place(const Ints& index, const Ints& shape, const Ints& stride) {
-  int at = 0;
-  for (std::size_t k = 0; k < shape.size(); ++k) {
-    at += stride[k] >= 0 ? index[k] * stride[k] : (shape[k] - 1 - index[k]) * -stride[k];
-  }
-  return at;
 }
 // The elements from the lowest to the highest.
 inline int extent(const Ints& shape, const Ints& stride) {
@@ -75,7 +60,7 @@ class Placed {
     std::vector<bool> named(static_cast<std::size_t>(n_));
     Ints index(shape_.size());
     do {
-      const int at = place(index, shape_, stride_);
+      const std::size_t at = place(index, shape_, stride_);
       v.push_back(data_[at]);
       named[static_cast<std::size_t>(at)] = true;
     } while (next(index, shape_));
@@ -136,8 +121,7 @@ std::vector<Sum> plain_sums(const Case& c, const std::vector<D>& x, const std::v
         i[k] = first[k] + step[k];
         partner[k] = c.correlates ? m + i[k] : m - i[k];
       }
-      const Wide p =
-          Wide(x[std::size_t(place(i, c.nx, dense(c.nx)))]) * y[std::size_t(place(partner, c.ny, dense(c.ny)))];
+      const Wide p = Wide(x[place(i, c.nx, dense(c.nx))]) * y[place(partner, c.ny, dense(c.ny))];
       s.value += p;
       s.size += std::fabs(p);
       ++s.products;
@@ -160,7 +144,7 @@ class Draw {
     do {
       Ints same = index;
       for (std::size_t k = 0; k < shape.size(); ++k) same[k] = stride[k] == 0 ? 0 : index[k];
-      v[i++] = v[std::size_t(place(same, shape, dense(shape)))];
+      v[i++] = v[place(same, shape, dense(shape))];
     } while (next(index, shape));
     return v;
   }

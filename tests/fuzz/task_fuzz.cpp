@@ -7,14 +7,17 @@
 #include <optional>
 #include <vector>
 
+#include "conv/layout.h"
 #include "fuzz/reader.h"
 #include "qor/conv.h"
 
 namespace {
 
+using qor::test::Ints;
+using qor::test::next;
+using qor::test::place;
 using qor::test::Reader;
 using qor::test::require;
-using Ints = std::vector<int>;
 
 constexpr int most_tasks = 3, most_elements = 4096, most_products = 1 << 17;
 
@@ -100,22 +103,6 @@ Ints dense(const Ints& n, int rank) {
   }
   return s;
 }
-std::size_t place(const Ints& index, const Ints& n, const Ints& stride, int rank) {
-  std::int64_t at = 0;
-  for (int k = 0; k < rank; ++k) {
-    const std::int64_t s = stride[k];
-    at += s >= 0 ? s * index[k] : -s * (n[k] - 1 - index[k]);
-  }
-  return static_cast<std::size_t>(at);
-}
-bool next(Ints& index, const Ints& n, int rank) {
-  for (int k = 0; k < rank; ++k) {
-    if (++index[k] < n[k]) return true;
-    index[k] = 0;
-  }
-  return false;
-}
-
 struct Call {
   bool x, y, z;
   Ints sx, sy, sz, start, step;
@@ -158,37 +145,37 @@ void fill(D* data, std::size_t n, unsigned seed) {
 template <class D>
 void compare(const Model& m, const Call& c, const D* x, const D* y, const D* z) {
   const int rank = m.rank;
-  Ints full(9, 1), i(9), j(9), at(9);
+  Ints full(9, 1), i(static_cast<std::size_t>(rank)), j(i), at(i);
   for (int k = 0; k < rank; ++k) full[k] = m.nx[k] + m.ny[k] - 1;
   const Ints stride = dense(full, rank);
   std::vector<double> sums(static_cast<std::size_t>(extent(full, stride, rank).all));
   do {
-    const double a = x[place(i, m.nx, c.sx, rank)];
+    const double a = x[place(i, m.nx, c.sx)];
     do {
       for (int k = 0; k < rank; ++k) at[k] = m.kind == 1 ? i[k] + j[k] : j[k] - i[k] + m.nx[k] - 1;
-      sums[place(at, full, stride, rank)] += a * y[place(j, m.ny, c.sy, rank)];
-    } while (next(j, m.ny, rank));
-  } while (next(i, m.nx, rank));
+      sums[place(at, full, stride)] += a * y[place(j, m.ny, c.sy)];
+    } while (next(j, m.ny));
+  } while (next(i, m.nx));
   const double size = 64.0 * double(extent(m.nx, stride, rank).all + extent(m.ny, stride, rank).all);
   const bool single_sums = m.precision == 1 && m.internal == 1 && rank == 1;
   do {
     for (int k = 0; k < rank; ++k) at[k] = c.start[k] + j[k] * c.step[k] + (m.kind == 1 ? 0 : m.nx[k] - 1);
-    const double exact = sums[place(at, full, stride, rank)], got = double(z[place(j, m.nz, c.sz, rank)]);
+    const double exact = sums[place(at, full, stride)], got = double(z[place(j, m.nz, c.sz)]);
     const double rounding = (sizeof(D) == 4 ? 1e-7 : 0) * std::fabs(exact);
     const double error = m.mode == 1 ? 0 : size * (single_sums ? 2e-6 : 4e-15) + rounding;
     require(std::fabs(got - exact) <= error, "an output is its sum");
-  } while (next(j, m.nz, rank));
+  } while (next(j, m.nz));
 }
 
 // Do two outputs have the same place? Then nobody can say what is there.
 bool outputs_meet(const Model& m, const Ints& stride, std::size_t span) {
   std::vector<bool> taken(span);
-  Ints j(9);
+  Ints j(static_cast<std::size_t>(m.rank));
   do {
-    const std::size_t at = place(j, m.nz, stride, m.rank);
+    const std::size_t at = place(j, m.nz, stride);
     if (taken[at]) return true;
     taken[at] = true;
-  } while (next(j, m.nz, m.rank));
+  } while (next(j, m.nz));
   return false;
 }
 

@@ -129,7 +129,7 @@ ComplexError complex_error(const T* got, QuadComplex exact) {
     if (fabsq(part[k]) > most && std::fabs(got[k]) > most) {
       const bool wrong = (part[k] < 0) != std::signbit(got[k]);
       if (wrong) e.part = HUGE_VAL;
-      if (wrong && fabsq(part[k]) > fabsq(part[1 - k]) * 0x1p-20Q) e.size = HUGE_VAL;
+      if (wrong && fabsq(part[k]) > fabsq(part[1 - k]) * 0x1p-20) e.size = HUGE_VAL;
       ++beyond;
     } else if (std::isinf(got[k]) || fabsq(part[k]) > L::max()) {
       e.part = HUGE_VAL;
