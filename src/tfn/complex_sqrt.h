@@ -65,7 +65,11 @@ struct Sqrt : Bounds<T, A> {
       r.re.set(i, select(right, v.larger, v.smaller));
       r.im.set(i, with_sign(select(right, v.smaller, v.larger), sign(y)));
       Bits<V> good = le(splat<V>(least), v.square) & le(v.square, splat<V>(most));
-      if constexpr (G == Grade::high) good &= le(splat<V>(0x1p-960), v.smaller) | eq(y, V{});
+      // Nothing of the quotient's steps may vanish.
+      if constexpr (G == Grade::high) {
+        const V tiny = splat<V>(0x1p-960);
+        good &= (le(tiny, v.smaller) & le(tiny, abs(y))) | eq(y, V{});
+      }
       usual.set(i, good);
     }
     if constexpr (native) rest_in_doubles<Sqrt<T, Accuracy::high>>(z, r, usual, n);

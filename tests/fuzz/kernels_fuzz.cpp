@@ -39,12 +39,13 @@ bool right(const ComplexMember<T>& m, const T* x, const T* y, const T* got) {
   }
   const QuadComplex exact = m.exact(z, w);
   if (isnanq(__real__ exact) || isnanq(__imag__ exact)) return true;
-  const ComplexError e = complex_error(got, exact);
   double slack = 0.02;
   if (m.inputs == 2) {
     const QuadComplex ln = clogq(z);
     slack += 0x1p-8 * static_cast<double>(hypotq(__real__ w, __imag__ w) * hypotq(__real__ ln, __imag__ ln));
+    if (slack > 1) return true;
   }
+  const ComplexError e = complex_error(got, exact);
   return e.size <= m.size_bound + slack && e.part <= m.part_bound + slack;
 }
 

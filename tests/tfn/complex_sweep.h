@@ -175,7 +175,7 @@ T any_sign(Draw<T>& draw, T x) {
 
 // `per_stratum` numbers each: all bit patterns; of moderate size; of like and unlike exponents; on and next to the axes;
 // next to the unit circle and to the points 1 and i; parts next to multiples of pi/2; a part whose exponential is about
-// to overflow or vanish; both parts tiny or huge; integers.
+// to overflow or vanish; both parts tiny or huge; one next to the smallest numbers; integers.
 template <class T>
 void complex_strata(Draw<T>& draw, int per_stratum, ComplexInputs<T>& in) {
   using L = std::numeric_limits<T>;
@@ -203,6 +203,7 @@ void complex_strata(Draw<T>& draw, int per_stratum, ComplexInputs<T>& in) {
     either(any_sign(draw, T(draw.between(overflow, overflow - least))), draw.scaled(lowest, -1));
     either(T(draw.between(least - 3, overflow + 3)), T(draw.between(-200, 200)));
     in.add(draw.scaled(lowest, L::min_exponent + 10), draw.scaled(lowest, L::min_exponent + 10));
+    either(any_sign(draw, draw.scaled(lowest, L::min_exponent + 10)), draw.scaled(lowest, highest));
     in.add(draw.scaled(highest - 2, highest), draw.scaled(highest - 2, highest));
     in.add(T(draw.word() % 41) - 20, T(draw.word() % 41) - 20);
   }
