@@ -72,6 +72,7 @@ class Report {
         "next to 1, the ends of table intervals, moderate size, neighbours of multiples of pi/2 and of pi/256 up to\n"
         "2^64, integers, and where each function is hard. Singles are held against the `_HA` kernel of doubles, which\n"
         "the C library's double precision confirms at every 61st argument and at the worst ones.\n\n"
+        "![Largest errors](accuracy.svg)\n\n"
         "| member | max ulp | bound | at | arguments |\n|---|---|---|---|---|\n",
         command.c_str());
   }

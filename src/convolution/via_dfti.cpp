@@ -177,8 +177,9 @@ Cutting cut(const Lengths& a, const Lengths& b) {
     int order = 0;
     for (int k = 0; k < rank; ++k) {
       points *= c.transform.n[k];
-      a_blocks *= (a.n[k] - 1) / c.a.n[k] + 1;
-      b_blocks *= (b.n[k] - 1) / c.b.n[k] + 1;
+      const int a_cuts = (a.n[k] - 1) / c.a.n[k] + 1, b_cuts = (b.n[k] - 1) / c.b.n[k] + 1;
+      a_blocks *= a_cuts;
+      b_blocks *= b_cuts;
       for (int n = c.transform.n[k]; n > 1; n /= 2) ++order;
     }
     const double large = points > 65536 ? 1.5 : 1;  // the second-level cache holds no more

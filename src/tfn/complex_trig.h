@@ -64,6 +64,8 @@ QOR_INLINE void put(const Both::Unrounded& from, Parts<Grade::high>& to, int i) 
   to.head.set(i, with_sign(s.head, simd::sign(whole)));
   to.tail.set(i, s.tail);
 }
+// What the kernel for singles reduces with enough bits.
+QOR_INLINE VecU64 single_takes(VecD x) { return simd::lt(simd::abs(x), simd::splat<VecD>(0x1p20)); }
 // A vector with lanes that are not usual, once more with a reduction for large arguments.
 template <Grade G>
 QOR_COLD void waves_again(VecD x, Waves<G>& y, Usual<double>& usual, int i) {
@@ -90,11 +92,13 @@ QOR_COLD void waves_again(VecD x, Waves<G>& y, Usual<double>& usual, int i) {
     choose(y.sine, large[0]);
     choose(y.cosine, large[1]);
   } else {
+    const VecU64 had = G == Grade::single ? single_takes(x) : VecU64{};
     rounded[0] = y.sine.head(i);
     rounded[1] = y.cosine.head(i);
     Both::retry<Accuracy::low>(x, rounded, good);
-    y.sine.head.set(i, rounded[0]);
-    y.cosine.head.set(i, rounded[1]);
+    good |= had;
+    y.sine.head.set(i, select(had, y.sine.head(i), rounded[0]));
+    y.cosine.head.set(i, select(had, y.cosine.head(i), rounded[1]));
   }
   usual.set(i, good);
 }
@@ -123,7 +127,7 @@ template <Grade G>
         Both::finish<Accuracy::low>(Both::reduce<Accuracy::low>(x(i)), v, good);
       } else {
         Both::single_half(x(i), v);
-        good = lt(abs(x(i)), splat<VecD>(0x1p20));
+        good = detail::single_takes(x(i));
       }
       y.sine.head.set(i, v[0]);
       y.cosine.head.set(i, v[1]);
