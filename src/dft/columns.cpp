@@ -8,7 +8,6 @@ namespace {
 
 using fft::Complex;
 using fft::lane_t;
-using fft::Split;
 
 // R rows of the caller's array, `step` reals apart: pairs of real and imaginary parts. The inverse exchanges the parts.
 // Here the columns are side by side.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/align.h"
 #include "base/errno_guard.h"
 #include "dft/half.h"
 #include "numeric/mxcsr.h"
@@ -430,8 +431,7 @@ int Engine<T>::compute(const T* in, T* out) const {
   if (bytes > INT32_MAX) return QOR_DFT_NO_MEMORY;
   const service::Scratch scratch(static_cast<int>(bytes));
   if (!scratch) return QOR_DFT_NO_MEMORY;
-  T* const block =
-      reinterpret_cast<T*>((reinterpret_cast<std::uintptr_t>(scratch.get()) + alignment - 1) / alignment * alignment);
+  T* const block = align_up<T>(scratch.get(), alignment);
   T* const spaces = block + temporary;
   T* const source = const_cast<T*>(in) + d.offset[0];
   T* const target = out + d.offset[1];

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "base/align.h"
 #include "base/errno_guard.h"
 
 namespace qor::fft {
@@ -18,8 +19,7 @@ inline void* allocate(std::size_t count, std::size_t size) {
   ErrnoGuard keep;
   char* const raw = static_cast<char*>(std::malloc(count * size + slack));
   if (raw == nullptr) return nullptr;
-  const auto start = (reinterpret_cast<std::uintptr_t>(raw) + sizeof(void*) + alignment - 1) / alignment * alignment;
-  void** const block = reinterpret_cast<void**>(start);
+  void** const block = align_up<void*>(raw + sizeof(void*), alignment);
   block[-1] = raw;
   return block;
 }

@@ -40,7 +40,7 @@ constexpr auto make_roots() {
   std::array<T, static_cast<std::size_t>(roots_start<V>(static_levels + 1))> table{};
   for (int l = 0; l <= static_levels; ++l) {
     for (int b = 0; b < 1 << l; ++b) {
-      const int n = 16 << l, k = static_cast<int>(phi(l, static_cast<std::uint32_t>(b)) * (n / 8));
+      const int n = 16 << l, eighth = 2 << l, k = static_cast<int>(phi(l, static_cast<std::uint32_t>(b)) * eighth);
       int at = roots_start<V>(l) + b / L * 6 * L + b % L;
       for (const int times : {2, 1, 3}) {
         const Angle a = angle(times * k, n);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "base/align.h"
 #include "fft/create.h"
 #include "fft/packing.h"
 #include "fft/pairs.h"
@@ -120,9 +121,7 @@ QOR_INLINE int transform_with(const R* spec, std::int32_t tag, bool scaled, cons
   } else if (buffer == nullptr) [[unlikely]] {
     return in_own_buffer<T>(spec->work_bytes, [&](T* work) { f(scale, work); });
   } else {
-    const auto at =
-        (reinterpret_cast<std::uintptr_t>(buffer) + buffer_alignment - 1) / buffer_alignment * buffer_alignment;
-    f(scale, reinterpret_cast<T*>(at));
+    f(scale, align_up<T>(buffer, buffer_alignment));
   }
   return status::ok;
 }

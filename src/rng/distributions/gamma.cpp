@@ -11,7 +11,6 @@
 namespace qor::rng {
 namespace {
 
-using simd::splat;
 using simd::Vec;
 
 constexpr int block = 512;  // candidates at a time

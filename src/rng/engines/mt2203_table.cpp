@@ -5,7 +5,8 @@
 #include "base/target.h"
 #include "qor/rng.h"
 
-extern "C" QOR_DATA const unsigned _wxr_mt2203_table[1024][3];  // GCC ignores the attribute where a constant is defined
+// GCC ignores the attribute where a constant is defined. NOLINTNEXTLINE(readability-redundant-declaration)
+extern "C" QOR_DATA const unsigned _wxr_mt2203_table[1024][3];
 constexpr unsigned _wxr_mt2203_table[1024][3] = {
 #include "rng/engines/mt2203_table.inc"
 };
