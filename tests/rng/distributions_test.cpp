@@ -386,8 +386,8 @@ TYPED_TEST(Distributions, SayWhenThereIsNoMemory) {
 
 TYPED_TEST(Distributions, VectorsAreTheFactorTimesGaussianNumbers) {
   using T = TypeParam;
-  for (const int d : {1, 2, 3, 4, 5, 7, 8, 9, 43, 57, 100, 1023, 1024, 1029}) {
-    const int n = d > 1000 ? 5 : 8;
+  for (const int d : {1, 2, 3, 4, 5, 7, 8, 9, 43, 57, 64, 65, 100, 1023, 1024, 1029}) {
+    const int n = d > 1000 ? 5 : 19;
     std::vector<T> full(d * d, std::numeric_limits<T>::quiet_NaN()), packed, diagonal, a(d);
     for (int i = 0; i < d; ++i) {
       a[i] = T(i % 5);
@@ -489,6 +489,8 @@ TEST(Discrete, RefuseBadArgumentsAndStoreConstantsWithoutDrawing) {
       {"Negbinomial", [](S s, int* r) { return _wxriRngNegbinomial(0, s, 2, r, inf, 0.5); }, bad},
       {"Negbinomial", [](S s, int* r) { return _wxriRngNegbinomial(0, s, 2, r, 1, 0); }, bad},
       // One outcome: the status is the outcome here.
+      {"Bernoulli(0)", [](S s, int* r) { return _wxriRngBernoulli(0, s, 1, r, 0) + *r; }, 0},
+      {"Bernoulli(1)", [](S s, int* r) { return _wxriRngBernoulli(0, s, 1, r, 1) + *r; }, 1},
       {"Geometric(1)", [](S s, int* r) { return _wxriRngGeometric(0, s, 1, r, 1) + *r; }, 0},
       {"Binomial(7, 0)", [](S s, int* r) { return _wxriRngBinomial(0, s, 1, r, 7, 0) + *r; }, 0},
       {"Binomial(7, 1)", [](S s, int* r) { return _wxriRngBinomial(0, s, 1, r, 7, 1) + *r; }, 7},
@@ -528,6 +530,28 @@ TEST(Discrete, TablesInvertTheDistributionFunction) {
     for (std::size_t i = 0; i < u.size(); ++i) {
       EXPECT_LT(u[i], k.cdf(r[i]) + 1e-8) << k.family << ' ' << k.parameters;
       EXPECT_GE(u[i], k.cdf(r[i] - 1.0) - 1e-8) << k.family << ' ' << k.parameters;
+    }
+  }
+}
+
+// With an engine whose words are compared, too, the outcome is that of its number: on both sides of numbers that occur.
+TEST(Discrete, BernoulliComparesTheEnginesNumber) {
+  constexpr int n = 10007;
+  for (const EngineRow& engine : engine_rows()) {
+    const TestStream source(engine.brng, seed);
+    std::vector<double> u(n);
+    ASSERT_EQ(_wxrdRngUniform(0, source, n, u.data(), 0, 1), 0);
+    std::vector<double> probabilities = {0.3, 0x1p-12, 1 - 0x1p-12, 0.5};
+    for (int i = 1; i < n && probabilities.size() < 40; i += 101) {
+      if (u[i] < 0x1p-11 || u[i] > 1 - 0x1p-11) continue;
+      probabilities.insert(probabilities.end(), {u[i], std::nextafter(u[i], 0.0), std::nextafter(u[i], 1.0)});
+    }
+    for (const double p : probabilities) {
+      const TestStream stream(engine.brng, seed);
+      std::vector<int> r(n);
+      ASSERT_EQ(_wxriRngBernoulli(0, stream, 2500, r.data(), p), 0);
+      ASSERT_EQ(_wxriRngBernoulli(0, stream, n - 2500, r.data() + 2500, p), 0);
+      for (int i = 0; i < n; ++i) ASSERT_EQ(r[i], u[i] < p) << engine.name << ' ' << p << ' ' << i;
     }
   }
 }

@@ -6,6 +6,7 @@
 #include "rng/distributions/gamma.h"
 #include "rng/distributions/gaussian.h"
 #include "rng/distributions/kernels.h"
+#include "rng/distributions/loops.h"
 #include "rng/distributions/mode_guard.h"
 #include "rng/distributions/scalar.h"
 #include "rng/distributions/uniform.h"
@@ -70,6 +71,30 @@ int by_uniforms(Stream* stream, int n, std::int32_t* r, bool fine, F what) {
   return by_blocks(n, r, fine ? block / 2 : block, draw, what);
 }
 
+// The least word w with w unit >= p, rounded as the engine's numbers are; there is one when p isn't too near 1.
+std::uint32_t least_word(double p, double unit) {
+  const numeric::MxcsrGuard nearest;
+  double w = floor_of(numeric::pinned(p) / unit);
+  while (w * unit >= p) w -= 1;
+  while (w * unit < p) w += 1;
+  return static_cast<std::uint32_t>(w);
+}
+// 1 for the words below `end`, else 0. Long blocks, in place, leave a twister its long steps.
+int by_words(Stream* stream, int n, std::int32_t* r, std::uint32_t end) {
+  using Signed = Ints<VecF>;
+  constexpr std::uint32_t sign = 0x80000000;
+  const Signed limit = splat<Signed>(static_cast<std::int32_t>(end ^ sign));
+  int status = status::ok;
+  for (int m; n > 0; n -= m, r += m) {
+    m = std::min(n, 8 * 624);
+    std::uint32_t* const words = reinterpret_cast<std::uint32_t*>(r);
+    status = uniform_bits(stream, m, words);
+    if (status < 0) return status;
+    each(m, words, [=](VecU32 w) { return as<VecU32>(limit > Signed(w ^ splat<VecU32>(sign))) >> 31; });
+  }
+  return status;
+}
+
 // Cornish and Fisher's expansion of the quantile by the normal one, g, rounded: lambda + sqrt(lambda) g + (g^2 - 1)/6.
 int poisson_by_normal(Stream* stream, int n, std::int32_t* r, double lambda) {
   const numeric::MxcsrGuard nearest;
@@ -87,7 +112,11 @@ int poisson_by_normal(Stream* stream, int n, std::int32_t* r, double lambda) {
 int bernoulli(int method, Stream* stream, int n, std::int32_t* r, double p) {
   const int go = checked(method, n, is_probability(p));
   if (go != 1) return go;
+  if (p == 0 || p == 1) return fill(n, r, p == 1);
   const bool fine = std::min(p, 1 - p) < 0x1p-12;
+  double unit = 0;
+  if (!fine) unit_of(stream, unit);
+  if (unit != 0) return by_words(stream, n, r, least_word(p, unit));
   return by_uniforms(stream, n, r, fine, [p](int m, double* u, std::int32_t* out) {
     map_words(m, u, out, [p = splat<VecD>(p)](VecD low, VecD high) {
       return evens(as<VecU32>(lt(low, p)), as<VecU32>(lt(high, p))) & splat<VecU32>(1);

@@ -44,6 +44,25 @@ struct Sums<V, 0> {
   QOR_INLINE void store(T*) const {}
 };
 
+// The lower triangle as it is stored; element (i, k) is column(k)[i].
+template <class T>
+struct Factor {
+  int d;
+  bool packed;
+  const T* elements;
+
+  struct Column {
+    const T* at;
+    std::ptrdiff_t step;
+    T operator[](int i) const { return at[i * step]; }
+  };
+  Column column(int k) const {
+    const auto c = static_cast<std::ptrdiff_t>(k);
+    if (packed) return {elements + c * (2 * d - c - 1) / 2, 1};
+    return {elements + c, d};
+  }
+};
+
 // The product of the factor with the vectors, in place. The factor's rows are taken in panels of two registers' height,
 // from the last to the first: a panel needs of each vector only what is left of it and above, which later panels leave
 // alone. A panel is copied, a stretch of columns at a time, column by column with zeros above the diagonal, and then
@@ -56,8 +75,7 @@ class Product {
   static constexpr int most_group = 255;  // vectors: a multiple of three
 
  public:
-  Product(int d, int storage, const T* a, const T* factor)
-      : d_(d), packed_(storage == QOR_RNG_STORAGE_PACKED), a_(a), factor_(factor) {}
+  Product(const Factor<T>& factor, const T* a) : d_(factor.d), a_(a), factor_(factor) {}
 
   void apply(int n, T* r) {
     const int group = std::clamp(98304 / d_ / 3 * 3, 24, most_group);  // stays in the second-level cache
@@ -92,11 +110,8 @@ class Product {
   void copy_columns(int first, int height, int from, int wide) {
     T* to = columns_;
     for (int k = from; k < from + wide; ++k, to += rows) {
-      // Element (i, k) is at column[i * step].
-      const auto row = static_cast<std::ptrdiff_t>(k);
-      const T* const column = packed_ ? factor_ + row * (2 * d_ - row - 1) / 2 : factor_ + row;
-      const std::ptrdiff_t step = packed_ ? 1 : d_;
-      for (int i = 0; i < rows; ++i) to[i] = i < height && first + i >= k ? column[(first + i) * step] : T(0);
+      const typename Factor<T>::Column column = factor_.column(k);
+      for (int i = 0; i < rows; ++i) to[i] = i < height && first + i >= k ? column[first + i] : T(0);
     }
   }
 
@@ -110,15 +125,143 @@ class Product {
   }
 
   int d_;
-  bool packed_;
-  const T *a_, *factor_;
+  const T* a_;
+  Factor<T> factor_;
   alignas(16) T columns_[stretch * rows], sums_[most_group * rows];
 };
 
+// The same for few dimensions, with as many vectors side by side as a register has lanes: no product is with a zero.
+// Element k of such a group is a register, element (i, k) of the factor another one, the same in all lanes. Rows are
+// taken six at a time from the last on, whose sums stay in registers.
 template <class T>
-void triangular(int n, T* r, int d, int storage, const T* a, const T* factor) {
+class SmallProduct {
+  using V = Vec<T>;
+  static constexpr int lanes = simd::lanes<V>, rows = 6;
+  static constexpr int registers = 512;  // of a block of groups: with the factor in the first-level cache
+
+ public:
+  static constexpr int least = lanes, most = 64;  // dimensions
+
+  SmallProduct(const Factor<T>& factor, const T* a) : d_(factor.d), a_(a) {
+    V* to = factor_;
+    for (int first = 0, height = (d_ - 1) % rows + 1; first < d_; first += height, height = rows) {
+      for (int k = 0; k < first + height; ++k) {
+        const typename Factor<T>::Column column = factor.column(k);
+        for (int i = std::max(first, k); i < first + height; ++i) *to++ = simd::splat<V>(column[i]);
+      }
+    }
+    end_ = to;
+  }
+
+  void apply(int n, T* r) {
+    int groups = n / lanes;
+    for (int count; groups > 0; groups -= count, r += count * lanes * d_) {
+      count = std::min(groups, registers / d_);
+      block(count, r);
+    }
+    const int left = n % lanes;
+    if (left == 0) return;
+    T rest[lanes * most] = {};
+    std::copy_n(r, left * d_, rest);
+    block(1, rest);
+    std::copy_n(rest, left * d_, r);
+  }
+
+ private:
+  void block(int groups, T* r) {
+    gather(groups, d_, r, z_);
+    const V* t = end_;
+    for (int first = d_ - rows; first >= 0; first -= rows) t = panel<rows>(groups, t, first, d_, z_);
+    switch (d_ % rows) {
+      case 1:
+        panel<1>(groups, t, 0, d_, z_);
+        break;
+      case 2:
+        panel<2>(groups, t, 0, d_, z_);
+        break;
+      case 3:
+        panel<3>(groups, t, 0, d_, z_);
+        break;
+      case 4:
+        panel<4>(groups, t, 0, d_, z_);
+        break;
+      case 5:
+        panel<5>(groups, t, 0, d_, z_);
+        break;
+      default:
+        break;
+    }
+    scatter(groups, d_, a_, z_, r);
+  }
+
+  // f(at) for rows at .. at + lanes - 1 at a time; the last ones overlap those before when d isn't a multiple of the lanes.
+  template <class F>
+  QOR_INLINE static void by_squares(int d, F f) {
+    int at = 0;
+    for (; at <= d - lanes; at += lanes) f(at);
+    if (at < d) f(d - lanes);
+  }
+  [[gnu::noinline]] static void gather(int groups, int d, const T* r, V* z) {
+    for (; groups > 0; --groups, r += lanes * d, z += d) {
+      by_squares(d, [=](int at) {
+        V v[lanes];
+        for (int l = 0; l < lanes; ++l) v[l] = simd::held(simd::load<V>(r + at + l * d));
+        simd::transpose(v);
+        for (int l = 0; l < lanes; ++l) z[at + l] = v[l];
+      });
+    }
+  }
+  [[gnu::noinline]] static void scatter(int groups, int d, const T* a, const V* z, T* r) {
+    for (; groups > 0; --groups, r += lanes * d, z += d) {
+      by_squares(d, [=](int at) {
+        V v[lanes];
+        for (int l = 0; l < lanes; ++l) v[l] = simd::held(z[at + l]);
+        simd::transpose(v);
+        for (int l = 0; l < lanes; ++l) simd::store(r + at + l * d, v[l] + simd::load<V>(a + at));
+      });
+    }
+  }
+
+  // Rows first .. first + N - 1 of each group; `end` is behind their part of the factor, whose begin is returned.
+  template <int N>
+  static const V* panel(int groups, const V* end, int first, int d, V* z) {
+    const V* const begin = end - N * first - N * (N + 1) / 2;
+    for (; groups > 0; --groups, z += d) {
+      V s[N] = {};
+      const V *t = begin, *x = z;
+      for (; x != z + first; ++x, t += N) add<0>(s, t, *x);
+      triangle<0>(s, t, x);
+      for (int i = 0; i < N; ++i) z[first + i] = s[i];
+    }
+    return begin;
+  }
+  template <int From, int N>
+  QOR_INLINE static void add(V (&s)[N], const V* t, V element) {
+    for (int i = From; i < N; ++i) s[i] += t[i - From] * element;
+    simd::keep_order();
+  }
+  template <int C, int N>
+  QOR_INLINE static void triangle(V (&s)[N], const V* t, const V* z) {
+    if constexpr (C < N) {
+      add<C>(s, t, z[C]);
+      triangle<C + 1>(s, t + N - C, z);
+    }
+  }
+
+  int d_;
+  const T* a_;
+  const V* end_;
+  V factor_[most * (most + 1) / 2], z_[registers];
+};
+
+template <class T>
+void triangular(int n, T* r, const Factor<T>& factor, const T* a) {
   const numeric::MxcsrGuard nearest;
-  Product<T>(d, storage, a, factor).apply(n, r);
+  if (factor.d >= SmallProduct<T>::least && factor.d <= SmallProduct<T>::most) {
+    SmallProduct<T>(factor, a).apply(n, r);
+  } else {
+    Product<T>(factor, a).apply(n, r);
+  }
 }
 
 template <class T>
@@ -139,7 +282,7 @@ int gaussian_mv(int method, Stream* stream, int n, T* r, int d, int storage, con
   switch (storage) {
     case QOR_RNG_STORAGE_FULL:
     case QOR_RNG_STORAGE_PACKED:
-      triangular(n, r, d, storage, a, factor);
+      triangular(n, r, Factor<T>{d, storage == QOR_RNG_STORAGE_PACKED, factor}, a);
       return status;
     case QOR_RNG_STORAGE_DIAGONAL:
       diagonal(n, r, d, a, factor);

@@ -21,7 +21,7 @@ class Guide {
     double total = 0;
     for (int k = 0; k < count; ++k) weights[k] = total += weights[k];
     cells_ = 1024;
-    while (cells_ < 4 * count && cells_ < capacity) cells_ *= 2;
+    while (cells_ < 16 * count && cells_ < capacity) cells_ *= 2;
     int j = 0;
     for (int k = 0; k < count - 1; ++k) {
       upto_[k] /= total;
@@ -54,7 +54,7 @@ class Guide {
   }
 
  private:
-  static constexpr int capacity = 4096;
+  static constexpr int capacity = 8192;
   double* upto_ = nullptr;  // P(outcome <= k); the last, not a number, stops every search, infinite u's too
   int cells_ = 0;
   std::uint16_t cell_[capacity];  // twice the lowest outcome, odd when there is another

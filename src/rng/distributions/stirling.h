@@ -8,16 +8,19 @@
 namespace qor::rng {
 
 // ln x! - (x + 1/2) ln x + x - ln(2 pi)/2 for x >= 8: asymptotic, the first dropped term is 1/(1188 x^9).
-QOR_INLINE double stirling_error(double x) {
-  const double y = 1 / x, y2 = y * y;
+// Both for doubles and for vectors of them.
+template <class V>
+QOR_INLINE V stirling_error(V x) {
+  const V y = 1 / x, y2 = y * y;
   return y * (1.0 / 12 - y2 * (1.0 / 360 - y2 * (1.0 / 1260 - y2 * (1.0 / 1680))));
 }
 
 // x ln(x/e) + e - x for |x - e| <= (x + e)/10. With v = (x - e)/(x + e) it is
 // (x - e) v + 2 x v (v^2/3 + v^4/5 + ...); the first dropped term is 2 x v^15/15, below 2^-43 of it.
-QOR_INLINE double deviance_near(double x, double e) {
-  const double t = x - e, v = t / (x + e), w = v * v;
-  const double tail = w * (1.0 / 3 + w * (1.0 / 5 + w * (1.0 / 7 + w * (1.0 / 9 + w * (1.0 / 11 + w * (1.0 / 13))))));
+template <class V>
+QOR_INLINE V deviance_near(V x, V e) {
+  const V t = x - e, v = t / (x + e), w = v * v;
+  const V tail = w * (1.0 / 3 + w * (1.0 / 5 + w * (1.0 / 7 + w * (1.0 / 9 + w * (1.0 / 11 + w * (1.0 / 13))))));
   return v * (t + 2 * x * tail);
 }
 

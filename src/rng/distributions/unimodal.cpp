@@ -94,6 +94,7 @@ class Staircase {
     if (status < 0) return status;
     alignas(16) double k[block], p[block];
     for (int i = 0; i < edges; ++i) k[i] = chosen[edge[i]];
+    if (edges % 2 != 0) k[edges] = k[0];
     probabilities(edges, k, p);
     const numeric::MxcsrGuard nearest;
     for (int i = 0; i < edges; ++i) {
@@ -104,27 +105,28 @@ class Staircase {
     return status;
   }
 
-  // Those of the places k, but for a common factor. With expected values beyond table_variance the counts stay within a
-  // sixth of them.
+  // Those of the places k, but for a common factor; all arrays have room for an even number. With expected values beyond
+  // table_variance the counts stay within a sixth of them.
   void probabilities(int n, const double* k, double* p) const {
+    constexpr int lanes = simd::lanes<VecD>;
     alignas(16) double ratio[block];
     {
       const numeric::MxcsrGuard nearest;
-      for (int i = 0; i < n; ++i) {
-        double sum = 0, product = 1;
+      for (int i = 0; i < n; i += lanes) {
+        VecD sum = {}, product = splat<VecD>(1);
         for (int c = 0; c < of_.number; ++c) {
           const Count& count = of_.count[c];
-          const double x = count.at + count.step * k[i];
-          sum -= deviance_near(x, count.expected) + stirling_error(x);
-          product *= x / count.expected;
+          const VecD x = count.at + count.step * load<VecD>(k + i), expected = splat<VecD>(count.expected);
+          sum -= deviance_near(x, expected) + stirling_error(x);
+          product *= x / expected;
         }
-        p[i] = sum;
-        ratio[i] = product;
+        store(p + i, sum);
+        store(ratio + i, sqrt(product));
       }
     }
     Kernels<double>::exp(n, p, p);
     const numeric::MxcsrGuard nearest;
-    for (int i = 0; i < n; ++i) p[i] /= __builtin_sqrt(ratio[i]);
+    for (int i = 0; i < n; i += lanes) store(p + i, load<VecD>(p + i) / load<VecD>(ratio + i));
   }
 
   const Counts& of_;

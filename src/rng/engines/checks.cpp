@@ -1,4 +1,5 @@
-// The engines' checks of states that come from outside, by the list of generators.
+// What the list of generators tells of each engine: its checks of states that come from outside, its numbers' unit.
+#include <algorithm>
 #include <iterator>
 
 #include "rng/engines/engines.def"
@@ -33,9 +34,34 @@ Check check_of(const Stream* stream) {
   return i < predefined_generators ? checks[i] : always;
 }
 
+// An engine whose record still has the slots that it was made with.
+struct Unit {
+  decltype(BrngRecord::dOut) doubles;
+  decltype(BrngRecord::iOut) words;
+  double unit;
+};
+template <class Engine>
+constexpr double unit_of_words() {
+  if constexpr (requires { Engine::unit; }) {
+    return sizeof(typename Engine::Word) == sizeof(std::uint32_t) ? Engine::unit : 0;
+  } else {
+    return 0;
+  }
+}
+#define QOR_ENGINE_UNIT(tag, Engine, ...) {__wxrdBRng##tag, __wxriBRng##tag, unit_of_words<Engine>()},
+constexpr Unit units[] = {QOR_ENGINES(QOR_ENGINE_UNIT)};
+
 }  // namespace
 
 bool has_valid_state(const Stream* stream) { return check_of(stream)(stream); }
 bool can_be_stored(const Stream* stream) { return check_of(stream) != never; }
+
+void unit_of(const Stream* stream, double& unit) {
+  const BrngRecord& record = record_of(stream);
+  const Unit* const found = std::find_if(std::begin(units), std::end(units), [&](const Unit& u) {
+    return u.doubles == record.dOut && u.words == record.iOut;
+  });
+  unit = found == std::end(units) ? 0 : found->unit;
+}
 
 }  // namespace qor::rng

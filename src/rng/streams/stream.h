@@ -66,6 +66,9 @@ int destroy(Stream** slot);
 bool has_valid_state(const Stream* stream);
 // Whether a state of that engine means anything in another process. It lies with the engines, too.
 bool can_be_stored(const Stream* stream);
+// What a word of 32 bits is multiplied by, with one rounding, for the engine's number on [0, 1); 0 when that isn't how
+// its numbers come about, or when it may fail. It lies with the engines, too.
+void unit_of(const Stream* stream, double& unit);
 
 int add_chunk(Stream* stream, std::uint32_t key, void* data, std::uint32_t size);
 void* search_chunk(const Stream* stream, std::uint32_t key);
