@@ -17,6 +17,12 @@ block()
   set(CMAKE_SIZEOF_VOID_P 4)  # -m32 comes after CMake has asked the compiler
   write_basic_package_version_file(${CMAKE_BINARY_DIR}/qorConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 endblock()
+# A project of 64 bits is told what to do where CMake lists the versions it considered.
+file(APPEND ${CMAKE_BINARY_DIR}/qorConfigVersion.cmake "
+if(PACKAGE_VERSION_UNSUITABLE)
+  set(PACKAGE_VERSION \"\${PACKAGE_VERSION}, for programs of 32 bits: -DCMAKE_C_FLAGS=-m32 -DCMAKE_CXX_FLAGS=-m32\")
+endif()
+")
 install(FILES ${CMAKE_BINARY_DIR}/qorConfig.cmake ${CMAKE_BINARY_DIR}/qorConfigVersion.cmake DESTINATION ${QOR_CMAKE_DIR})
 
 file(RELATIVE_PATH QOR_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
