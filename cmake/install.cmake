@@ -29,8 +29,9 @@ file(RELATIVE_PATH QOR_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qor.pc.in ${CMAKE_BINARY_DIR}/qor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/qor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN output EXCLUDE)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md PATTERN *.png PATTERN *.svg)
 
 # ---- packages: cpack -G "DEB;TGZ" in the build folder -----------------------------------------------------------------
 # The package needs a C library no older than the one linked here.
