@@ -59,6 +59,11 @@ inline const char* describe(int status) noexcept {
       return "the engine can't skip ahead";
     case QOR_RNG_INCOMPATIBLE:
       return "streams of different generators";
+    case QOR_RNG_BAD_STATE_BYTES:
+    case QOR_RNG_BAD_WORD_BYTES:
+    case QOR_RNG_BAD_SEED_WORDS:
+    case QOR_RNG_BAD_BITS:
+      return "a field of the generator's record";
     case QOR_RNG_REGISTRY_FULL:
       return "too many generators";
     case QOR_RNG_BAD_UPDATE:
