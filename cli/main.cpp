@@ -24,7 +24,7 @@ const std::vector<Command> commands = {
     {"math", "FUNCTION [OPTIONS] [FILE]", "a function of every number of a file",
      "Reads numbers from FILE or standard input, pairs of them for functions of two arguments, and prints the "
      "function's values, a line each. How many were out of domain and the like is told at the end on standard error.",
-     nullptr, run_math},
+     list_of_functions, run_math},
     {"fft", "[OPTIONS] [FILE]", "the Fourier transform of a column of numbers",
      "Transforms real numbers from FILE or standard input, of any count n, and prints the n/2 + 1 frequencies from 0 "
      "on, a real and an imaginary part a line. --inverse takes those and prints the numbers.",

@@ -53,6 +53,20 @@ void apply(const Function& function, int accuracy, std::size_t width, Reader& in
 
 }  // namespace
 
+std::string list_of_functions() {
+  std::string text = "\n";
+  for (const auto* known : {&functions, &complex_functions}) {
+    text += known == &functions ? "Functions:" : "With --complex:";
+    for (const std::string& name : names_of(*known)) text.append(" ").append(name);
+    text += ".\nOf two arguments:";
+    for (const Function& f : *known) {
+      if (f.arguments() == 2) text.append(" ").append(f.name);
+    }
+    text += ".\n";
+  }
+  return text;
+}
+
 int run_math(std::span<const std::string> arguments) {
   bool raw = false, single = false, list = false;
   std::size_t width = 1;
