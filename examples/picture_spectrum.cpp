@@ -2,6 +2,7 @@
 // picture again from its low frequencies alone. Reads and writes PGM; ./run picture converts from and to other formats.
 // Uses the public header and the shared object alone.
 #include <qor/dft.h>
+#include <qor/version.h>
 
 #include <chrono>
 #include <complex>
