@@ -1,7 +1,7 @@
 # docs/overview.png: what the demo leaves, on one page. Set before: folder, exact, output.
 set terminal pngcairo noenhanced size 1100,760 font "DejaVu Sans,11" background rgb "white"
 set output output
-set multiplot layout 2,2 margins 0.06,0.98,0.07,0.955 spacing 0.09,0.14
+set multiplot layout 2,2 margins 0.06,0.98,0.07,0.945 spacing 0.09,0.14
 set border linecolor rgb "#444444"
 set grid linecolor rgb "#dddddd" linetype 1
 set style fill solid 1.0
