@@ -138,7 +138,7 @@ int run_bench(std::span<const std::string> arguments) {
   for (const Row& row : rows) {
     const double ns = fastest(row);
     std::printf("%-34s %12.3f %16.1f\n", row.name.c_str(), ns, 1000 / ns);
-    std::fflush(stdout);
+    if (!flush_output()) break;
     progress.at(++done);
   }
   return 0;

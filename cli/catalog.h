@@ -13,16 +13,22 @@ struct Engine {
   int brng, members;
   const char *period, *about;
   bool leapfrogs, skips;
+  unsigned dimensions = 0;  // at most, of a quasi-random engine, whose seed is the dimension
 };
 extern const std::vector<Engine> engines;
-// "mt2203:17": the engine's identifier, member included.
+// "mt2203:17": the engine, and its identifier, member included.
+const Engine& engine_of(const std::string& text);
 int brng_of(const std::string& text);
 
 // "gaussian:0,1". Parameters that aren't given have their defaults, those without a default are needed.
 struct Parameter {
   const char* name;
   double usual;
-  enum class Range { any, positive, probability, whole } range;
+  struct Range {
+    const char* text;  // "sigma must be ..."
+    bool (*holds)(double value, double first);
+  };
+  const Range* range;
 };
 struct Distribution {
   std::string name, about;
@@ -61,7 +67,6 @@ struct Function {
   }
 };
 extern const std::vector<Function> functions, complex_functions;  // a complex number is two elements of an array
-const Function& function_of(const std::string& name, const std::vector<Function>& among);
 
 template <class Row>
 std::vector<std::string> names_of(const std::vector<Row>& rows) {

@@ -11,6 +11,8 @@
 #include <numeric>
 #include <sstream>
 
+#include "numbers.h"
+
 namespace cli {
 
 namespace {
@@ -48,22 +50,25 @@ std::string spelled(const Option& option) { return std::string(option.name.size(
     print_filled(option.help, 6);
   }
   std::printf("  --help\n      this text\n");
+  flush_output();
   std::exit(0);
 }
 
-std::size_t distance(std::string_view a, std::string_view b) {  // V. I. Levenshtein, 1966
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t k = 0; k < b.size(); ++k) {
-      const std::size_t replaced = diagonal + (a[i] == b[k] ? 0 : 1);
-      diagonal = row[k + 1];
-      row[k + 1] = std::min({row[k] + 1, row[k + 1] + 1, replaced});
+// Letters to insert, drop, replace or exchange with a neighbour (V. I. Levenshtein, 1966; F. J. Damerau, 1964).
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t k = 0; k <= b.size(); ++k) {
+      if (i == 0 || k == 0) {
+        d[i][k] = i + k;
+        continue;
+      }
+      d[i][k] = std::min({d[i - 1][k] + 1, d[i][k - 1] + 1, d[i - 1][k - 1] + (a[i - 1] == b[k - 1] ? 0 : 1)});
+      if (i > 1 && k > 1 && a[i - 1] == b[k - 2] && a[i - 2] == b[k - 1])
+        d[i][k] = std::min(d[i][k], d[i - 2][k - 2] + 1);
     }
   }
-  return row.back();
+  return d[a.size()][b.size()];
 }
 
 }  // namespace
@@ -75,13 +80,22 @@ std::string lower(std::string_view text) {
 }
 
 std::string unknown(std::string_view kind, std::string_view given, std::span<const std::string> known) {
-  std::string text = "no " + std::string(kind) + " '" + std::string(given) + "'";
+  const std::string word = lower(given), text = "no " + std::string(kind) + " '" + std::string(given) + "'";
+  const auto meant = [](const std::string& name) { return ", did you mean '" + name + "'?"; };
   const auto nearest =
-      std::ranges::min_element(known, {}, [&](const std::string& name) { return distance(lower(given), lower(name)); });
-  if (nearest != known.end() && distance(lower(given), lower(*nearest)) <= 1 + given.size() / 3) {
-    text += ", did you mean '" + *nearest + "'?";
-  }
-  return text;
+      std::ranges::min_element(known, {}, [&](const std::string& name) { return distance(word, lower(name)); });
+  if (nearest != known.end() && distance(word, lower(*nearest)) <= 1 + word.size() / 4) return text + meant(*nearest);
+  const auto begins = [&](const std::string& name) { return word.size() > 1 && lower(name).starts_with(word); };
+  const auto longer = std::ranges::find_if(known, begins);
+  return longer == known.end() ? text : text + meant(*longer);
+}
+
+std::size_t choice(const std::string& option, std::string_view given, std::span<const std::string> known) {
+  const auto found = std::ranges::find(known, lower(given));
+  if (found != known.end()) return static_cast<std::size_t>(found - known.begin());
+  std::string text = option + " is one of";
+  for (const std::string& name : known) text += (name == known.front() ? " " : ", ") + name;
+  throw Misuse(text + ", not '" + std::string(given) + "'");
 }
 
 std::vector<std::string> parse(const std::string& command, std::span<const std::string> arguments,
@@ -120,10 +134,7 @@ std::vector<std::string> parse(const std::string& command, std::span<const std::
 
 double number(std::string_view text, std::string_view what) {
   double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) {
-    throw Misuse(std::string(what) + ": '" + std::string(text) + "' is not a number");
-  }
+  if (!read_number(text, value)) throw Misuse(std::string(what) + ": '" + std::string(text) + "' is not a number");
   return value;
 }
 
@@ -132,14 +143,16 @@ std::uint64_t whole_number(std::string_view text, std::string_view what, std::ui
   const bool hexadecimal = text.starts_with("0x");
   const char *begin = text.data() + (hexadecimal ? 2 : 0), *const last = text.data() + text.size();
   const auto [end, error] = std::from_chars(begin, last, value, hexadecimal ? 16 : 10);
+  bool inside = value >= low && value <= high;
   if (error != std::errc() || end != last) {
     const double real = number(text, what);
-    if (!(real >= 0 && real <= 0x1p53) || real != std::floor(real)) {
+    if (real != std::floor(real)) {
       throw Misuse(std::string(what) + ": '" + std::string(text) + "' is not a whole number");
     }
-    value = static_cast<std::uint64_t>(real);
+    inside = real >= static_cast<double>(low) && real <= static_cast<double>(high);
+    if (inside) value = static_cast<std::uint64_t>(real);
   }
-  if (value < low || value > high) {
+  if (!inside) {
     throw Misuse(std::string(what) + ": " + std::string(text) + " is not from " + std::to_string(low) + " to " +
                  std::to_string(high));
   }

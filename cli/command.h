@@ -44,6 +44,8 @@ std::vector<double> number_list(std::string_view text, std::string_view what);
 
 // "no ENGINE 'mt1937', did you mean 'mt19937'?"
 std::string unknown(std::string_view kind, std::string_view given, std::span<const std::string> known);
+// The place of a word among those that an option knows; a Misuse otherwise.
+std::size_t choice(const std::string& option, std::string_view given, std::span<const std::string> known);
 std::string lower(std::string_view text);
 
 }  // namespace cli

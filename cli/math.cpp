@@ -12,7 +12,7 @@ namespace cli {
 
 namespace {
 
-std::array<long, 5> reported;  // by status
+std::array<unsigned long long, 5> reported;  // by status
 int count_report(TfnErrorContext* context) {
   if (context->code > 0 && context->code < 5) ++reported[static_cast<std::size_t>(context->code)];
   return 1;
@@ -53,6 +53,20 @@ void apply(const Function& function, int accuracy, std::size_t width, Reader& in
 
 }  // namespace
 
+std::string list_of_functions() {
+  std::string text = "\n";
+  for (const auto* known : {&functions, &complex_functions}) {
+    text += known == &functions ? "Functions:" : "With --complex:";
+    for (const std::string& name : names_of(*known)) text.append(" ").append(name);
+    text += ".\nOf two arguments:";
+    for (const Function& f : *known) {
+      if (f.arguments() == 2) text.append(" ").append(f.name);
+    }
+    text += ".\n";
+  }
+  return text;
+}
+
 int run_math(std::span<const std::string> arguments) {
   bool raw = false, single = false, list = false;
   std::size_t width = 1;
@@ -61,30 +75,35 @@ int run_math(std::span<const std::string> arguments) {
       "math", arguments,
       {{"accuracy", "high|low", "errors of at most 0.55 units in the last place, or about 2 (high)",
         [&](const std::string& v) {
-          if (v != "high" && v != "low") throw Misuse("--accuracy is high or low");
-          accuracy = v == "low";
+          accuracy = static_cast<int>(choice("--accuracy", v, std::vector<std::string>{"high", "low"}));
         }},
        {"complex", "", "of complex numbers, a real and an imaginary part each", [&](const std::string&) { width = 2; }},
        {"single", "", "compute in single precision", [&](const std::string&) { single = true; }},
        {"raw", "", "bytes instead of text, both ways", [&](const std::string&) { raw = true; }},
        {"list", "", "the functions' names", [&](const std::string&) { list = true; }}},
       2);
+  const bool complex = width == 2;
+  const std::string how = complex ? " ('qor math --complex --list' lists them)" : " ('qor math --list' lists them)";
   if (list) {
-    for (const Function& f : width == 2 ? complex_functions : functions) std::printf("%s\n", f.name.c_str());
+    for (const Function& f : complex ? complex_functions : functions) std::printf("%s\n", f.name.c_str());
     return 0;
   }
-  if (rest.empty()) throw Misuse("a function is needed; 'qor math --list' lists them");
-  const Function& function = function_of(rest[0], width == 2 ? complex_functions : functions);
+  if (rest.empty()) throw Misuse("a function is needed" + how);
+  const std::vector<Function>& known = complex ? complex_functions : functions;
+  const auto function = std::ranges::find(known, lower(rest[0]), &Function::name);
+  if (function == known.end()) {
+    throw Misuse(unknown(complex ? "complex function" : "function", rest[0], names_of(known)) + how);
+  }
   Reader in(rest.size() > 1 ? rest[1] : "-", raw);
   const qor::ErrorMode mode(TFN_ERR_CALLBACK, count_report);
   if (single) {
-    apply<float>(function, accuracy, width, in, raw);
+    apply<float>(*function, accuracy, width, in, raw);
   } else {
-    apply<double>(function, accuracy, width, in, raw);
+    apply<double>(*function, accuracy, width, in, raw);
   }
   static constexpr const char* texts[] = {"", "out of domain", "at a pole", "overflow", "underflow"};
   for (std::size_t i = 1; i < reported.size(); ++i) {
-    if (reported[i] > 0) std::fprintf(stderr, "qor math: %ld %s\n", reported[i], texts[i]);
+    if (reported[i] > 0) std::fprintf(stderr, "qor math: %llu %s\n", reported[i], texts[i]);
   }
   return 0;
 }

@@ -11,6 +11,21 @@
 
 namespace cli {
 
+bool read_number(std::string_view word, double& value) {
+  const bool plus = word.starts_with('+') && !word.starts_with("+-");
+  const char *const begin = word.data() + (plus ? 1 : 0), *const end = word.data() + word.size();
+  const auto result = std::from_chars(begin, end, value);
+  const bool range = result.ec == std::errc::result_out_of_range;
+  if (range) value = std::strtod(std::string(word).c_str(), nullptr);  // has the infinity or the zero
+  return result.ptr == end && (result.ec == std::errc() || range);
+}
+
+bool flush_output() {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+  if (errno != EPIPE) throw Failure(std::string("writing failed: ") + std::strerror(errno));
+  return false;
+}
+
 void Writer::flush() {
   const char* from = buffer_.data();
   for (std::size_t left = buffer_.size(); left > 0;) {
@@ -43,12 +58,7 @@ bool Reader::next(double& value) {
       const long line = line_;
       if (c == '\n') ++line_;
       if (!word.empty()) {
-        const char *begin = word.data(), *const end = begin + word.size();
-        if (*begin == '+') ++begin;
-        const auto result = std::from_chars(begin, end, value);
-        const bool range = result.ec == std::errc::result_out_of_range;  // strtod has the infinity or the zero
-        if (range) value = std::strtod(word.c_str(), nullptr);
-        if (result.ptr != end || (result.ec != std::errc() && !range)) {
+        if (!read_number(word, value)) {
           for (char& letter : word) {
             if (letter < ' ' || letter > '~') letter = '?';
           }

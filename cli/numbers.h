@@ -8,9 +8,16 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cli {
+
+// The whole word as a number, +1 and 1e400 (an infinity) too; false when it is none.
+bool read_number(std::string_view word, double& value);
+
+// Hands over what was printed: false when the reader has gone away, a Failure for anything else.
+bool flush_output();
 
 // Standard output with its errors noticed: a reader that goes away ends the program quietly, anything else is a Failure.
 class Writer {

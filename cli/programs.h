@@ -9,6 +9,7 @@ namespace cli {
 int run_random(std::span<const std::string> arguments);
 std::string list_of_distributions();
 int run_engines(std::span<const std::string> arguments);
+std::string list_of_functions();
 int run_math(std::span<const std::string> arguments);
 int run_fft(std::span<const std::string> arguments);
 int run_convolve(std::span<const std::string> arguments);

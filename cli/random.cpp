@@ -1,5 +1,8 @@
 // qor random: variates of a stream, as text or bytes.
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -53,6 +56,31 @@ std::vector<unsigned> seeds_of(const std::string& text) {
   return seeds;
 }
 
+qor::Stream stream_of(const Request& request) {
+  const int brng = brng_of(request.engine);
+  const Engine& engine = engine_of(request.engine);
+  if (!request.load.empty()) {
+    try {
+      return qor::Stream::load(request.load);
+    } catch (const qor::Error& error) {
+      throw Failure(request.load + ": " + error.what());
+    }
+  }
+  const std::vector<unsigned>& seeds = request.seeds;
+  if (engine.dimensions > 0 && seeds.size() == 1 && (seeds[0] < 1 || seeds[0] > engine.dimensions)) {
+    throw Misuse("--seed: the dimension of " + engine.name + " is from 1 to " + std::to_string(engine.dimensions));
+  }
+  return qor::Stream(brng, seeds);
+}
+
+// Better before the work than after it. What is there stays.
+void check_writable(const std::string& file) {
+  if (file.empty()) return;
+  std::FILE* const opened = std::fopen(file.c_str(), "ab");
+  if (opened == nullptr) throw Failure("cannot write " + file + ": " + std::strerror(errno));
+  std::fclose(opened);
+}
+
 }  // namespace
 
 int run_random(std::span<const std::string> arguments) {
@@ -88,8 +116,8 @@ int run_random(std::span<const std::string> arguments) {
         0);
   if (!request.save.empty() && request.endless()) throw Misuse("--save needs a count, -n");
   const Chosen chosen = distribution_of(request.distribution);
-  const int brng = brng_of(request.engine);
-  qor::Stream stream = request.load.empty() ? qor::Stream(brng, request.seeds) : qor::Stream::load(request.load);
+  qor::Stream stream = stream_of(request);
+  check_writable(request.save);
   if (request.leaps > 0) stream.leapfrog(static_cast<int>(request.leap), static_cast<int>(request.leaps));
   if (request.skip > 0) stream.skip_ahead(request.skip);
 

@@ -49,8 +49,7 @@ void transform(Reader& in, const Shape& shape) {
     return;
   }
   if (shape.inverse) {
-    const int n = static_cast<int>(values.size()) - (shape.odd ? 1 : 2);
-    if (n < 1) throw Failure(in.name() + ": a spectrum of n numbers has n/2 + 1 pairs");
+    const int n = static_cast<int>(values.size()) - (shape.odd || values.size() == 2 ? 1 : 2);
     const qor::RealTransform<T> record(n, shape.scaling);
     std::vector<T> x(static_cast<std::size_t>(n));
     record.inverse(values, x, qor::Packing::ccs);
@@ -77,11 +76,9 @@ int run_fft(std::span<const std::string> arguments) {
        {"scale", "inverse|forward|both|none", "which direction is divided by the length, both by its root (inverse)",
         [&](const std::string& v) {
           using enum qor::Scaling;
-          const std::vector<std::string> names = {"inverse", "forward", "both", "none"};
-          const auto at = std::ranges::find(names, v);
-          if (at == names.end()) throw Misuse(unknown("scaling", v, names));
           constexpr qor::Scaling scalings[] = {inverse, forward, both, none};
-          shape.scaling = scalings[at - names.begin()];
+          shape.scaling =
+              scalings[choice("--scale", v, std::vector<std::string>{"inverse", "forward", "both", "none"})];
         }},
        {"single", "", "compute in single precision", [&](const std::string&) { shape.single = true; }},
        {"raw", "", "bytes instead of text, both ways", [&](const std::string&) { shape.raw = true; }}},
@@ -97,27 +94,26 @@ int run_fft(std::span<const std::string> arguments) {
 
 int run_convolve(std::span<const std::string> arguments) {
   bool correlate = false, same = false;
-  std::string method = "auto";
-  const std::vector<std::string> rest =
-      parse("convolve", arguments,
-            {{"correlate", "", "the correlation instead, sums of x[i] y[i + k]",
-              [&](const std::string&) { correlate = true; }},
-             {"same", "", "the middle of the result alone, as long as A", [&](const std::string&) { same = true; }},
-             {"method", "auto|direct|fourier", "sums, or transforms, which are faster when both files are long (auto)",
-              [&](const std::string& v) {
-                const std::vector<std::string> names = {"auto", "direct", "fourier"};
-                if (std::ranges::find(names, v) == names.end()) throw Misuse(unknown("method", v, names));
-                method = v;
-              }}},
-            2);
+  enum class Method { automatic, direct, fourier } method = Method::automatic;
+  const std::vector<std::string> rest = parse(
+      "convolve", arguments,
+      {{"correlate", "", "the correlation instead, sums of x[i] y[i + k]",
+        [&](const std::string&) { correlate = true; }},
+       {"same", "", "the middle of the result alone, as long as A", [&](const std::string&) { same = true; }},
+       {"method", "auto|direct|fourier", "sums, or transforms, which are faster when both files are long (auto)",
+        [&](const std::string& v) {
+          method = static_cast<Method>(choice("--method", v, std::vector<std::string>{"auto", "direct", "fourier"}));
+        }}},
+      2);
   if (rest.size() != 2) throw Misuse("two files are needed, A and B; one of them may be -");
+  if (rest[0] == "-" && rest[1] == "-") throw Misuse("one file may be -, not both");
   const std::vector<double> x = Reader(rest[0], false).read_all<double>(),
                             y = Reader(rest[1], false).read_all<double>();
   if (x.empty() || y.empty()) throw Failure((x.empty() ? rest[0] : rest[1]) + " has no numbers");
   const int nx = static_cast<int>(x.size()), ny = static_cast<int>(y.size());
   const int count = same ? nx : nx + ny - 1;
   std::vector<double> z(static_cast<std::size_t>(count));
-  const bool fourier = method == "fourier" || (method == "auto" && std::min(nx, ny) > 100);
+  const bool fourier = method == Method::fourier || (method == Method::automatic && std::min(nx, ny) > 100);
   qor::Task<double> task(correlate ? qor::Kind::correlation : qor::Kind::convolution, nx, ny,
                          fourier ? qor::Mode::fourier : qor::Mode::direct, count);
   task.set_start((correlate ? 1 - nx : 0) + (same ? (ny - 1) / 2 : 0));

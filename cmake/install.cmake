@@ -17,14 +17,21 @@ block()
   set(CMAKE_SIZEOF_VOID_P 4)  # -m32 comes after CMake has asked the compiler
   write_basic_package_version_file(${CMAKE_BINARY_DIR}/qorConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 endblock()
+# A project of 64 bits is told what to do where CMake lists the versions it considered.
+file(APPEND ${CMAKE_BINARY_DIR}/qorConfigVersion.cmake "
+if(PACKAGE_VERSION_UNSUITABLE)
+  set(PACKAGE_VERSION \"\${PACKAGE_VERSION}, for programs of 32 bits: -DCMAKE_C_FLAGS=-m32 -DCMAKE_CXX_FLAGS=-m32\")
+endif()
+")
 install(FILES ${CMAKE_BINARY_DIR}/qorConfig.cmake ${CMAKE_BINARY_DIR}/qorConfigVersion.cmake DESTINATION ${QOR_CMAKE_DIR})
 
 file(RELATIVE_PATH QOR_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qor.pc.in ${CMAKE_BINARY_DIR}/qor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/qor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN output EXCLUDE)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md PATTERN *.png PATTERN *.svg)
 
 # ---- packages: cpack -G "DEB;TGZ" in the build folder -----------------------------------------------------------------
 # The package needs a C library no older than the one linked here.

@@ -51,6 +51,10 @@ int main(int argc, char** argv) {
   if (!qor_cpu_supported()) return std::fputs("this processor lacks SSE2 or SSSE3\n", stderr), 2;
   const Ranks ranks(argc, argv);
   const int blocks = argc > 1 ? std::atoi(argv[1]) : 200;
+  if (blocks < 1 || blocks > 500000) {
+    if (ranks.rank() == 0) std::fputs("usage: integral [BLOCKS], from 1 to 500000 of 4096 points each\n", stderr);
+    return 2;
+  }
 
   // [skip-ahead]
   qor::Stream stream(QOR_BRNG_MRG32K3A, 1871);

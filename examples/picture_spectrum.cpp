@@ -2,6 +2,7 @@
 // picture again from its low frequencies alone. Reads and writes PGM; ./run picture converts from and to other formats.
 // Uses the public header and the shared object alone.
 #include <qor/dft.h>
+#include <qor/version.h>
 
 #include <chrono>
 #include <complex>
@@ -23,6 +24,7 @@ double milliseconds(std::chrono::steady_clock::time_point since) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!qor_cpu_supported()) fail("this processor lacks SSE2 or SSSE3");
   if (argc != 3) fail("usage: picture_spectrum IN.pgm OUT\nwrites OUT-spectrum.pgm and OUT-smooth.pgm");
   const Picture picture = read_pgm(argv[1]);
   const int width = picture.width, height = picture.height, half = width / 2 + 1, lengths[] = {height, width};

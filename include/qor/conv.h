@@ -44,6 +44,30 @@
 extern "C" {
 #endif
 
+/* ---- statuses ---------------------------------------------------------------------------------------------------- */
+
+#define QOR_CONV_OK 0
+#define QOR_CONV_NO_TASK_MEMORY (-4)       /* no memory for the task */
+#define QOR_CONV_NULL_POINTER (-5)         /* a null task, handle or value */
+#define QOR_CONV_NOT_IMPLEMENTED (-2000)   /* double data with sums in single precision, rank 1; drivers without work */
+#define QOR_CONV_NO_MEMORY (-2001)         /* no memory, or more elements than an array can have */
+#define QOR_CONV_UNKNOWN_PARAMETER (-2211) /* edit: no such parameter */
+#define QOR_CONV_FIXED_PARAMETER (-2212)   /* edit: a parameter that is fixed */
+#define QOR_CONV_NO_RELEASE (-2220)        /* private data without a function that releases it */
+#define QOR_CONV_COPY_FAILED (-2230)       /* the private data could not be copied */
+#define QOR_CONV_RELEASE_FAILED (-2240)    /* the private data could not be released */
+#define QOR_CONV_BAD_RANK (-2301)          /* rank outside 1 .. 7 */
+#define QOR_CONV_BAD_START (-2302)         /* start outside the full result */
+#define QOR_CONV_BAD_DECIMATION (-2303)    /* decimation below 1, or an output beyond the full result */
+#define QOR_CONV_BAD_X_SHAPE (-2311)       /* a shape below 1 */
+#define QOR_CONV_BAD_Y_SHAPE (-2312)
+#define QOR_CONV_BAD_Z_SHAPE (-2313)
+#define QOR_CONV_ZERO_Z_STRIDE (-2323) /* an output stride of 0 */
+#define QOR_CONV_NULL_X (-2331)        /* a null operand or result */
+#define QOR_CONV_NULL_Y (-2332)
+#define QOR_CONV_NULL_Z (-2333)
+#define QOR_CONV_TRANSFORM_FAILED (-2800) /* too large for a transform, or no memory for one */
+
 /* ---- direct drivers -------------------------------------------------------------------------------------------- */
 
 /* Rank 1. */

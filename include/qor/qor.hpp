@@ -1,6 +1,6 @@
 // qor/qor.hpp: the library for C++20. Owners instead of handles, ranges instead of pointers and counts, and errors that
 // are thrown or returned, as the program chooses. Header only; every call is one call of the C interface, nothing is
-// copied on the way, and C headers say what it does.
+// copied on the way, and the C headers say what it does.
 //
 //   Errors     Classes come in two forms. qor::Stream, qor::Task, qor::RealTransform ... throw qor::Error, which knows the
 //              status; those of the same names in namespace qor::returning return qor::Status, which may not be ignored,
@@ -47,7 +47,7 @@ inline const char* describe(int status) noexcept {
       return "bad argument";
     case QOR_RNG_NO_MEMORY:
     case QFPS_NO_MEMORY:
-    case -2001:
+    case QOR_CONV_NO_MEMORY:
       return "no memory";
     case QOR_RNG_NULL_SLOT:
       return "null pointer";
@@ -59,6 +59,11 @@ inline const char* describe(int status) noexcept {
       return "the engine can't skip ahead";
     case QOR_RNG_INCOMPATIBLE:
       return "streams of different generators";
+    case QOR_RNG_BAD_STATE_BYTES:
+    case QOR_RNG_BAD_WORD_BYTES:
+    case QOR_RNG_BAD_SEED_WORDS:
+    case QOR_RNG_BAD_BITS:
+      return "a field of the generator's record";
     case QOR_RNG_REGISTRY_FULL:
       return "too many generators";
     case QOR_RNG_BAD_UPDATE:
@@ -85,20 +90,36 @@ inline const char* describe(int status) noexcept {
       return "unknown scaling";
     case QFPS_WRONG_RECORD:
       return "a record of another kind of transform";
-    case -2000:
+    case QOR_CONV_NOT_IMPLEMENTED:
       return "double data can't be convolved in single precision";
-    case -2301:
+    case QOR_CONV_UNKNOWN_PARAMETER:
+      return "no such parameter of a task";
+    case QOR_CONV_FIXED_PARAMETER:
+      return "a parameter that is fixed";
+    case QOR_CONV_NO_RELEASE:
+      return "private data without a function that releases it";
+    case QOR_CONV_COPY_FAILED:
+      return "private data that can't be copied";
+    case QOR_CONV_RELEASE_FAILED:
+      return "private data that can't be released";
+    case QOR_CONV_BAD_RANK:
       return "rank outside 1 .. 7";
-    case -2302:
+    case QOR_CONV_BAD_START:
       return "start outside the full result";
-    case -2303:
+    case QOR_CONV_BAD_DECIMATION:
       return "decimation below 1, or an output beyond the full result";
-    case -2311:
-    case -2312:
-    case -2313:
+    case QOR_CONV_BAD_X_SHAPE:
+    case QOR_CONV_BAD_Y_SHAPE:
+    case QOR_CONV_BAD_Z_SHAPE:
       return "a shape below 1";
-    case -2323:
+    case QOR_CONV_ZERO_Z_STRIDE:
       return "an output stride of 0";
+    case QOR_CONV_NULL_X:
+    case QOR_CONV_NULL_Y:
+    case QOR_CONV_NULL_Z:
+      return "null pointer";
+    case QOR_CONV_TRANSFORM_FAILED:
+      return "too large for a transform, or no memory for one";
     default:
       return status <= QOR_DFT_NO_MEMORY ? qor_dft_zx9_error_message_external(status) : "failure";
   }

@@ -121,8 +121,7 @@ void _tfnsLn_HA(int n, const float* a, float* r);
 void _tfnsLn_21(int n, const float* a, float* r);
 
 /* r[i] = decimal logarithm of a[i]. Log10(1) = +0, Log10(+inf) = +inf, powers of ten are exact. Reports: SING for a
-   zero
-   (-inf), ERRDOM for a negative argument or -inf (NaN). As Ln, with tables of its own. */
+   zero (-inf), ERRDOM for a negative argument or -inf (NaN). As Ln, with tables of its own. */
 void _tfndLog10_HA(int n, const double* a, double* r);
 void _tfndLog10_50(int n, const double* a, double* r);
 void _tfnsLog10_HA(int n, const float* a, float* r);
@@ -530,8 +529,8 @@ void _tfndRint(int n, const double* a, double* y);
 void _tfnsNearbyInt(int n, const float* a, float* y);
 void _tfndNearbyInt(int n, const double* a, double* y);
 
-/* y[i] = Trunc of a[i], z[i] = a[i] - y[i], exact, a zero with the sign of a[i]; of an infinity a NaN. a may be y or z.
- */
+/* y[i] = Trunc of a[i], z[i] = a[i] - y[i], exact, a zero with the sign of a[i]; of an infinity a NaN. a may be y
+   or z. */
 void _tfnsModf(int n, const float* a, float* y, float* z);
 void _tfndModf(int n, const double* a, double* y, double* z);
 

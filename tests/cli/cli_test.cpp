@@ -121,7 +121,14 @@ TEST_F(Program, KeepsAStreamInAFileAndGoesOnWithIt) {
 TEST_F(Program, EndsQuietlyWhenTheReaderHasEnough) {
   EXPECT_EQ(output_of("qor random --raw | head -c 8 | wc -c"), "8\n");
   EXPECT_EQ(output_of("yes 1 | qor math sin | head -n 1; test ${PIPESTATUS[1]} = 0"), "0.8414709848078965\n");
-  EXPECT_EQ(run("qor random -n 1e6 > /dev/full").output, "qor random: writing failed: No space left on device\n");
+  for (const std::string command : {"engines", "bench inv", "math --list", "random --help", "help", "--version"}) {
+    EXPECT_EQ(output_of("(sleep 0.1; qor " + command + ") | true"), "");
+  }
+  for (const std::string command : {"random -n 1e6", "engines", "random --help", "--version"}) {
+    const Outcome outcome = run("qor " + command + " > /dev/full");
+    EXPECT_EQ(outcome.status, 1) << command;
+    EXPECT_TRUE(outcome.output.ends_with("writing failed: No space left on device\n")) << outcome.output;
+  }
 }
 
 TEST_F(Program, ComputesFunctionsTransformsAndConvolutions) {
@@ -139,6 +146,7 @@ TEST_F(Program, ComputesFunctionsTransformsAndConvolutions) {
   back = numbers_of("qor fft --scale both " + odd + " | qor fft --inverse --odd --scale both");
   ASSERT_EQ(back.size(), 5u);
   EXPECT_NEAR(back[4], 5, 1e-14);
+  EXPECT_EQ(output_of("echo +5 | qor fft | qor fft --inverse"), "5\n");
   EXPECT_EQ(output_of("echo 1 0 0 1 | qor fft --complex"), "1 1\n1 -1\n");
   const std::string a = file("a.txt", "1 2 3"), b = file("b.txt", "1\n1\n");
   EXPECT_EQ(output_of("qor convolve " + a + " " + b), "1\n3\n5\n3\n");
@@ -165,15 +173,29 @@ TEST_F(Program, SaysWhatIsWrong) {
       {"qor random --dist gaussian:0,-1", 2, "gaussian: sigma must be positive"},
       {"qor random --dist gaussian:0,x", 2, "gaussian: 'x' is not a number"},
       {"qor random --dist uniform:1,2,3", 2, "uniform takes 2 parameters at most"},
+      {"qor random --dist gauss", 2, "did you mean 'gaussian'?"},
+      {"qor random --dist uniform:5,3", 2, "uniform: b must be above a"},
+      {"qor random --dist integers:0,1e10", 2, "integers: b must be a whole number of 32 bits, above a"},
+      {"qor random --dist binomial:-1,0.5", 2, "binomial: n must be a whole number from 0"},
+      {"qor random --dist geometric:0", 2, "geometric: p must be above 0 and at most 1"},
+      {"qor random --dist hypergeometric:10,20,5", 2, "hypergeometric: s must be a whole number from 0 to l"},
+      {"qor random --dist poisson:1e10", 2, "poisson: lambda must be from 0 to 2^30"},
+      {"qor random --engine sobol --seed 41", 2, "the dimension of sobol is from 1 to 40"},
+      {"qor random --seed -1", 2, "--seed: -1 is not from 0 to 4294967295"},
+      {"qor random -n 1e30", 2, "-n: 1e30 is not from 0 to"},
+      {"qor random --save /nonexistent/x -n 1e15", 1, "cannot write /nonexistent/x: No such file or directory"},
       {"qor random -n 1.5", 2, "-n: '1.5' is not a whole number"},
       {"qor random -n", 2, "-n needs a value, COUNT"},
       {"qor random --save x", 2, "--save needs a count, -n"},
       {"qor random --leapfrog 5/5 -n 1", 2, "--leapfrog: 5 is not from 0 to 4"},
       {"qor random --skip 1 -n 1", 1, "skipping ahead: the engine can't skip ahead (-1003)"},
-      {"qor random --load /nonexistent -n 1", 1, "loading a stream: the file can't be opened (-1101)"},
+      {"qor random --load /nonexistent -n 1", 1, "/nonexistent: loading a stream: the file can't be opened (-1101)"},
       {"qor random --load " QOR_PROGRAM " -n 1", 1, "not a stream file"},
       {"qor math", 2, "a function is needed"},
       {"qor math sine", 2, "no function 'sine', did you mean 'sin'?"},
+      {"qor math sni", 2, "no function 'sni', did you mean 'sin'?"},
+      {"qor math erf --complex", 2, "no complex function 'erf' ('qor math --complex --list' lists them)"},
+      {"qor math sin --accuracy best", 2, "--accuracy is one of high, low, not 'best'"},
       {"echo 1 two 3 | qor math sin", 1, "standard input, line 1: 'two' is not a number"},
       {"echo 1 2 3 | qor math pow", 1, "standard input: pow needs 2 numbers each time"},
       {"qor math sin /nonexistent", 1, "cannot open /nonexistent: No such file or directory"},
@@ -182,6 +204,7 @@ TEST_F(Program, SaysWhatIsWrong) {
       {"printf 12345 | qor fft --raw", 1, "standard input ends within a number"},
       {"echo 1 2 3 | qor fft --inverse", 1, "pairs of numbers are needed"},
       {"qor convolve a.txt", 2, "two files are needed"},
+      {"qor convolve - -", 2, "one file may be -, not both"},
       {"qor bench nothing-of-the-kind", 2, "nothing has all of these words"},
       {"qor engines 5", 2, "too many arguments, from '5' on"},
   };

@@ -400,6 +400,11 @@ TEST(Tasks, AgreeInEveryMode) {
   EXPECT_TRUE(task.set_start(0).ok());
   EXPECT_TRUE(task.execute(x, y, z).ok());
   EXPECT_STREQ(qor::describe(-2302), "start outside the full result");
+  for (const int code : {-2,    -5,    -6,    -17,   -1000, -1010, -1111, -2000, -2001, -2211,
+                         -2212, -2220, -2230, -2240, -2303, -2313, -2333, -2800, -3000, -3041}) {
+    EXPECT_STRNE(qor::describe(code), "failure") << code;
+  }
+  EXPECT_STREQ(qor::describe(-1), "failure");
 }
 
 // A row of the spectrum of a real picture by the definition; there and back in every way of calling.

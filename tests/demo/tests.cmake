@@ -9,7 +9,9 @@ if(QOR_BUILD_EXAMPLES)
   qor_test(examples_test SOURCES demo/examples_test.cpp)
   set(ranks "./integral --ranks")
   if(QOR_MPI_WORKS)
-    set(ranks "${MPIEXEC_EXECUTABLE} ${MPIEXEC_NUMPROC_FLAG}")
+    # More ranks than processors, and those of root, are what some MPIs must be asked for.
+    set(ranks "env OMPI_MCA_rmaps_base_oversubscribe=1 OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1")
+    string(APPEND ranks " ${MPIEXEC_EXECUTABLE} ${MPIEXEC_NUMPROC_FLAG}")
     set(ranked " ./integral")
   endif()
   target_compile_definitions(examples_test PRIVATE QOR_EXAMPLE_PROGRAMS="$<TARGET_FILE_DIR:quickstart>"
