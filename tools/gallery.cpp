@@ -138,7 +138,8 @@ int make_page(const std::string& folder) {
   if (page == nullptr) return std::perror(folder.c_str()), 1;
   std::fprintf(
       page,
-      "# Gallery\n\nA million variates of each distribution but the uniform ones, MT19937 with seed %u, double precision "
+      "# Gallery\n\nA million variates of each distribution but the uniform ones, MT19937 with seed %u, double "
+      "precision "
       "where there is a\nchoice: boxes are what was drawn, lines what theory expects of the same bins. `./run gallery` "
       "makes this page;\ninclude/qor/rng.h tells the parameters, tests/rng/fit_test.cpp asks whether the boxes are "
       "right.\n",
