@@ -25,10 +25,16 @@ foreach(header qor blas1 conv dft fft rng service tfn version)
   endforeach()
 endforeach()
 
+# The build fails when the interface differs from its record; 77: the tools are missing.
 if(NOT QOR_SANITIZE)
-  add_test(NAME abi.record COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/abi/record check $<TARGET_FILE:qor>
-    ${CMAKE_CURRENT_SOURCE_DIR}/abi/qor.abi)
-  set_tests_properties(abi.record PROPERTIES SKIP_RETURN_CODE 77)
+  set(abi ${CMAKE_CURRENT_SOURCE_DIR}/abi)
+  add_custom_command(OUTPUT abi.checked
+    COMMAND sh -c "\"$0\" check \"$1\" \"$2\" || test $? = 77" ${abi}/record $<TARGET_FILE:qor> ${abi}/qor.abi
+    COMMAND ${CMAKE_COMMAND} -E touch abi.checked
+    DEPENDS qor ${abi}/record ${abi}/qor.abi
+    COMMENT "the interface beside its record"
+    VERBATIM)
+  add_custom_target(abi_record ALL DEPENDS abi.checked)
 endif()
 
 # The header for C++, by every compiler that is here.
