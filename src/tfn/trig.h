@@ -15,6 +15,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "numeric/float_parts.h"
@@ -26,6 +27,17 @@
 #include "tfn/trig_table.h"
 
 namespace qor::tfn {
+
+// The low 16 bits of each lane, loaded from memory: the compiler would extract them from the register.
+class RowNumbers : simd::InMemory<simd::VecU64> {
+ public:
+  using InMemory::InMemory;
+  QOR_INLINE unsigned operator()(int lane) const {
+    std::uint16_t number;
+    std::memcpy(&number, *this + lane, sizeof number);
+    return number;
+  }
+};
 
 enum class Wanted { sine, cosine, both };
 
@@ -69,7 +81,7 @@ struct Trig {
     using namespace simd;
     if constexpr (A == Accuracy::low) {
       constexpr TrigFit fit = trig_fit_low;
-      const LowHalves<VecU64> row(k);
+      const RowNumbers row(k);
       const VecD r = whole - tail, r2 = r * r;
       const auto [s, c] =
           gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
@@ -90,7 +102,7 @@ struct Trig {
   QOR_INLINE static void combine_unrounded(simd::VecU64 k, simd::VecD whole, simd::VecD tail, Unrounded* y) {
     using namespace simd;
     constexpr TrigFit fit = trig_fit_high;
-    const LowHalves<VecU64> row(k);
+    const RowNumbers row(k);
     const VecD r = whole - tail, r2 = r * r;
     const VecD head = numeric::upper_half(whole);                                           // 26 bits
     const VecD rest = ((whole - head) - tail) + r * r2 * horner(r2, fit.sin_5, fit.sin_3);  // sin r - head
@@ -138,7 +150,7 @@ struct Trig {
   // -0 + x.
   QOR_INLINE static void single_at(simd::VecU64 k, simd::VecD r, simd::VecD* y) {
     using namespace simd;
-    const LowHalves<VecU64> row(k);
+    const RowNumbers row(k);
     const auto [s, c] =
         gather_rows<2>(&trig_table[0].sine, [&](int l) { return row(l) % trig_rows * sizeof(TrigRow); }).column;
     const VecD r2 = r * r;
