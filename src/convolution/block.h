@@ -157,7 +157,14 @@ void add_row(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out,
     x += size;
   }
 }
-// Adds what the taps that are infinite or NaNs contribute. Nothing but data meets them.
+// Taps that are infinite or NaNs must meet nothing but data: they are cleared before a row is added, and what they
+// contribute is added after it.
+template <class V>
+QOR_COLD void clear_unusual_taps(V* taps, int n) {
+  for (V* v = taps; v != taps + n; ++v) {
+    if ((*v)[0] - (*v)[0] != 0) *v = V{};
+  }
+}
 template <class V>
 QOR_COLD void add_unusual_taps(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out, bool) {
   for (int r = 0; r < rows.count; ++r) {

@@ -177,7 +177,7 @@ class Direct {
         add_tile(t, window, outputs_at, !first, taps, pitch, add_few<V>);
       } else {
         const bool finite = spread_taps(t, taps_at);
-        if (!finite) clear_unusual_taps(t);
+        if (!finite) clear_unusual_taps(taps_, t.rows * t.taps);
         add_tile(t, window, outputs_at, !first, taps_, t.taps, add_row<V>);
         if (!finite) {
           spread_taps(t, taps_at);
@@ -206,11 +206,6 @@ class Direct {
       }
     }
     return nothing[0] == 0;
-  }
-  QOR_COLD void clear_unusual_taps(const Tile& t) {
-    for (V* v = taps_; v != taps_ + t.rows * t.taps; ++v) {
-      if ((*v)[0] - (*v)[0] != 0) *v = V{};
-    }
   }
   // The taps of a tile in rows, where they are if they are that already.
   const T* line_up_taps(const Tile& t, std::ptrdiff_t at, std::ptrdiff_t* pitch) {
