@@ -148,12 +148,14 @@ int _wxrCorrSSDirectAll_nodec(int rank, const float* x, const int* xshape, const
 
    Rank 2 to 7: Fourier transforms in double precision for all classes, SS and SD results being rounded once. In each
    dimension the longer operand is cut into blocks where that saves work, and the blocks' results are added. Rank 2
-   transforms real arrays of powers of two; ranks 3 to 7 transform complex arrays, those of rank 4 of even lengths.
+   transforms real arrays of powers of two: pairs of overlapping blocks of up to 256 x 256 points as one complex block
+   (overlap-save: every output is taken from one block), or the engine's transforms where those are less work. Ranks 3
+   to 7 transform complex arrays, those of rank 4 of even lengths.
 
-   Accuracy. Every output is wrong by at most about 3 u log2(N) |x| |y|, |.| the root of the sum of squares (of a block,
-   where there are blocks), N the number of points of a transform, u as above; then SD and SS round once more. An
-   infinity or a NaN makes every output of its block one. Memory: one block of work space per call, and what the
-   transform engine keeps for ranks above 1; all is freed before the return. */
+   Accuracy. Every output is wrong by at most about 3 u log2(N) |x| |y|, |.| the root of the sum of squares (of a block
+   or a pair of them, where there are blocks), N the number of points of a transform, u as above; then SD and SS round
+   once more. An infinity or a NaN may make every output of its block or pair one. Memory: one block of work space per
+   call, and what the transform engine keeps for ranks above 1; all is freed before the return. */
 
 /* Rank 1. */
 int _wxrConvDDFft1D_dec(const double* x, int xstride, const double* y, int ystride, double* z, int zstride, int xshape,

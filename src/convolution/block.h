@@ -1,43 +1,50 @@
 // The inner loops of direct sums: up to six vectors of neighbouring outputs, which every tap is added to in turn.
 #pragma once
 
+#include <algorithm>
+
+#include "fft/butterfly.h"
 #include "simd/vec.h"
 
 namespace qor::convolution {
 
 inline constexpr int block_vectors = 6;  // with a tap and a product that fills eight registers
 
-// Rows of taps, every one repeated in all lanes, and the rows of data that meet them.
-template <class V>
+// Rows of taps, every one repeated in all lanes or, in sums of few outputs, once; and the rows of data that meet them.
+template <class V, class Tap = V>
 struct Rows {
-  const V* taps;
+  const Tap* taps;
   const simd::lane_t<V>* data;
   int count, width;
   std::ptrdiff_t tap_pitch, data_pitch;
 };
 
-// out[x] = or += the sum over rows and taps of taps[c] data[x + c], in order, x < K lanes.
+// Blocks: out[x] = or += the sum over rows and taps of taps[c] data[x + c], x < lanes of so many vectors. Sums have names,
+// since an array of them would be kept in memory.
+
+// One vector or two. Even and odd taps have sums of their own, which wait for each other the less.
 template <int K, class V>
-void add_block(const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
+void add_small_block(const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
   using namespace simd;
   constexpr int L = lanes<V>;
-  V sum[K] = {};
+  V even0{}, even1{}, odd0{}, odd1{};
   const V* row_taps = rows.taps;
   const lane_t<V>* row_data = rows.data;
   for (int r = rows.count; r > 0; --r, row_taps += rows.tap_pitch, row_data += rows.data_pitch) {
     const lane_t<V>* data = row_data;
     const V *tap = row_taps, *const end = tap + rows.width;
-    const auto add_tap = [&](int c) {
-#pragma GCC unroll 8
-      for (int k = 0; k < K; ++k) sum[k] += load<V>(data + c + k * L) * tap[c];
+    const auto add_tap = [&](V& s0, V& s1, int c) {
+      s0 += load<V>(data + c) * tap[c];
+      if constexpr (K == 2) s1 += load<V>(data + c + L) * tap[c];
     };
-    for (; end - tap >= 2; tap += 2, data += 2) add_tap(0), add_tap(1);
-    if (tap != end) add_tap(0);
+    for (; end - tap >= 2; tap += 2, data += 2) add_tap(even0, even1, 0), add_tap(odd0, odd1, 1);
+    if (tap != end) add_tap(even0, even1, 0);
   }
-#pragma GCC unroll 8
-  for (int k = 0; k < K; ++k) store(out + k * L, add ? load<V>(out + k * L) + sum[k] : sum[k]);
+  const auto put = [&](int k, V sum) { store(out + k * L, add ? load<V>(out + k * L) + sum : sum); };
+  put(0, even0 + odd0);
+  if constexpr (K == 2) put(1, even1 + odd1);
 }
-// All eight registers; six names, since an array would be kept in memory.
+// Six: all eight registers.
 template <class V>
 [[gnu::noinline]] void add_full_block(const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
   using namespace simd;
@@ -76,22 +83,51 @@ template <class V>
   const auto put = [&](int k, V sum) { store(out + k * L, add ? load<V>(out + k * L) + sum : sum); };
   put(0, s0), put(1, s1), put(2, s2), put(3, s3), put(4, s4), put(5, s5);
 }
+// Three, with taps by twos. Every load of data serves two taps, which leaves fewer loads, and
+// fewer instructions, than one tap at a time takes.
+template <class V>
+[[gnu::noinline]] void add_half_block(const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
+  using namespace simd;
+  constexpr int L = lanes<V>;
+  V s0{}, s1{}, s2{};
+  const V* row_taps = rows.taps;
+  const lane_t<V>* row_data = rows.data;
+  for (int r = rows.count; r > 0; --r, row_taps += rows.tap_pitch, row_data += rows.data_pitch) {
+    const lane_t<V>* data = row_data;
+    const V* tap = row_taps;
+    int left = rows.width;
+    for (; left >= 8; left -= 8, tap += 8, data += 8) {
+      add_paired_products<0>(s0, s1, s2, tap, data);
+      add_paired_products<1>(s0, s1, s2, tap, data);
+      add_paired_products<L == 2 ? 4 : 2>(s0, s1, s2, tap, data);
+      add_paired_products<L == 2 ? 5 : 3>(s0, s1, s2, tap, data);
+    }
+    if (L == 2 && left >= 4) {
+      add_paired_products<0>(s0, s1, s2, tap, data);
+      add_paired_products<1>(s0, s1, s2, tap, data);
+      left -= 4, tap += 4, data += 4;
+    }
+    for (; left > 0; --left, ++tap, ++data) {
+      s0 += load<V>(data) * *tap;
+      s1 += load<V>(data + L) * *tap;
+      s2 += load<V>(data + 2 * L) * *tap;
+    }
+  }
+  const auto put = [&](int k, V sum) { store(out + k * L, add ? load<V>(out + k * L) + sum : sum); };
+  put(0, s0), put(1, s1), put(2, s2);
+}
+inline constexpr int shortest_paired = 24;  // taps
 template <class V>
 void add_block(int vectors, const Rows<V>& rows, simd::lane_t<V>* out, bool add) {
-  switch (vectors) {
-    case 1:
-      return add_block<1>(rows, out, add);
-    case 2:
-      return add_block<2>(rows, out, add);
-    case 3:
-      return add_block<3>(rows, out, add);
-    case 4:
-      return add_block<4>(rows, out, add);
-    case 5:
-      return add_block<5>(rows, out, add);
-    default:
-      return add_full_block(rows, out, add);
-  }
+  constexpr int half = block_vectors / 2 * simd::lanes<V>;
+  if (vectors == 1) return add_small_block<1>(rows, out, add);
+  if (vectors == 2) return add_small_block<2>(rows, out, add);
+  if (vectors == block_vectors && rows.width < shortest_paired) return add_full_block(rows, out, add);
+  add_half_block(rows, out, add);
+  if (vectors == block_vectors / 2) return;
+  Rows<V> second = rows;
+  second.data += half;
+  add_block(vectors - block_vectors / 2, second, out + half, add);
 }
 
 // A row of n outputs. Data is there from `from` up to `to` (it is indexed by output + tap), and a block of zeros on
@@ -101,8 +137,7 @@ void add_row(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out,
   using T = simd::lane_t<V>;
   constexpr int L = simd::lanes<V>;
   for (int x = 0; x < n;) {
-    const int left = (n - x + L - 1) / L, blocks = (left + block_vectors - 1) / block_vectors;
-    const int vectors = (left + blocks - 1) / blocks, size = vectors * L;
+    const int vectors = std::min((n - x + L - 1) / L, block_vectors), size = vectors * L;
     const int first = from - x - size + 1 > 0 ? from - x - size + 1 : 0;
     const int end = to - x < rows.width ? to - x : rows.width;
     Rows<V> part = rows;
@@ -122,18 +157,65 @@ void add_row(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out,
     x += size;
   }
 }
-// The same, when a tap is infinite or a NaN: nothing but data meets it. The same order, hence the same sums.
+// Taps that are infinite or NaNs must meet nothing but data: they are cleared before a row is added, and what they
+// contribute is added after it.
 template <class V>
-QOR_COLD void add_row_strictly(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out, bool add) {
-  for (int x = 0; x < n; ++x) {
-    simd::lane_t<V> sum = 0;
-    for (int r = 0; r < rows.count; ++r) {
-      for (int c = from > x ? from - x : 0; c < rows.width && c < to - x; ++c) {
-        sum += rows.data[r * rows.data_pitch + x + c] * rows.taps[r * rows.tap_pitch + c][0];
+QOR_COLD void clear_unusual_taps(V* taps, int n) {
+  for (V* v = taps; v != taps + n; ++v) {
+    if ((*v)[0] - (*v)[0] != 0) *v = V{};
+  }
+}
+template <class V>
+QOR_COLD void add_unusual_taps(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out, bool) {
+  for (int r = 0; r < rows.count; ++r) {
+    for (int c = 0; c < rows.width; ++c) {
+      const simd::lane_t<V> tap = rows.taps[r * rows.tap_pitch + c][0];
+      if (tap - tap == 0) continue;
+      for (int x = std::max(from - c, 0); x < std::min(to - c, n); ++x) {
+        out[x] += tap * rows.data[r * rows.data_pitch + x + c];
       }
     }
-    out[x] = add ? out[x] + sum : sum;
   }
+}
+
+// N neighbouring outputs from x on, each summed over vectors of taps in C chains. Nothing but data meets a tap.
+template <int N, int C, class V>
+void add_dots(const Rows<V, simd::lane_t<V>>& rows, int from, int to, int x, simd::lane_t<V>* out, bool add) {
+  using T = simd::lane_t<V>;
+  constexpr int L = simd::lanes<V>;
+  const auto first = [&](int n) { return std::max(from - x - n, 0); };
+  const auto end = [&](int n) { return std::min(to - x - n, rows.width); };
+  V sum[N][C] = {};
+  T rest[N] = {};
+  for (int r = 0; r < rows.count; ++r) {
+    const T *const taps = rows.taps + r * rows.tap_pitch, *const data = rows.data + r * rows.data_pitch + x;
+    int c = first(0);
+    const auto add_ends = [&](int low, int high, int n) {
+      for (int i = low; i < high; ++i) rest[n] += taps[i] * data[n + i];
+    };
+    for (int n = 1; n < N; ++n) add_ends(first(n), std::min(c, end(n)), n);
+    for (const int all = end(N - 1); c + C * L <= all; c += C * L) {
+      fft::unrolled<C>([&](auto k) {
+        const V tap = simd::load<V>(taps + c + k * L);
+        fft::unrolled<N>([&](auto n) { sum[n][k] += tap * simd::load<V>(data + c + k * L + n); });
+      });
+    }
+    for (int n = 0; n < N; ++n) add_ends(std::max(c, first(n)), end(n), n);
+  }
+  fft::unrolled<N>([&](auto n) {
+    fft::unrolled<C>([&](auto k) {
+      if (k != 0) sum[n][0] += sum[n][k];
+    });
+    for (int i = 0; i < L; ++i) rest[n] += sum[n][0][i];
+    out[x + n] = add ? out[x + n] + rest[n] : rest[n];
+  });
+}
+// A row of few outputs; tap and data as for add_row.
+template <class V>
+void add_few(const Rows<V, simd::lane_t<V>>& rows, int from, int to, int n, simd::lane_t<V>* out, bool add) {
+  int x = 0;
+  for (; n - x >= 4; x += 4) add_dots<4, 1>(rows, from, to, x, out, add);
+  for (; x < n; ++x) add_dots<1, 4>(rows, from, to, x, out, add);
 }
 
 }  // namespace qor::convolution

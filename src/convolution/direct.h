@@ -7,7 +7,10 @@
 // residue by themselves, with the data of the same residue in the window: steps are all 1 then. The higher dimensions
 // are loops over planes of data and the pairs of taps and outputs that meet there.
 //
-// The sum of a tile is formed in order and added to the output: partial sums have at most tile_taps products.
+// Where outputs are few, and taps many, each output is a product of vectors of taps and data; taps aren't repeated.
+//
+// The sum of a tile is formed by itself and added to the output: partial sums have at most so many products as a tile
+// has taps.
 #pragma once
 
 #include <algorithm>
@@ -21,6 +24,7 @@
 namespace qor::convolution {
 
 inline constexpr int tile_taps = 512, tile_outputs = 2048;  // taps and data of a tile stay in the first-level cache
+inline constexpr int few_outputs_taps = 1024, fewest_taps = 32;  // of tiles of few outputs
 
 // An odometer over dimensions 2 and up: i[k] from low[k] up to high[k]; all of them at least one long.
 struct Odometer {
@@ -80,8 +84,10 @@ class Direct {
       p_.a.stride[1] = p_.b.stride[1] = p_.z.stride[1] = p_.offset[1] = 0;
     }
     const int taps = (p_.a.shape[0] - 1) / p_.step[0] + 1;
-    tap_width_ = std::min(taps, tile_taps);
-    tap_rows_ = std::min(p_.a.shape[1], tile_taps / tap_width_);
+    few_outputs_ = p_.z.shape[0] <= 4 * simd::lanes<V> && taps >= fewest_taps;
+    const int most = few_outputs_ ? few_outputs_taps : tile_taps;
+    tap_width_ = std::min(taps, most);
+    tap_rows_ = std::min(p_.a.shape[1], most / tap_width_);
     width_ = std::min(p_.z.shape[0], tile_outputs);
     // A pitch that is no multiple of a page's half: rows would fight for the same places of the cache.
     pitch_ = (width_ + tap_width_ + 2 * pad + 15) / 16 * 16;
@@ -165,25 +171,57 @@ class Direct {
       }
       if (!meets) continue;
       if (window.data == nullptr) window = bring(plane, t);
-      const bool finite = spread_taps(t, taps_at);
-      add_tile(t, window, outputs_at, finite, !first);
+      if (few_outputs_) {
+        std::ptrdiff_t pitch = 0;
+        const T* const taps = line_up_taps(t, taps_at, &pitch);
+        add_tile(t, window, outputs_at, !first, taps, pitch, add_few<V>);
+      } else {
+        const bool finite = spread_taps(t, taps_at);
+        if (!finite) clear_unusual_taps(taps_, t.rows * t.taps);
+        add_tile(t, window, outputs_at, !first, taps_, t.taps, add_row<V>);
+        if (!finite) {
+          spread_taps(t, taps_at);
+          add_tile(t, window, outputs_at, true, taps_, t.taps, add_unusual_taps<V>);
+        }
+      }
     } while (tap.next());
   }
 
+  // The first tap of a tile's row r; `stride` becomes the distance to the next one.
+  const D* tap_row(const Tile& t, std::ptrdiff_t at, int r, std::ptrdiff_t* stride) const {
+    *stride = static_cast<std::ptrdiff_t>(std::int64_t{p_.a.stride[0]} * p_.step[0]);
+    return p_.a.origin + at + (t.r0 + r) * p_.a.stride[1] + t.phase * p_.a.stride[0] + t.c0 * *stride;
+  }
   // The taps of a tile, each in all lanes. Are they all finite?
   bool spread_taps(const Tile& t, std::ptrdiff_t at) {
-    T nothing = 0;
+    simd::Bits<V> nothing{};
     V* to = taps_;
-    const auto stride = static_cast<std::ptrdiff_t>(std::int64_t{p_.a.stride[0]} * p_.step[0]);
     for (int r = 0; r < t.rows; ++r) {
-      const D* from = p_.a.origin + at + (t.r0 + r) * p_.a.stride[1] + t.phase * p_.a.stride[0] + t.c0 * stride;
+      std::ptrdiff_t stride = 0;
+      const D* const from = tap_row(t, at, r, &stride);
       for (int c = 0; c < t.taps; ++c) {
-        const T tap = from[c * stride];
-        nothing += tap - tap;
-        *to++ = simd::splat<V>(tap);
+        const V tap = simd::splat<V>(static_cast<T>(from[c * stride]));
+        nothing |= simd::bits(tap - tap);
+        *to++ = tap;
       }
     }
-    return nothing == 0;
+    return nothing[0] == 0;
+  }
+  // The taps of a tile in rows, where they are if they are that already.
+  const T* line_up_taps(const Tile& t, std::ptrdiff_t at, std::ptrdiff_t* pitch) {
+    std::ptrdiff_t stride = 0;
+    if constexpr (std::is_same_v<T, D>) {
+      const D* const taps = tap_row(t, at, 0, &stride);
+      *pitch = p_.a.stride[1];
+      if (stride == 1) return taps;
+    }
+    T* const to = reinterpret_cast<T*>(taps_);
+    for (int r = 0; r < t.rows; ++r) {
+      const D* const from = tap_row(t, at, r, &stride);
+      copy_row(from, stride, to + r * t.taps, t.taps);
+    }
+    *pitch = t.taps;
+    return to;
   }
 
   // The data that the tile's outputs and taps meet. Element v of a row is b[base + v step].
@@ -221,25 +259,29 @@ class Direct {
   static void copy_row(const D* from, std::ptrdiff_t stride, T* to, int n) {
     if (stride == 1) {
       for (int i = 0; i < n; ++i) to[i] = from[i];
+    } else if (stride == -1) {
+      for (int i = 0; i < n; ++i) to[i] = from[-i];
     } else {
       for (int i = 0; i < n; ++i) to[i] = from[i * stride];
     }
   }
 
-  void add_tile(const Tile& t, const Window& w, std::ptrdiff_t outputs_at, bool finite, bool add) {
+  template <class Tap, class AddRow>
+  void add_tile(const Tile& t, const Window& w, std::ptrdiff_t outputs_at, bool add, const Tap* taps,
+                std::ptrdiff_t tap_pitch, AddRow add_row) {
     T* out = z_.origin + outputs_at + t.j0 + t.j1 * z_.stride[1];
     for (int j = 0; j < t.height; ++j, out += z_.stride[1]) {
       const std::int64_t shift = p_.offset[1] + std::int64_t{t.j1 + j} * p_.step[1] + t.r0;
       const std::int64_t low = std::max<std::int64_t>(0, -shift);
       const std::int64_t high = std::min<std::int64_t>(t.rows, p_.b.shape[1] - shift);
       if (low >= high && add) continue;
-      Rows<V> rows{taps_, w.data, 0, t.taps, t.taps, w.pitch};
+      Rows<V, Tap> rows{taps, w.data, 0, t.taps, tap_pitch, w.pitch};
       if (low < high) {
         rows.count = static_cast<int>(high - low);
-        rows.taps += low * t.taps;
+        rows.taps += low * tap_pitch;
         rows.data += (low + std::int64_t{j} * p_.step[1]) * w.pitch;
       }
-      (finite ? add_row<V> : add_row_strictly<V>)(rows, w.from, w.to, t.width, out, add);
+      add_row(rows, w.from, w.to, t.width, out, add);
     }
   }
 
@@ -258,6 +300,7 @@ class Direct {
   }
 
   Problem<D> p_;
+  bool few_outputs_ = false;
   int tap_width_ = 0, tap_rows_ = 0, width_ = 0, height_ = 0, pitch_ = 0;
   Owned<char> work_;
   V* taps_ = nullptr;

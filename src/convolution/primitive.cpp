@@ -50,7 +50,10 @@ void sum_directly(const T* a, int na, const T* b, int nb, T* dst, std::ptrdiff_t
   for (int c0 = 0; c0 < nb; c0 += tile_taps) {
     const int width = std::min(tile_taps, nb - c0);
     const T* const last = b + (nb - 1 - c0);
-    for (int c = 0; c < width; ++c) taps[c] = simd::broadcast<V>(last - c);
+    const auto spread_taps = [&] {
+      for (int c = 0; c < width; ++c) taps[c] = simd::broadcast<V>(last - c);
+    };
+    spread_taps();
     const bool finite = all_finite(last - width + 1, width);
     // Output k meets a[k + c0 + c - (nb - 1)].
     const std::ptrdiff_t low = std::max(0, nb - c0 - width),
@@ -72,7 +75,11 @@ void sum_directly(const T* a, int na, const T* b, int nb, T* dst, std::ptrdiff_t
         std::copy(a + base + from, a + base + to, window + pad + from);
         std::fill(window + pad + to, window + length + 2 * pad, T(0));
       }
-      (finite ? add_row<V> : add_row_strictly<V>)(rows, from, to, n, dst + k, adds);
+      if (!finite) clear_unusual_taps(taps, width);
+      add_row(rows, from, to, n, dst + k, adds);
+      if (finite) continue;
+      spread_taps();
+      add_unusual_taps(rows, from, to, n, dst + k, true);
     }
   }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "convolution/plane.h"
 #include "convolution/status.h"
 #include "dft/descriptor.h"
 #include "fft/convolution.h"
@@ -143,9 +144,10 @@ void runpack(const Lengths& shape, const double* sums, const Array<D>& z) {
 
 // ---- how the operands are cut ---------------------------------------------------------------------------------------
 
-// Transform lengths, and what they leave for a block of either operand.
+// Transform lengths of the engine, and what they leave for a block of either operand.
 struct Cutting {
   Lengths transform, a, b;
+  double work;  // in nanoseconds, as an estimate
 };
 
 // A length that transforms well and is not below n, which in the real domain is a power of two.
@@ -162,7 +164,7 @@ std::int64_t good_length(int rank, std::int64_t n) {
 // dimension whose shorter operand has less than 3 elements isn't cut.
 Cutting cut(const Lengths& a, const Lengths& b) {
   const int rank = a.rank;
-  Cutting c{a, a, b};
+  Cutting c{a, a, b, 0};
   std::int64_t length[max_rank];
   const auto set = [&](int k) {
     c.transform.n[k] = static_cast<int>(std::min<std::int64_t>(length[k], std::numeric_limits<int>::max()));
@@ -171,7 +173,7 @@ Cutting cut(const Lengths& a, const Lengths& b) {
     c.a.n[k] = a_longer ? static_cast<int>(std::min<std::int64_t>(a.n[k], room)) : a.n[k];
     c.b.n[k] = a_longer ? b.n[k] : static_cast<int>(std::min<std::int64_t>(b.n[k], room));
   };
-  // Transforms of a, and of the pairs of blocks.
+  // Transforms of a, and of the pairs of blocks; what a row costs besides.
   const auto work = [&](double* result) {
     double points = 1, a_blocks = 1, b_blocks = 1;
     int order = 0;
@@ -183,7 +185,8 @@ Cutting cut(const Lengths& a, const Lengths& b) {
       for (int n = c.transform.n[k]; n > 1; n /= 2) ++order;
     }
     const double large = points > 65536 ? 1.5 : 1;  // the second-level cache holds no more
-    *result = points * a_blocks * large * (order + 3 + b_blocks * (2 * order + 8));
+    const double steps = points * large * (order + 3 + b_blocks * (2 * order + 8));
+    *result = a_blocks * (0.105 * steps + 40 * b_blocks * (points / c.transform.n[0]));
   };
   for (int k = 0; k < rank; ++k) {
     length[k] = good_length(rank, std::int64_t{a.n[k]} + b.n[k] - 1);
@@ -210,6 +213,7 @@ Cutting cut(const Lengths& a, const Lengths& b) {
       set(k);
     }
   }
+  work(&c.work);
   return c;
 }
 
@@ -284,6 +288,12 @@ int basic_cc_via_dfti(int rank, const Array<const D>& a, const Array<const D>& b
   };
   const Lengths na = shape_of(a), nb = shape_of(b), nz = shape_of(z);
   const Cutting c = cut(na, nb);
+  if (rank == 2) {
+    const bool a_smaller = na.points() < nb.points();
+    const Array<const D>&kernel = a_smaller ? a : b, &data = a_smaller ? b : a;
+    const Tiling tiling = find_tiling(kernel.shape, z.shape, step);
+    if (tiling.work < c.work) return convolve_tiles(tiling, kernel, data, z, first, step, kept);
+  }
   const bool real = rank <= 2;
   const std::int64_t points = c.transform.points();
   const std::int64_t pairs = real ? points / c.transform.n[0] * (c.transform.n[0] / 2 + 1) : points;

@@ -335,4 +335,35 @@ QOR_INLINE void add_six_products(VecF& s0, VecF& s1, VecF& s2, VecF& s3, VecF& s
         "m"(*reinterpret_cast<const float(*)[C + 24]>(data)), "m"(taps[C]));
 }
 
+// sk += taps[C] * (vector k of data + C) + taps[C + lanes] * (vector k + 1 of it), k = 0, 1, 2, the two products being
+// added first: six products from six loads, all eight registers.
+#define QOR_ADD_PAIRED_PRODUCTS(V, T, suffix)                                                                      \
+  template <int C>                                                                                                 \
+  QOR_INLINE void add_paired_products(V& s0, V& s1, V& s2, const V* taps, const T* data) {                         \
+    V first, second, p, q, r;                                                                                      \
+    asm volatile(                                                                                                  \
+        "movaps %c[tap](%[taps]), %[first]\n\tmovaps %c[tap]+16*%c[lanes](%[taps]), %[second]\n\t"                 \
+        "movups %c[at]+0(%[data]), %[p]\n\tmul" suffix                                                             \
+        " %[first], %[p]\n\t"                                                                                      \
+        "movups %c[at]+16(%[data]), %[q]\n\tmovaps %[q], %[r]\n\tmul" suffix                                       \
+        " %[second], %[q]\n\t"                                                                                     \
+        "mul" suffix " %[first], %[r]\n\tadd" suffix " %[q], %[p]\n\tadd" suffix                                   \
+        " %[p], %[s0]\n\t"                                                                                         \
+        "movups %c[at]+32(%[data]), %[q]\n\tmovaps %[q], %[p]\n\tmul" suffix                                       \
+        " %[second], %[q]\n\t"                                                                                     \
+        "mul" suffix " %[first], %[p]\n\tadd" suffix " %[q], %[r]\n\tadd" suffix                                   \
+        " %[r], %[s1]\n\t"                                                                                         \
+        "movups %c[at]+48(%[data]), %[q]\n\tmul" suffix                                                            \
+        " %[second], %[q]\n\t"                                                                                     \
+        "add" suffix " %[q], %[p]\n\tadd" suffix " %[p], %[s2]\n\t"                                                \
+        : [s0] "+x"(s0), [s1] "+x"(s1), [s2] "+x"(s2), [first] "=&x"(first), [second] "=&x"(second), [p] "=&x"(p), \
+          [q] "=&x"(q), [r] "=&x"(r)                                                                               \
+        : [taps] "r"(taps), [data] "r"(data), [tap] "i"(16 * C), [lanes] "i"(lanes<V>),                            \
+          [at] "i"(static_cast<int>(sizeof(T)) * C), "m"(*reinterpret_cast<const T(*)[C + 4 * lanes<V>]>(data)),   \
+          "m"(*reinterpret_cast<const V(*)[C + lanes<V> + 1]>(taps)));                                             \
+  }
+QOR_ADD_PAIRED_PRODUCTS(VecD, double, "pd")
+QOR_ADD_PAIRED_PRODUCTS(VecF, float, "ps")
+#undef QOR_ADD_PAIRED_PRODUCTS
+
 }  // namespace qor::simd

@@ -133,6 +133,10 @@ TYPED_TEST(Drivers, AgreeWithTheirDefinitionBeyondOneTile) {
                         {{3, 3, 3, 90}, {3, 4, 2, 3}, {1, 1, 1, 1}},
                         {{40, 30}, {60, 50}, {1, 1}},
                         {{600, 2}, {40, 9}, {1, 2}},
+                        {{7, 9}, {150, 140}, {1, 1}},
+                        {{90, 130}, {3, 5}, {3, 2}},
+                        {{20, 2}, {300, 40}, {41, 1}},
+                        {{100, 4}, {200, 90}, {1, 30}},
                         {{5, 60}, {3, 2500}, {1, 1}},
                         {{9, 9, 9}, {20, 11, 10}, {1, 3, 2}},
                         {{3, 2, 3, 2}, {4, 5, 60, 3}, {2, 1, 1, 1}}};
@@ -150,11 +154,33 @@ TYPED_TEST(Drivers, AgreeWithTheirDefinitionBeyondOneTile) {
   }
 }
 
+// From one output to more than are summed one by one, in the middle of the full result and at either end.
+TYPED_TEST(Drivers, AgreeWithTheirDefinitionWhereOutputsAreFew) {
+  Draw draw(19);
+  for (int round = 0; round < 60 && !this->HasFatalFailure(); ++round) {
+    const int rank = 1 + round % 2;
+    Case c{TypeParam::correlates, {}, {}, {}, {}, {}, {}, {}, {}};
+    for (int k = 0; k < rank; ++k) {
+      c.nx.push_back(draw(30, rank == 1 ? 1500 : 50));
+      c.ny.push_back(draw(30, rank == 1 ? 1500 : 50));
+      c.nz.push_back(draw(1, 20));
+      c.step.push_back(draw(1, 3) == 1 ? draw(1, 4) : 1);
+      const int low = c.correlates ? 1 - c.nx.back() : 0, last = c.nx.back() + c.ny.back() - 2;
+      const int latest = std::max(0, last - (c.nz.back() - 1) * c.step.back());
+      if (latest == 0) c.nz.back() = 1;
+      c.start.push_back(low + (draw(0, 2) == 0 ? latest : draw(0, latest)));
+    }
+    c.sx = draw.stride(c.nx, true), c.sy = draw.stride(c.ny, true), c.sz = draw.stride(c.nz, false);
+    expect_agreement<TypeParam>(draw, c, round);
+  }
+}
+
 TYPED_TEST(DirectDrivers, SpreadInfinitiesToTheirOwnSumsOnly) {
   using D = typename TypeParam::D;
   Draw draw(5);
   for (int round = 0; round < 40; ++round) {
     Case c = draw.problem(TypeParam::correlates, 1 + round % 3, round % 3 == 0 ? 90 : 9);
+    if (round % 6 == 0) c.nz[0] = std::min(c.nz[0], 5);  // sums of few outputs
     c.sx = dense(c.nx), c.sy = dense(c.ny), c.sz = dense(c.nz);
     std::vector<D> x = draw.values<D>(c.nx, c.sx), y = draw.values<D>(c.ny, c.sy);
     const std::vector<D> usual = compute<TypeParam>(c, x, y, true, true);
