@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "fft/butterfly.h"
 #include "simd/vec.h"
@@ -157,12 +159,13 @@ void add_row(const Rows<V>& rows, int from, int to, int n, simd::lane_t<V>* out,
     x += size;
   }
 }
-// Taps that are infinite or NaNs must meet nothing but data: they are cleared before a row is added, and what they
-// contribute is added after it.
+// Taps that are infinite or NaNs must meet nothing but data: for the row they are as small as can be, of the same sign, so
+// that infinite data isn't multiplied by zero, and what they contribute is added after it.
 template <class V>
-QOR_COLD void clear_unusual_taps(V* taps, int n) {
+QOR_COLD void shrink_unusual_taps(V* taps, int n) {
+  using T = simd::lane_t<V>;
   for (V* v = taps; v != taps + n; ++v) {
-    if ((*v)[0] - (*v)[0] != 0) *v = V{};
+    if ((*v)[0] - (*v)[0] != 0) *v = simd::splat<V>(std::copysign(std::numeric_limits<T>::min(), (*v)[0]));
   }
 }
 template <class V>

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "base/align.h"
 #include "base/owned.h"
 #include "convolution/block.h"
 #include "convolution/layout.h"
@@ -109,7 +110,7 @@ class Direct {
     if (bytes > std::numeric_limits<std::ptrdiff_t>::max()) return false;
     work_ = Owned<char>::allocate(static_cast<std::size_t>(bytes));
     if (!work_) return false;
-    char* const start = work_.get() + (64 - reinterpret_cast<std::uintptr_t>(work_.get()) % 64) % 64;
+    char* const start = align_up<char>(work_.get(), 64);
     taps_ = reinterpret_cast<V*>(start);
     window_ = reinterpret_cast<T*>(start + taps);
     if constexpr (std::is_same_v<T, D>) z_ = p_.z;
@@ -177,7 +178,7 @@ class Direct {
         add_tile(t, window, outputs_at, !first, taps, pitch, add_few<V>);
       } else {
         const bool finite = spread_taps(t, taps_at);
-        if (!finite) clear_unusual_taps(taps_, t.rows * t.taps);
+        if (!finite) shrink_unusual_taps(taps_, t.rows * t.taps);
         add_tile(t, window, outputs_at, !first, taps_, t.taps, add_row<V>);
         if (!finite) {
           spread_taps(t, taps_at);

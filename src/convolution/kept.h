@@ -3,8 +3,8 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
 
+#include "base/align.h"
 #include "base/owned.h"
 #include "convolution/layout.h"
 
@@ -49,7 +49,7 @@ class Kept {
       room_ = bytes;
     }
     if (!work_) return nullptr;
-    return work_.get() + (alignment - reinterpret_cast<std::uintptr_t>(work_.get()) % alignment) % alignment;
+    return align_up<char>(work_.get(), alignment);
   }
 
  private:

@@ -75,7 +75,7 @@ void sum_directly(const T* a, int na, const T* b, int nb, T* dst, std::ptrdiff_t
         std::copy(a + base + from, a + base + to, window + pad + from);
         std::fill(window + pad + to, window + length + 2 * pad, T(0));
       }
-      if (!finite) clear_unusual_taps(taps, width);
+      if (!finite) shrink_unusual_taps(taps, width);
       add_row(rows, from, to, n, dst + k, adds);
       if (finite) continue;
       spread_taps();

@@ -202,6 +202,29 @@ TYPED_TEST(DirectDrivers, SpreadInfinitiesToTheirOwnSumsOnly) {
   }
 }
 
+// Infinities and zeros that meet each other: the sum is the NaN or the infinity that it is in any order.
+TYPED_TEST(DirectDrivers, MultiplyInfinitiesLikePlainSums) {
+  using D = typename TypeParam::D;
+  constexpr D infinity = std::numeric_limits<D>::infinity();
+  Draw draw(7);
+  for (int round = 0; round < 60; ++round) {
+    Case c = draw.problem(TypeParam::correlates, 1 + round % 2, round % 2 == 0 ? 90 : 9);
+    if (round % 6 == 0) c.nz[0] = std::min(c.nz[0], 5);
+    c.sx = dense(c.nx), c.sy = dense(c.ny), c.sz = dense(c.nz);
+    std::vector<D> x = draw.values<D>(c.nx, c.sx), y = draw.values<D>(c.ny, c.sy);
+    for (std::vector<D>* v : {&x, &y}) {
+      for (const D value : {infinity, -infinity, D(0)}) (*v)[std::size_t(draw(0, int(v->size()) - 1))] = value;
+    }
+    const auto sums = plain_sums(c, x, y);
+    const std::vector<D> z = compute<TypeParam>(c, x, y, true, true);
+    for (std::size_t i = 0; i < z.size(); ++i) {
+      EXPECT_EQ(std::isnan(z[i]), std::isnan(sums[i].value)) << i << " of " << text(c);
+      if (!std::isinf(sums[i].value)) continue;
+      EXPECT_EQ(z[i], D(sums[i].value)) << i << " of " << text(c);
+    }
+  }
+}
+
 // ---- codes ----------------------------------------------------------------------------------------------------------
 
 TYPED_TEST(Drivers, ReturnTheFirstCodeThatApplies) {
