@@ -154,15 +154,21 @@ Tiling find_tiling(const int* kernel, const int* outputs, const int* step) {
       for (int k = 0; k < 2; ++k) {
         const int room = t.points[k] - kernel[k] + 1;
         t.outputs[k] = room < 1 ? 0 : std::min((room - 1) / step[k] + 1, outputs[k]);
-        tiles *= t.outputs[k] == 0 ? 0 : (outputs[k] - 1) / t.outputs[k] + 1;
+        const int count = t.outputs[k] == 0 ? 0 : (outputs[k] - 1) / t.outputs[k] + 1;
+        tiles *= count;
       }
       if (tiles == 0) continue;
       // Nanoseconds, as measured once: a row, a column there and back, and those of the kernel.
-      const auto orders = [](int n) { return n * (__builtin_ctz(static_cast<unsigned>(n)) + 2); };
+      const auto orders = [](int n) {
+        int order = 2;
+        for (int left = n; left > 1; left /= 2) ++order;
+        return n * order;
+      };
       const double row = 30 + 0.36 * orders(width), column = 30 + 0.58 * orders(height);
       const double large = width * height > 32768 ? 1.35 : width * height > 8192 ? 1.1 : 1;
-      t.work = static_cast<double>((static_cast<std::int64_t>(tiles) + tile_count - 1) / tile_count);
-      t.work = t.work * ((height + t.outputs[1]) * row + width * column) + kernel[1] * row + width * column / 2;
+      double groups = tiles / tile_count;
+      if (tiles < 0x1p30) groups = (static_cast<int>(tiles) + tile_count - 1) / tile_count;
+      t.work = groups * ((height + t.outputs[1]) * row + width * column) + kernel[1] * row + width * column / 2;
       t.work *= large;
       if (t.work < best.work) best = t;
     }
