@@ -5,10 +5,10 @@ BEGIN {
   kinds = split("double HA;double LA;single HA;single LA", kind, ";")
   split("`_tfnz*_HA`;`_tfnz*_50`;`_tfnc*_HA`;`_tfnc*_21`", head, ";")
 }
-NF >= 11 && $2 ~ / complex (double|single) (HA|50|21)$/ {
+NF >= 11 && $2 ~ / complex (double|single) (HA|LA)$/ {
   split($2, word, " ")
   name = word[1]
-  what = word[3] " " (word[4] == "HA" ? "HA" : "LA")
+  what = word[3] " " word[4]
   if (!(name in seen)) { seen[name] = 1; names[++count] = name }
   ns[name, what] = $3
   against = $4 ~ /^plain/ ? 2 : 1
