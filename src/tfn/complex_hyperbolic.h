@@ -241,6 +241,13 @@ struct Tangent : Bounds<T, A> {
         const VecD inverse = 1.0 / (d.head + d.tail);
         p = quotient(sinh, cosh, d, inverse);
         q = quotient(s, c, d, inverse);
+      } else if constexpr (G == Grade::low) {
+        // Next to 1 as 1 and what that leaves, to which fewer roundings contribute: sinh cosh is sinh^2 + sinh e^-|a|.
+        const VecD size = abs(sinh), square = c * c, d = size * size + square;
+        const VecU64 large = le(splat<VecD>(1), size);
+        const VecD rest = size * (cosh - as<VecD>(bits(size) & large));
+        p = (rest - as<VecD>(bits(square) & large)) / d + as<VecD>(bits(splat<VecD>(1)) & large);
+        q = s * c / d;
       } else {
         const VecD d = sinh * sinh + c * c;
         p = sinh * cosh / d;
