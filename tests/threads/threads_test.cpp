@@ -5,6 +5,7 @@
 #include <pthread.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -111,7 +112,8 @@ void add_streams(std::vector<Work>& all) {
 // Records are shared: one for all threads.
 template <class T>
 T sample(int i) {
-  return T((i * i) % 37 - 18);
+  const int residue = i % 37;
+  return T(residue * residue % 37 - 18);
 }
 void add_transforms(std::vector<Work>& all) {
   for (const int order : {3, 10, 16}) {
@@ -146,12 +148,14 @@ void add_descriptors(std::vector<Work>& all) {
                                                        shape.data()),
                 0);
       EXPECT_EQ(qor_dft_zx9_commit_descriptor_external(d), 0);
-      all.push_back({"descriptor " + std::to_string(domain) + ", " + std::to_string(shape[0]), [d, &shape] {
+      const std::shared_ptr<qor_dft_descriptor> shared(
+          d, [](qor_dft_descriptor* last) { EXPECT_EQ(qor_dft_zx9_free_descriptor_external(&last), 0); });
+      all.push_back({"descriptor " + std::to_string(domain) + ", " + std::to_string(shape[0]), [shared, &shape] {
                        std::size_t reals = 2;
                        for (const int n : shape) reals *= static_cast<std::size_t>(n + 2);
                        std::vector<float> x(reals);
                        for (std::size_t i = 0; i < reals; ++i) x[i] = sample<float>(static_cast<int>(i % 1000));
-                       EXPECT_EQ(qor_dft_zx9_compute_forward_external(d, x.data(), nullptr), 0);
+                       EXPECT_EQ(qor_dft_zx9_compute_forward_external(shared.get(), x.data(), nullptr), 0);
                        return bytes(x);
                      }});
     }
