@@ -140,7 +140,7 @@ class Plane {
   const Array<D>& z_;
   const int *first_, *step_;
   Tiles tiles_{tiling_.points[0], tiling_.points[1]};
-  D *rows_[tile_count], *zeros_;
+  D *rows_[tile_count] = {}, *zeros_ = nullptr;
 };
 
 }  // namespace
@@ -166,8 +166,8 @@ Tiling find_tiling(const int* kernel, const int* outputs, const int* step) {
       };
       const double row = 30 + 0.36 * orders(width), column = 30 + 0.58 * orders(height);
       const double large = width * height > 32768 ? 1.35 : width * height > 8192 ? 1.1 : 1;
-      double groups = tiles / tile_count;
-      if (tiles < 0x1p30) groups = (static_cast<int>(tiles) + tile_count - 1) / tile_count;
+      const int few = tiles < 0x1p30 ? (static_cast<int>(tiles) + tile_count - 1) / tile_count : 0;
+      const double groups = few != 0 ? few : tiles / tile_count;
       t.work = groups * ((height + t.outputs[1]) * row + width * column) + kernel[1] * row + width * column / 2;
       t.work *= large;
       if (t.work < best.work) best = t;
