@@ -257,15 +257,6 @@ class Direct {
     w.data = window_ + pad;
     return w;
   }
-  static void copy_row(const D* from, std::ptrdiff_t stride, T* to, int n) {
-    if (stride == 1) {
-      for (int i = 0; i < n; ++i) to[i] = from[i];
-    } else if (stride == -1) {
-      for (int i = 0; i < n; ++i) to[i] = from[-i];
-    } else {
-      for (int i = 0; i < n; ++i) to[i] = from[i * stride];
-    }
-  }
 
   template <class Tap, class AddRow>
   void add_tile(const Tile& t, const Window& w, std::ptrdiff_t outputs_at, bool add, const Tap* taps,

@@ -89,4 +89,16 @@ struct Problem {
   }
 };
 
+// n elements that lie a stride apart, in a row of their own.
+template <class D, class T>
+void copy_row(const D* from, std::ptrdiff_t stride, T* to, int n) {
+  if (stride == 1) {
+    for (int i = 0; i < n; ++i) to[i] = from[i];
+  } else if (stride == -1) {
+    for (int i = 0; i < n; ++i) to[i] = from[-i];
+  } else {
+    for (int i = 0; i < n; ++i) to[i] = from[i * stride];
+  }
+}
+
 }  // namespace qor::convolution

@@ -86,11 +86,7 @@ class Plane {
     if (low == high) return zeros_;
     const D* const here = row + static_cast<std::ptrdiff_t>(from + low) * stride;
     std::fill(room, room + low, D(0));
-    if (stride == 1) {
-      for (int i = 0; i < high - low; ++i) room[low + i] = here[i];
-    } else {
-      for (int i = 0; i < high - low; ++i) room[low + i] = here[i * stride];
-    }
+    copy_row(here, stride, room + low, high - low);
     std::fill(room + high, room + n, D(0));
     return room;
   }
